@@ -1,0 +1,99 @@
+#pragma once
+
+#include <exception>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host_interfaces/export.hpp"
+#include "host_interfaces/ustring.hpp"
+
+/// @file
+/// The text layer: conversions between narrow text and `ustring`, and the message catalogue.
+/// Narrow text is in the encoding of file names, on Linux UTF-8 in which every byte survives.
+
+namespace fl::i18n {
+
+/// A unit or byte that the target of a conversion cannot carry.
+class OVSEL_HOST_API CvtInvalidCharacter : public std::runtime_error {
+  public:
+    explicit CvtInvalidCharacter(const std::string& what) : std::runtime_error(what) {}
+    ~CvtInvalidCharacter() override;
+};
+
+/// Narrow text to UTF-16. Never fails: bytes that are no valid text become escape units and come back.
+class OVSEL_HOST_API codecvt_narrow_string_to_ustring {
+  public:
+    ustring operator()(std::string_view text) const;
+};
+
+/// UTF-16 to narrow text, the exact reverse of the above.
+/// @throws CvtInvalidCharacter for a surrogate without its partner that is no escape unit.
+class OVSEL_HOST_API codecvt_ustring_to_narrow_string {
+  public:
+    std::string operator()(const ustring& text) const;
+};
+
+/// ASCII to UTF-16. @throws CvtInvalidCharacter for a byte above 127.
+class OVSEL_HOST_API codecvt_ascii_to_ustring {
+  public:
+    ustring operator()(std::string_view text) const;
+};
+
+/// UTF-16 to ASCII. @throws CvtInvalidCharacter for a unit above 127.
+class OVSEL_HOST_API codecvt_ustring_to_ascii {
+  public:
+    std::string operator()(const ustring& text) const;
+};
+
+/// Short for the first of the converters above. Null counts as empty.
+OVSEL_HOST_API ustring to_ustring(const char* text);
+
+/// A message: its component, its identifier within that, and its arguments by position.
+struct OVSEL_HOST_API Message {
+    std::string component;
+    std::string id;
+    std::vector<ustring> arguments;
+
+    /// `component:id`.
+    std::string FullId() const;
+};
+
+/// Names a locale, such as "en_US" or "de"; the catalogue falls back to English.
+class OVSEL_HOST_API Locale {
+  public:
+    explicit Locale(std::string name) : m_name(std::move(name)) {}
+    const std::string& name() const { return m_name; }
+
+    /// The global locale; at start the one of the environment.
+    static const Locale& global();
+    /// Replaces the global locale and returns the old one.
+    static Locale set_global(Locale locale);
+
+  private:
+    std::string m_name;
+};
+
+/// The text of a message in a locale. A message that the catalogue does not know reads as its full
+/// identifier followed by its arguments; this never throws for want of a text.
+OVSEL_HOST_API ustring message_text(const Message& message, const Locale& locale);
+
+/// Raises a message as an exception; what() is its text in the global locale, narrow.
+class OVSEL_HOST_API MessageException : public std::exception {
+  public:
+    explicit MessageException(Message message);
+    ~MessageException() override;
+
+    const char* what() const noexcept override { return m_text.c_str(); }
+    const Message& message() const { return m_message; }
+    /// `component:id` of the message.
+    std::string identifier() const { return m_message.FullId(); }
+    const std::vector<ustring>& arguments() const { return m_message.arguments; }
+
+  private:
+    Message m_message;
+    std::string m_text;
+};
+
+} // namespace fl::i18n
