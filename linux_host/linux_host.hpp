@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host_interfaces/export.hpp"
+#include "host_interfaces/ustring.hpp"
+
+/// @file
+/// What a program on Linux may ask of its host layer beyond the interfaces that the library calls: how names
+/// of the system's grammar map to POSIX paths, listings of directories, and the host's own counters.
+
+namespace linux_host {
+
+/// Directs HostPrintf to @p sink instead of standard output; an empty function restores that. The sink gets
+/// each text whole and must not print through HostPrintf itself.
+OVSEL_HOST_API void SetPrintSink(std::function<void(std::string_view)> sink);
+
+/// Ties roots of the system's grammar to POSIX folders. One map per process; `C:` is `/` at the start.
+/// Changed before paths are created, not while they are in use.
+class OVSEL_HOST_API DriveMap {
+  public:
+    /// How a root answers the question whether it is a network drive.
+    enum class Kind {
+        Fixed,
+        Remote,
+        Detect, ///< by the type of the file system that the folder lies on
+    };
+
+    /// Maps @p root (`X:` or `\\server\share`, `/` accepted, letters without regard to case) to the absolute
+    /// POSIX @p folder, replacing what the root meant before.
+    /// @return false for a malformed root or a folder that is not absolute.
+    static bool Add(const ustring& root, const std::string& folder, Kind kind);
+
+    /// Back to `C:` alone.
+    static void Reset();
+
+    /// The POSIX path of an absolute name, or nothing when no root fits or the name cannot be a path (a NUL
+    /// inside, a unit with no byte form). Elements are carried over as they are, `..` included.
+    static std::optional<std::string> ToPath(const ustring& name);
+
+    /// The name of an absolute POSIX path, by the longest mapped folder that holds it, or nothing when none
+    /// does or when an element cannot be spelled in the grammar (`\` or `:` inside).
+    static std::optional<ustring> ToName(std::string_view path);
+};
+
+/// One directory as it was read: entries sorted by name, by code unit.
+struct Listing {
+    /// Names one after the other, each with a NUL behind it, and an empty name at the end.
+    ustring names;
+    /// One word per name: 0x4000 a directory, 0x8000 a file, 0 for a link or what the system does not tell.
+    std::vector<unsigned short> words;
+};
+
+/// Reads a directory in one pass. Sockets, pipes, devices, `.` and `..`, names that the grammar cannot spell,
+/// and special folders (`@...`, `+...`, `private`) that are one of their own ancestors are left out.
+/// @return nothing if there is no such directory or it cannot be read; what was read when it vanishes midway.
+OVSEL_HOST_API std::optional<Listing> ListDirectory(const ustring& name);
+
+/// 1 accessible, 3 permission denied, 4 nonexistent or no directory, 5 any other failure.
+OVSEL_HOST_API int DirectoryAccessibility(const ustring& name);
+
+/// Is the name an existing directory, also through a link?
+OVSEL_HOST_API bool DirectoryExists(const ustring& name);
+
+/// Modification time in seconds since the epoch, held to 1..2147483647; 0 when there is no such file.
+OVSEL_HOST_API long FileTime(const ustring& name);
+
+/// Counts since the start of the process or the last ResetCounters.
+struct Counters {
+    std::uint64_t listings = 0;         ///< directories read
+    std::uint64_t unspellable = 0;      ///< entries left out: `\` or `:` in the name
+    std::uint64_t specialFiles = 0;     ///< entries left out: sockets, pipes, devices
+    std::uint64_t ancestorLinks = 0;    ///< entries left out: special folders that are their own ancestors
+    std::uint64_t existenceQueries = 0; ///< questions whether a name is a directory
+};
+
+OVSEL_HOST_API Counters GetCounters();
+OVSEL_HOST_API void ResetCounters();
+
+/// Makes the scope of that number the current one of this thread, for programs with several interpreters;
+/// scope 0 is current at the start. @return the number that was current.
+OVSEL_HOST_API std::size_t EnterScope(std::size_t scope);
+
+/// Ends a scope and destroys what it holds.
+OVSEL_HOST_API void DestroyScope(std::size_t scope);
+
+} // namespace linux_host
