@@ -1,0 +1,4 @@
+#pragma once
+
+/// Marks the public functions and classes of libovsel.so; everything else is hidden.
+#define OVSEL_API __attribute__((visibility("default")))
