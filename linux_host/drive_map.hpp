@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "linux_host/linux_host.hpp"
+
+/// @file
+/// What the other rooms of the host ask of the drive map beyond its public face.
+
+namespace linux_host {
+
+/// Why a name has no POSIX path.
+enum class PathFault {
+    None,
+    NoRoot,        ///< not absolute, or no root is mapped that fits
+    NulInside,     ///< a system call would see it cut short
+    Unconvertible, ///< a unit without a byte form
+};
+
+struct ResolvedPath {
+    std::string path; ///< meaningful without a fault only
+    PathFault fault = PathFault::None;
+};
+
+/// The POSIX path of an absolute name, telling the faults apart.
+ResolvedPath ResolveAbsolute(const ustring& name);
+
+/// The same for any name: a relative one is taken against the process's current directory. A name for which
+/// that cannot be had has no root.
+ResolvedPath ResolveName(const ustring& name);
+
+/// A drive type of host_interfaces/platform.hpp for `X:\`, `\\server\share` or `\\server\`; a server alone
+/// is remote if any of its mapped shares is.
+std::uint32_t RootType(const ustring& root);
+
+/// Does the folder lie on a file system whose changes others may make: network, cluster, user space?
+bool LiesOnRemoteFileSystem(const std::string& folder);
+
+} // namespace linux_host

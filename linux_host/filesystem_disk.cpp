@@ -1,0 +1,87 @@
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "host_interfaces/filesystem.hpp"
+#include "linux_host/drive_map.hpp"
+#include "linux_host/encoding.hpp"
+
+namespace fl::filesystem {
+
+namespace {
+
+[[noreturn]] void ThrowFailure(int error, const std::string& subject) {
+    const std::string what = subject + ": " + std::strerror(error);
+    switch (error) {
+    case EACCES:
+    case EPERM:
+        throw AccessDenied(what);
+    case ENOENT:
+    case ENOTDIR:
+        throw PathNotFound(what);
+    case ENAMETOOLONG:
+        throw FileNameTooLarge(what);
+    default:
+        throw SystemError(what);
+    }
+}
+
+/// The POSIX path of any name. @throws the failure that the name itself amounts to.
+std::string PathOrThrow(const ustring& name) {
+    const std::string subject = linux_host::NarrowForDisplay(name);
+    if (name.empty()) {
+        throw InvalidArgument("an empty name");
+    }
+    linux_host::ResolvedPath resolved = linux_host::ResolveName(name);
+    switch (resolved.fault) {
+    case linux_host::PathFault::NulInside:
+        throw InvalidArgument(subject + ": NUL inside");
+    case linux_host::PathFault::Unconvertible:
+        throw FileNameConversionFailure(subject + ": not a file name");
+    case linux_host::PathFault::NoRoot:
+        throw PathNotFound(subject + ": no such root");
+    case linux_host::PathFault::None:
+        break;
+    }
+    return std::move(resolved.path);
+}
+
+} // namespace
+
+bool exists(const ustring& name) {
+    try {
+        const std::string path = PathOrThrow(name);
+        struct stat status {};
+        if (::stat(path.c_str(), &status) != 0) {
+            ThrowFailure(errno, path);
+        }
+        return true;
+    } catch (const PathNotFound&) {
+        return false;
+    }
+}
+
+ustring current_path() {
+    const std::unique_ptr<char, decltype(&std::free)> path(::getcwd(nullptr, 0), &std::free);
+    if (path == nullptr) {
+        ThrowFailure(errno, "current directory");
+    }
+    std::optional<ustring> name = linux_host::DriveMap::ToName(path.get());
+    if (!name) {
+        throw SystemError(std::string("current directory without a name: ") + path.get());
+    }
+    return *std::move(name);
+}
+
+void current_path(const ustring& name) {
+    const std::string path = PathOrThrow(name);
+    if (::chdir(path.c_str()) != 0) {
+        ThrowFailure(errno, path);
+    }
+}
+
+} // namespace fl::filesystem

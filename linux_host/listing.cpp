@@ -1,0 +1,240 @@
+#include <algorithm>
+#include <cerrno>
+#include <dirent.h>
+#include <fcntl.h>
+#include <limits>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "linux_host/counters.hpp"
+#include "linux_host/drive_map.hpp"
+#include "linux_host/encoding.hpp"
+#include "linux_host/linux_host.hpp"
+
+namespace linux_host {
+
+namespace {
+
+constexpr unsigned short DirectoryWord = 0x4000;
+constexpr unsigned short FileWord = 0x8000;
+
+struct CloseDirectory {
+    void operator()(DIR* directory) const { ::closedir(directory); }
+};
+using Directory = std::unique_ptr<DIR, CloseDirectory>;
+
+/// Identity of a directory: two names with equal identities are one directory.
+struct Identity {
+    dev_t device;
+    ino_t inode;
+
+    friend bool operator==(const Identity&, const Identity&) = default;
+};
+
+/// Device and inode of a path and of all paths above it, as the name goes: through links, since a record's
+/// ancestors are those of its name. `..` leaves the folder before it.
+class Ancestors {
+  public:
+    explicit Ancestors(const std::string& path) {
+        Enter("/");
+        for (std::size_t begin = 0; begin < path.size();) {
+            const std::size_t end = std::min(path.find('/', begin), path.size());
+            const std::string_view element = std::string_view(path).substr(begin, end - begin);
+            if (!element.empty() && element != ".") {
+                if (element == "..") {
+                    Leave();
+                    Leave();
+                }
+                Enter(path.substr(0, end));
+            }
+            begin = end + 1;
+        }
+    }
+
+    bool Contain(Identity identity) const {
+        return std::find(m_identities.begin(), m_identities.end(), identity) != m_identities.end();
+    }
+
+    bool ContainInode(ino_t inode) const {
+        return std::any_of(m_identities.begin(), m_identities.end(),
+                           [inode](const Identity& identity) { return identity.inode == inode; });
+    }
+
+  private:
+    void Enter(const std::string& path) {
+        struct stat status {};
+        const bool known = ::stat(path.c_str(), &status) == 0;
+        m_identities.push_back(known ? Identity{status.st_dev, status.st_ino} : Identity{0, 0});
+    }
+    void Leave() {
+        if (!m_identities.empty()) {
+            m_identities.pop_back();
+        }
+    }
+
+    std::vector<Identity> m_identities;
+};
+
+/// One listing in the making: takes the entries in the order of the disk, gives them back sorted.
+class ListingBuilder {
+  public:
+    ListingBuilder(int descriptor, const std::string& path) : m_descriptor(descriptor), m_path(path) {}
+
+    void Take(const dirent& entry) {
+        const std::string_view name = entry.d_name;
+        if (name == "." || name == "..") {
+            return;
+        }
+        if (name.find_first_of("\\:") != std::string_view::npos) {
+            ++CountersInForce().unspellable;
+        } else if (!IsFileDirectoryOrUnknown(entry.d_type)) {
+            ++CountersInForce().specialFiles;
+        } else if (IsOwnAncestor(entry)) {
+            ++CountersInForce().ancestorLinks;
+        } else {
+            Append(name, WordOf(entry.d_type));
+        }
+    }
+
+    Listing Finish() {
+        std::sort(m_entries.begin(), m_entries.end(),
+                  [this](const Entry& a, const Entry& b) { return NameOf(a) < NameOf(b); });
+        Listing listing;
+        listing.names.reserve(m_names.size() + m_entries.size() + 1);
+        listing.words.reserve(m_entries.size());
+        for (const Entry& entry : m_entries) {
+            listing.names.append(NameOf(entry)).push_back(u'\0');
+            listing.words.push_back(entry.word);
+        }
+        listing.names.push_back(u'\0');
+        return listing;
+    }
+
+  private:
+    struct Entry {
+        std::size_t begin;
+        std::size_t length;
+        unsigned short word;
+    };
+
+    static bool IsFileDirectoryOrUnknown(unsigned char type) {
+        return type == DT_REG || type == DT_DIR || type == DT_LNK || type == DT_UNKNOWN;
+    }
+
+    static unsigned short WordOf(unsigned char type) {
+        return type == DT_DIR ? DirectoryWord : type == DT_REG ? FileWord : 0;
+    }
+
+    /// Only special folders are read without being asked for, so only they can run in a circle.
+    bool IsOwnAncestor(const dirent& entry) {
+        const std::string_view name = entry.d_name;
+        const bool special = name[0] == '@' || name[0] == '+' || name == "private";
+        if (!special || entry.d_type == DT_REG) {
+            return false;
+        }
+        if (!m_ancestors) {
+            m_ancestors.emplace(m_path);
+        }
+        // A real folder tells its inode for nothing, and nearly always that rules it out.
+        if (entry.d_type == DT_DIR && !m_ancestors->ContainInode(entry.d_ino)) {
+            return false;
+        }
+        struct stat status {};
+        return ::fstatat(m_descriptor, entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode) &&
+               m_ancestors->Contain({status.st_dev, status.st_ino});
+    }
+
+    void Append(std::string_view name, unsigned short word) {
+        const std::size_t begin = m_names.size();
+        AppendWide(m_names, name);
+        m_entries.push_back({begin, m_names.size() - begin, word});
+    }
+
+    std::u16string_view NameOf(const Entry& entry) const {
+        return std::u16string_view(m_names).substr(entry.begin, entry.length);
+    }
+
+    int m_descriptor;
+    const std::string& m_path;
+    ustring m_names;
+    std::vector<Entry> m_entries;
+    std::optional<Ancestors> m_ancestors; ///< found out at the first special entry
+};
+
+bool Status(const ustring& name, struct stat& status) {
+    const ResolvedPath resolved = ResolveName(name);
+    return resolved.fault == PathFault::None && ::stat(resolved.path.c_str(), &status) == 0;
+}
+
+int AccessibilityOf(int error) {
+    switch (error) {
+    case EACCES:
+    case EPERM:
+        return 3;
+    case ENOENT:
+    case ENOTDIR:
+        return 4;
+    default:
+        return 5;
+    }
+}
+
+} // namespace
+
+std::optional<Listing> ListDirectory(const ustring& name) {
+    const ResolvedPath resolved = ResolveName(name);
+    if (resolved.fault != PathFault::None) {
+        return std::nullopt;
+    }
+    const Directory directory(::opendir(resolved.path.c_str()));
+    if (directory == nullptr) {
+        return std::nullopt;
+    }
+    ++CountersInForce().listings;
+    ListingBuilder builder(::dirfd(directory.get()), resolved.path);
+    bool started = false;
+    errno = 0;
+    while (const dirent* entry = ::readdir(directory.get())) {
+        builder.Take(*entry);
+        started = true;
+        errno = 0;
+    }
+    // A directory that fails in the middle ends early: what was read is true, and the next look tells more.
+    if (errno != 0 && !started) {
+        return std::nullopt;
+    }
+    return builder.Finish();
+}
+
+int DirectoryAccessibility(const ustring& name) {
+    const ResolvedPath resolved = ResolveName(name);
+    if (resolved.fault != PathFault::None) {
+        return 4;
+    }
+    struct stat status {};
+    if (::stat(resolved.path.c_str(), &status) != 0) {
+        return AccessibilityOf(errno);
+    }
+    if (!S_ISDIR(status.st_mode)) {
+        return 4;
+    }
+    const bool accessible = ::faccessat(AT_FDCWD, resolved.path.c_str(), R_OK | X_OK, AT_EACCESS) == 0;
+    return accessible ? 1 : AccessibilityOf(errno);
+}
+
+bool DirectoryExists(const ustring& name) {
+    ++CountersInForce().existenceQueries;
+    struct stat status {};
+    return Status(name, status) && S_ISDIR(status.st_mode);
+}
+
+long FileTime(const ustring& name) {
+    struct stat status {};
+    if (!Status(name, status)) {
+        return 0;
+    }
+    return std::clamp<long>(status.st_mtime, 1, std::numeric_limits<std::int32_t>::max());
+}
+
+} // namespace linux_host

@@ -1,0 +1,74 @@
+#include "host_interfaces/platform.hpp"
+
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+#include <unistd.h>
+#include <utility>
+
+#include "host_interfaces/filesystem.hpp"
+#include "linux_host/drive_map.hpp"
+#include "linux_host/encoding.hpp"
+
+namespace host {
+
+IPlatform::~IPlatform() = default;
+
+namespace {
+
+class LinuxPlatform final : public IPlatform {
+  public:
+    std::uint32_t GetDriveType(const ustring& root) override { return linux_host::RootType(root); }
+
+    ustring FullPath(const ustring& name) override {
+        try {
+            return fl::filesystem::canonical(name, {});
+        } catch (const fl::filesystem::Failure&) {
+            return {};
+        }
+    }
+
+    std::int64_t CurrentTime() override { return std::time(nullptr); }
+
+    bool LocalTime(std::int64_t seconds, std::tm& result) override {
+        const std::time_t time = seconds;
+        return ::localtime_r(&time, &result) != nullptr;
+    }
+
+    std::uint32_t CurrentProcessId() override { return static_cast<std::uint32_t>(::getpid()); }
+
+    const char* GetEnvironment(const char* name) override { return std::getenv(name); }
+
+    const char* PreviousCharacter(const char* start, const char* p) override {
+        // Forwards from each place where a character of four, three or two bytes may begin: the same reading
+        // of broken text as everywhere else, whose bytes stand alone.
+        const std::ptrdiff_t before = std::min<std::ptrdiff_t>(p - start, 4);
+        for (std::ptrdiff_t length = before; length > 1; --length) {
+            const auto size = static_cast<std::size_t>(length);
+            if (linux_host::CharacterLength({p - length, size}) == size) {
+                return p - length;
+            }
+        }
+        return p > start ? p - 1 : start;
+    }
+};
+
+LinuxPlatform& OwnPlatform() {
+    static LinuxPlatform platform;
+    return platform;
+}
+
+IPlatform*& Current() {
+    static IPlatform* platform = &OwnPlatform();
+    return platform;
+}
+
+} // namespace
+
+IPlatform& Platform() { return *Current(); }
+
+IPlatform* SetPlatform(IPlatform* platform) {
+    return std::exchange(Current(), platform != nullptr ? platform : &OwnPlatform());
+}
+
+} // namespace host

@@ -1,0 +1,166 @@
+#include "host_interfaces/text.hpp"
+
+#include <algorithm>
+#include <unicode/utf16.h>
+#include <unicode/utf8.h>
+
+#include "linux_host/encoding.hpp"
+
+namespace linux_host {
+
+namespace {
+
+constexpr char16_t EscapeBase = 0xDC00;
+
+bool IsEscape(char16_t unit) { return unit >= EscapeBase + 0x80 && unit <= EscapeBase + 0xFF; }
+
+struct Character {
+    UChar32 codePoint; ///< negative for a byte that is no valid UTF-8
+    std::size_t length;
+};
+
+Character Decode(std::string_view text) {
+    // ICU counts in 32 bits and passes over several bytes of a broken character at once; a window of four
+    // bytes holds any whole one, and the bytes of a broken one are taken one by one.
+    const auto window = static_cast<std::int32_t>(std::min<std::size_t>(text.size(), U8_MAX_LENGTH));
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    std::int32_t index = 0;
+    UChar32 codePoint = 0;
+    U8_NEXT(bytes, index, window, codePoint);
+    return {codePoint, codePoint < 0 ? 1 : static_cast<std::size_t>(index)};
+}
+
+void AppendUnits(ustring& out, UChar32 codePoint) {
+    if (U_IS_BMP(codePoint)) {
+        out.push_back(static_cast<char16_t>(codePoint));
+    } else {
+        out.push_back(static_cast<char16_t>(U16_LEAD(codePoint)));
+        out.push_back(static_cast<char16_t>(U16_TRAIL(codePoint)));
+    }
+}
+
+void AppendBytes(std::string& out, UChar32 codePoint) {
+    std::uint8_t bytes[U8_MAX_LENGTH];
+    std::size_t length = 0;
+    U8_APPEND_UNSAFE(bytes, length, codePoint);
+    out.append(reinterpret_cast<const char*>(bytes), length);
+}
+
+template <typename Text, typename Source>
+std::size_t AppendAscii(Text& out, Source source) {
+    const auto end = std::find_if(source.begin(), source.end(),
+                                  [](auto c) { return (static_cast<unsigned>(c) & ~0x7FU) != 0; });
+    const auto length = static_cast<std::size_t>(end - source.begin());
+    const std::size_t at = out.size();
+    out.resize(at + length);
+    std::transform(source.begin(), end, out.begin() + static_cast<std::ptrdiff_t>(at),
+                   [](auto c) { return static_cast<typename Text::value_type>(c); });
+    return length;
+}
+
+/// Appends the character at the start of @p units, which is not ASCII. @return its length in units, or 0.
+std::size_t AppendWideCharacter(std::string& out, std::u16string_view units) {
+    const char16_t unit = units[0];
+    // A pair comes before an escape: the low half of a pair may lie in the escapes' range.
+    if (U16_IS_LEAD(unit) && units.size() > 1 && U16_IS_TRAIL(units[1])) {
+        AppendBytes(out, U16_GET_SUPPLEMENTARY(unit, units[1]));
+        return 2;
+    }
+    if (IsEscape(unit)) {
+        out.push_back(static_cast<char>(unit - EscapeBase));
+        return 1;
+    }
+    if (U16_IS_SURROGATE(unit)) {
+        return 0;
+    }
+    AppendBytes(out, unit);
+    return 1;
+}
+
+} // namespace
+
+void AppendWide(ustring& out, std::string_view bytes) {
+    for (;;) {
+        bytes.remove_prefix(AppendAscii(out, bytes));
+        if (bytes.empty()) {
+            return;
+        }
+        const Character character = Decode(bytes);
+        AppendUnits(out, character.codePoint < 0 ? EscapeBase + static_cast<unsigned char>(bytes[0])
+                                                 : character.codePoint);
+        bytes.remove_prefix(character.length);
+    }
+}
+
+bool AppendNarrow(std::string& out, std::u16string_view units) {
+    for (;;) {
+        units.remove_prefix(AppendAscii(out, units));
+        if (units.empty()) {
+            return true;
+        }
+        const std::size_t length = AppendWideCharacter(out, units);
+        if (length == 0) {
+            return false;
+        }
+        units.remove_prefix(length);
+    }
+}
+
+std::string NarrowForDisplay(std::u16string_view units) {
+    std::string text;
+    while (!units.empty()) {
+        units.remove_prefix(AppendAscii(text, units));
+        if (!units.empty()) {
+            const std::size_t length = AppendWideCharacter(text, units);
+            if (length == 0) {
+                AppendBytes(text, 0xFFFD);
+            }
+            units.remove_prefix(std::max<std::size_t>(length, 1));
+        }
+    }
+    return text;
+}
+
+std::size_t CharacterLength(std::string_view text) { return Decode(text).length; }
+
+} // namespace linux_host
+
+namespace fl::i18n {
+
+CvtInvalidCharacter::~CvtInvalidCharacter() = default;
+
+ustring codecvt_narrow_string_to_ustring::operator()(std::string_view text) const {
+    ustring result;
+    linux_host::AppendWide(result, text);
+    return result;
+}
+
+std::string codecvt_ustring_to_narrow_string::operator()(const ustring& text) const {
+    std::string result;
+    if (!linux_host::AppendNarrow(result, text)) {
+        throw CvtInvalidCharacter("unpaired surrogate in a name");
+    }
+    return result;
+}
+
+ustring codecvt_ascii_to_ustring::operator()(std::string_view text) const {
+    ustring result;
+    if (linux_host::AppendAscii(result, text) != text.size()) {
+        throw CvtInvalidCharacter("byte above 127 in ASCII text");
+    }
+    return result;
+}
+
+std::string codecvt_ustring_to_ascii::operator()(const ustring& text) const {
+    std::string result;
+    if (linux_host::AppendAscii(result, std::u16string_view(text)) != text.size()) {
+        throw CvtInvalidCharacter("unit above 127 in text that is to be ASCII");
+    }
+    return result;
+}
+
+ustring to_ustring(const char* text) {
+    return text == nullptr ? ustring() : codecvt_narrow_string_to_ustring()(text);
+}
+
+} // namespace fl::i18n
