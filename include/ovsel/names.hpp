@@ -184,7 +184,8 @@ OVSEL_API bool ovIsPrivateDirName(const char* name);
 /// Each writes a dotted name to @p dst, which holds @p dstLen units (bytes, or UTF-16 units in the Location
 /// forms) with the terminator, and returns @p dst; or returns null with @p dst empty when there is no such
 /// name or it does not fit. @p dst is emptied even if @p dstLen is 0, so it must hold one unit.
-/// Runs of separators count as one in the FullName and Location forms. A null name is a caller's fault.
+/// Runs of separators count as one in the FullName and Location forms; in the FullName forms @p dst may be
+/// the buffer of the name, in the others not. A null name is a caller's fault.
 /// @{
 
 /// The package that a full name lies in: `a.b` for `C:\t\+a\+b\@C\f.sv`. The first run of consecutive `+`

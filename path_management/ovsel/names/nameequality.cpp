@@ -1,0 +1,47 @@
+#include "ovsel/names/nameequality.hpp"
+
+#include <cstdint>
+#include <limits>
+#include <typeinfo>
+
+#include <unicode/ustring.h>
+
+namespace {
+
+class LengthBeyondInt : public std::bad_cast {
+  public:
+    const char* what() const noexcept override { return "bad cast"; }
+};
+
+std::int32_t CheckedLength(std::u16string_view text) {
+    if (text.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()))
+        throw LengthBeyondInt();
+    return static_cast<std::int32_t>(text.size());
+}
+
+bool FoldedEqual(std::u16string_view a, std::u16string_view b) {
+    UErrorCode status = U_ZERO_ERROR;
+    const std::int32_t order =
+        u_strCaseCompare(a.data(), CheckedLength(a), b.data(), CheckedLength(b), 0, &status);
+    return U_SUCCESS(status) && order == 0;
+}
+
+char16_t LowerAscii(char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c; }
+
+} // namespace
+
+bool NamesEqual(std::u16string_view a, std::u16string_view b, bool caseSensitive) {
+    if (a.size() != b.size())
+        return false;
+    if (caseSensitive)
+        return a == b;
+    // ASCII folds to ASCII, so the full comparison is needed only from the first other unit on; but folding
+    // is a matter of the whole text there, since one unit may fold to several.
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        if ((a[i] | b[i]) >= 0x80)
+            return FoldedEqual(a, b);
+        if (LowerAscii(a[i]) != LowerAscii(b[i]))
+            return false;
+    }
+    return true;
+}
