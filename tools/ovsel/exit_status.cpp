@@ -1,0 +1,37 @@
+#include "tools/ovsel/exit_status.hpp"
+
+#include <cstdio>
+
+#include "tools/ovsel/output.hpp"
+
+namespace tool {
+namespace {
+
+int Report(ExitStatus status, const char* kind, const char* text) noexcept {
+    try {
+        Complain(std::string(kind) + text);
+    } catch (...) {
+        std::fputs("ovsel: out of memory\n", stderr);
+    }
+    return status;
+}
+
+} // namespace
+
+int Guard(const std::function<int()>& work) noexcept {
+    try {
+        return work();
+    } catch (const ReaderGone&) {
+        return ExitFound;
+    } catch (const UsageError& error) {
+        return Report(ExitUsage, "", error.what());
+    } catch (const EnvironmentError& error) {
+        return Report(ExitEnvironment, "", error.what());
+    } catch (const std::exception& error) {
+        return Report(ExitInternal, "internal error: ", error.what());
+    } catch (...) {
+        return Report(ExitInternal, "internal error: ", "something unknown was thrown");
+    }
+}
+
+} // namespace tool

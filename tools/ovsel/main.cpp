@@ -1,0 +1,40 @@
+#include "tools/ovsel/dirs.hpp"
+#include "tools/ovsel/exit_status.hpp"
+#include "tools/ovsel/options.hpp"
+#include "tools/ovsel/output.hpp"
+#include "tools/ovsel/session.hpp"
+#include "tools/ovsel/tree.hpp"
+#include "tools/ovsel/which.hpp"
+
+namespace {
+
+int Answer(const tool::Options& options, tool::Session& session, tool::Output& output) {
+    switch (options.command) {
+    case tool::Command::Which:
+        return tool::RunWhich(options, session, output);
+    case tool::Command::Tree:
+        return tool::RunTree(options, session, output);
+    case tool::Command::Dirs:
+        return tool::RunDirs(session, output);
+    }
+    return tool::ExitInternal;
+}
+
+int Run(int argc, const char* const* argv) {
+    tool::Options options;
+    if (const auto done = tool::ParseOptions(argc, argv, options))
+        return *done;
+    tool::Session session(options);
+    tool::Output output(options);
+    const int status = Answer(options, session, output);
+    output.Finish();
+    if (options.stats)
+        session.PrintStats();
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    return tool::Guard([&] { return Run(argc, argv); });
+}

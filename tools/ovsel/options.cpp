@@ -1,0 +1,264 @@
+#include "tools/ovsel/options.hpp"
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "tools/ovsel/exit_status.hpp"
+#include "tools/ovsel/output.hpp"
+#include "tools/ovsel/suggest.hpp"
+
+namespace tool {
+namespace {
+
+constexpr const char* Introduction = R"(Which file does this name mean, seen from here?
+
+Examples:
+  ovsel which plot -p ~/toolbox -p ~/more     the file that plot means
+  ovsel which -a plot --from ~/more/main.sv   all candidates in order, each with its reason
+  ovsel which gfx/plot @plot/draw             names in package and class folders
+  ovsel tree -r ~/toolbox                     what a folder and its sub-folders hold
+  ovsel dirs --path-file folders.txt          the path in order, with counts
+
+The current directory stands in front of the path (--no-cwd hides it). The path itself is made of -p, -r and
+--path-file in the order given, then of OVSEL_PATH, whose folders are separated by ':'.
+)";
+
+constexpr const char* Conclusion = R"(
+Exit status: 0 found, 1 not found, 2 wrong usage, 3 no usable folder or an unreadable list, 4 internal error.
+
+JSON: one object with "schema": 1 and "command". A name that is not UTF-8 is {"bytes": "<base64>"}.
+  which  "answers": one per NAME: "query", "found", "won_by", "winner", with -a "candidates", when nothing was
+         found "suggestions". A candidate has "path", "folder", "reason" (own_private, constructor,
+         current_directory, path, class_folder, package_folder, private), "position" (0 is the current
+         directory), "detail", "extension_place" (1 is the first of --ext; null with --dirs or --ext '*').
+  tree   "folders": "path", "kind", "position", "files", "packages", "classes", "private", "subfolders";
+         packages, classes and the private folder hold the same fields again.
+  dirs   "folders": "path", "kind", "position", "hidden", "files", "classes", "packages", "private_files",
+         "subfolders"; "totals": the sums.)";
+
+constexpr const char* WhichExamples = R"(Show the file that a name means.
+
+Examples:
+  ovsel which plot -p ~/toolbox               the winner's path, nothing else
+  ovsel which -a plot --from ~/more/main.sv   all candidates, best first, each with its reason
+  ovsel which --scope method draw             files in class and package folders
+  ovsel which --dirs gfx                      folders instead of files
+)";
+
+constexpr const char* TreeExamples = R"(Show what the path holds, by kind.
+
+Examples:
+  ovsel tree -p ~/toolbox                     files, packages, classes, private folder, sub-folders
+  ovsel tree -r ~/toolbox --depth 1           without the contents of special folders
+)";
+
+constexpr const char* DirsExamples = R"(Show the path in order, with counts.
+
+Examples:
+  ovsel dirs -p ~/toolbox -p ~/more
+  ovsel dirs -r ~/toolbox -0                  the folders' names for a script
+)";
+
+constexpr const char* CommonHint = "All further options: ovsel --help";
+
+template <class Value>
+using Choices = std::map<std::string, Value>;
+
+const Choices<Scope> ScopeChoices = {
+    {"all", Scope::All},       {"visible", Scope::Visible}, {"path", Scope::Path},
+    {"method", Scope::Method}, {"private", Scope::Private}, {"dir", Scope::Dir},
+};
+const Choices<Form> FormChoices = {{"native", Form::Native}, {"system", Form::System}};
+const Choices<ColorWhen> ColorChoices = {
+    {"auto", ColorWhen::Auto}, {"always", ColorWhen::Always}, {"never", ColorWhen::Never}};
+const Choices<linux_host::DriveMap::Kind> MountKinds = {{"fixed", linux_host::DriveMap::Kind::Fixed},
+                                                        {"remote", linux_host::DriveMap::Kind::Remote},
+                                                        {"detect", linux_host::DriveMap::Kind::Detect}};
+
+/// An option that takes one of a few words.
+template <class Value>
+CLI::Option* AddChoice(CLI::App& app, const std::string& name, Value& target, const Choices<Value>& choices,
+                       const std::string& help) {
+    std::string words;
+    for (const auto& [word, value] : choices)
+        words += (words.empty() ? "" : "|") + word;
+    return app
+        .add_option_function<std::string>(
+            name,
+            [&target, &choices, name, words](const std::string& word) {
+                const auto found = choices.find(word);
+                if (found == choices.end())
+                    throw UsageError(fmt::format("{} is one of {}, not {}", name, words, Shown(word)));
+                target = found->second;
+            },
+            help)
+        ->type_name(words);
+}
+
+Mount ParseMount(const std::string& text) {
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos)
+        throw UsageError(fmt::format("--mount: {} is not ROOT=FOLDER[:fixed|remote|detect]", Shown(text)));
+    Mount mount{text.substr(0, equals), text.substr(equals + 1), linux_host::DriveMap::Kind::Detect};
+    const std::size_t colon = mount.folder.rfind(':');
+    if (colon == std::string::npos)
+        return mount;
+    const auto kind = MountKinds.find(mount.folder.substr(colon + 1));
+    if (kind == MountKinds.end())
+        throw UsageError(fmt::format("--mount: {} does not end in fixed, remote or detect", Shown(text)));
+    mount.kind = kind->second;
+    mount.folder.resize(colon);
+    return mount;
+}
+
+std::optional<std::vector<std::string>> ParseExtensions(const std::string& list) {
+    if (list == "*")
+        return std::nullopt;
+    if (std::any_of(list.begin(), list.end(), [](char c) { return static_cast<unsigned char>(c) > 127; }))
+        throw UsageError("--ext: extensions are ASCII");
+    std::vector<std::string> extensions;
+    for (std::size_t begin = 0;;) {
+        const std::size_t end = std::min(list.find(',', begin), list.size());
+        extensions.push_back(list.substr(begin, end - begin));
+        if (end == list.size())
+            return extensions;
+        begin = end + 1;
+    }
+}
+
+/// CLI11 runs callbacks option by option; only those that fire while the line is read keep the common order.
+void AddSource(CLI::App& app, Options& options, const std::string& name, PathSource::Kind kind,
+               const std::string& type, const std::string& help) {
+    app.add_option_function<std::string>(
+           name,
+           [&options, kind](const std::string& text) {
+               options.sources.push_back({kind, text});
+           },
+           help)
+        ->type_name(type)
+        ->trigger_on_parse();
+}
+
+void AddPathOptions(CLI::App& app, Options& options) {
+    using Kind = PathSource::Kind;
+    AddSource(app, options, "-p,--path", Kind::Folder, "DIR", "Add a folder to the path (repeatable)");
+    AddSource(app, options, "-r,--recursive", Kind::Recursive, "DIR",
+              "Add a folder and its plain sub-folders, links not followed (repeatable)");
+    AddSource(
+        app, options, "--path-file", Kind::List, "FILE",
+        "Add the folders that FILE lists, one per line, '#' begins a comment line; '-' is standard input; "
+        "NUL-separated with -0 (repeatable)");
+    app.add_option("--cwd", options.cwd, "Take DIR as the current directory")->type_name("DIR");
+    app.add_flag("--no-cwd", options.hideCwd, "Hide the current directory");
+    app.add_option_function<std::string>(
+           "--mount", [&options](const std::string& text) { options.mounts.push_back(ParseMount(text)); },
+           "Map a root of the library's grammar, such as X:, to a folder (repeatable)")
+        ->type_name("ROOT=FOLDER[:fixed|remote|detect]")
+        ->trigger_on_parse();
+}
+
+void AddQuestionOptions(CLI::App& app, Options& options) {
+    options.extensions = std::vector<std::string>{".p", ".sv"};
+    app.add_option_function<std::string>(
+           "--ext", [&options](const std::string& list) { options.extensions = ParseExtensions(list); },
+           "Extensions that count, comma-separated (default .p,.sv; '*' is any). Their order does not decide")
+        ->type_name("LIST");
+    app.add_option("--from", options.from, "The file that asks")->type_name("FILE");
+    app.add_flag("--ignore-case", options.ignoreCase, "Names compare without regard to case");
+}
+
+void AddOutputOptions(CLI::App& app, Options& options) {
+    app.add_flag("--json", options.json, "Answer in JSON, see below");
+    app.add_flag("-0", options.nul, "End each name with NUL, exact bytes, nothing else on standard output");
+    AddChoice(app, "--color", options.color, ColorChoices, "Colours (default auto; NO_COLOR is heeded)");
+    AddChoice(app, "--form", options.form, FormChoices,
+              "Names as POSIX paths or in the library's own grammar (default native)");
+    app.add_flag("--stats", options.stats, "Times and counts on standard error");
+    app.set_version_flag("--version", "ovsel " OVSEL_TOOL_VERSION);
+}
+
+void AddCommands(CLI::App& app, Options& options) {
+    const auto add = [&](const char* name, Command command, const char* help) {
+        CLI::App* sub = app.add_subcommand(name, help);
+        sub->callback([&options, command] { options.command = command; });
+        sub->fallthrough()->footer(CommonHint);
+        return sub;
+    };
+    CLI::App* which = add("which", Command::Which, WhichExamples);
+    which->add_option("NAME", options.names, "Names, also qualified: gfx/plot, @plot/draw")
+        ->required()
+        ->type_name("")
+        ->allow_extra_args(false);
+    which->add_flag("-a,--all", options.all, "All candidates in order, each with its reason");
+    which->add_flag("--dirs", options.dirs, "Look for folders instead of files");
+    AddChoice(*which, "--scope", options.scope, ScopeChoices,
+              "What is looked through (default visible; private and dir need --from)");
+
+    CLI::App* tree = add("tree", Command::Tree, TreeExamples);
+    tree->add_option("--depth", options.depth, "Levels below the path's folders (default all)")
+        ->type_name("N");
+    add("dirs", Command::Dirs, DirsExamples);
+    app.require_subcommand(1);
+}
+
+/// The commands' help begins with a line for the list of commands; the examples would make that list
+/// unreadable.
+class Help : public CLI::Formatter {
+  public:
+    std::string make_subcommand(const CLI::App* sub) const override {
+        const std::string text = sub->get_description();
+        std::stringstream out;
+        CLI::detail::format_help(out, sub->get_name(), text.substr(0, text.find('\n')), get_column_width());
+        return out.str();
+    }
+};
+
+int ReportParseError(const CLI::ParseError& error, const CLI::App& app, int argc, const char* const* argv) {
+    Complain(error.what());
+    std::vector<std::string> commands;
+    for (const CLI::App* sub : app.get_subcommands(nullptr))
+        commands.push_back(sub->get_name());
+    if (app.get_subcommands().empty() && argc > 1)
+        Suggest(ClosestNames(argv[1], commands));
+    Complain("ovsel --help shows how it is used");
+    return ExitUsage;
+}
+
+void CheckTogether(const Options& options) {
+    if (options.json && options.nul)
+        throw UsageError("--json and -0 exclude each other");
+    const bool needsAsker = options.scope == Scope::Private || options.scope == Scope::Dir;
+    if (needsAsker && !options.from)
+        throw UsageError("--scope private and --scope dir need --from FILE");
+    if (std::find(options.names.begin(), options.names.end(), "") != options.names.end())
+        throw UsageError("an empty NAME would stand for every file");
+}
+
+} // namespace
+
+std::optional<int> ParseOptions(int argc, const char* const* argv, Options& options) {
+    CLI::App app(Introduction, "ovsel");
+    app.formatter(std::make_shared<Help>());
+    app.footer(Conclusion);
+    AddCommands(app, options);
+    AddPathOptions(app, options);
+    AddQuestionOptions(app, options);
+    AddOutputOptions(app, options);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
+            return app.exit(error);
+        return ReportParseError(error, app, argc, argv);
+    }
+    CheckTogether(options);
+    if (const char* path = std::getenv("OVSEL_PATH"))
+        options.environmentPath = path;
+    return std::nullopt;
+}
+
+} // namespace tool

@@ -1,0 +1,189 @@
+#include "tools/ovsel/session.hpp"
+
+#include <cstdio>
+#include <optional>
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <host_interfaces/text.hpp>
+#include <linux_hooks/linux_hooks.hpp>
+
+#include "tools/ovsel/exit_status.hpp"
+#include "tools/ovsel/output.hpp"
+#include "tools/ovsel/search.hpp"
+
+namespace tool {
+namespace {
+
+/// What the library is busy with, for its messages: they carry names in its own grammar, the user wrote
+/// others.
+std::string g_subject;
+
+void PrintMessage(const char* text) {
+    Complain(g_subject.empty() ? std::string(text) : Shown(g_subject) + ": " + text);
+}
+
+/// `ovsel: reading ...` on a terminal, once the work has become long; gone again at the end.
+class Progress {
+  public:
+    explicit Progress(std::size_t total) : m_total(total), m_wanted(isatty(STDERR_FILENO) != 0) {}
+    ~Progress() {
+        if (m_visible)
+            std::fputs("\r\x1b[K", stderr);
+    }
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    void Show(std::size_t done) {
+        const auto now = std::chrono::steady_clock::now();
+        if (!m_wanted || now < m_next)
+            return;
+        m_next = now + std::chrono::milliseconds(100);
+        m_visible = true;
+        fmt::print(stderr, "\rovsel: reading folder {} of {}\x1b[K", done + 1, m_total);
+    }
+
+  private:
+    std::size_t m_total;
+    bool m_wanted;
+    bool m_visible = false;
+    std::chrono::steady_clock::time_point m_next =
+        std::chrono::steady_clock::now() + std::chrono::milliseconds(300);
+};
+
+double Milliseconds(std::chrono::steady_clock::duration duration) {
+    return std::chrono::duration<double, std::milli>(duration).count();
+}
+
+void ApplyMounts(const std::vector<Mount>& mounts) {
+    for (const Mount& mount : mounts) {
+        const ustring root = fl::i18n::to_ustring(mount.root.c_str());
+        if (!linux_host::DriveMap::Add(root, AbsolutePath(mount.folder), mount.kind))
+            throw UsageError(
+                fmt::format("--mount: {} is no root such as X: or \\\\server\\share", Shown(mount.root)));
+    }
+}
+
+std::size_t CountFiles(const ovPath& path) {
+    Search search(ovCreateAllSearchIterator(path, ustring(), nullptr, ovCaseOfPath));
+    std::size_t count = 0;
+    while (search.NextFile())
+        ++count;
+    return count;
+}
+
+} // namespace
+
+Session::Session(const Options& options) : m_anyExtension(!options.extensions) {
+    if (options.extensions)
+        m_extensions = *options.extensions;
+    for (const std::string& extension : m_extensions)
+        m_extensionList.push_back(extension.c_str());
+    m_extensionList.push_back(nullptr);
+
+    linux_host::SetPrintSink([](std::string_view text) { Complain(std::string(text)); });
+    ApplyMounts(options.mounts);
+    linux_hooks::InstallDefaultHooks();
+    ovSetMessageFcns(PrintMessage, PrintMessage, nullptr);
+    m_path = ovCreatePathWithPreFrozen(0, "ovsel", static_cast<const char16_t*>(nullptr),
+                                       options.ignoreCase ? ovCaseInsensitive : ovCaseSensitive, true);
+    if (m_path == nullptr)
+        throw EnvironmentError("no path could be created");
+
+    // Relative names mean the directory that the tool was started in, so they are resolved before --cwd.
+    const std::vector<PathEntry> entries = CollectPathEntries(options);
+    if (options.from)
+        SetAsker(*options.from);
+    SetCurrentDirectory(options);
+    AddFolders(entries);
+    m_askerFolder =
+        m_askerFolderName.empty() ? ovGetNullDir(m_path) : ovFindDirFullName(m_path, m_askerFolderName);
+    if (options.from && ovGetDirType(m_askerFolder) == ovDirTypeNull)
+        Complain(fmt::format("--from {}: its folder is not on the path; asking as from nowhere",
+                             Shown(*options.from)));
+    m_loaded = Clock::now();
+    m_loadCounters = linux_host::GetCounters();
+}
+
+Session::~Session() {
+    m_folders.clear();
+    m_askerFolder = ovDir();
+    ovRemovePath(m_path);
+    linux_host::SetPrintSink(nullptr);
+}
+
+void Session::SetCurrentDirectory(const Options& options) {
+    if (options.cwd) {
+        const auto name = LibraryName(AbsolutePath(*options.cwd));
+        const char* failure = name ? ovSetCWDName(m_path, *name) : "No such name";
+        if (failure != nullptr)
+            throw EnvironmentError(fmt::format("--cwd {}: {}", Shown(*options.cwd), failure));
+    }
+    bool hide = options.hideCwd;
+    if (ovGetCWDName(m_path).empty()) {
+        StandInForCurrentDirectory(options);
+        hide = true;
+    }
+    if (hide)
+        ovHideCWD(m_path, true);
+}
+
+/// Position 0 belongs to the current directory, and without one the first folder of the path would get it.
+void Session::StandInForCurrentDirectory(const Options& options) {
+    Complain("the current directory cannot be used; going on without it");
+    std::vector<ustring> candidates;
+    if (const auto root = linux_host::DriveMap::ToName("/"))
+        candidates.push_back(*root);
+    for (const Mount& mount : options.mounts)
+        candidates.push_back(fl::i18n::to_ustring(mount.root.c_str()) + u'\\');
+    for (const ustring& candidate : candidates)
+        if (ovSetCWDName(m_path, candidate) == nullptr)
+            return;
+    throw EnvironmentError("there is no folder to start from");
+}
+
+void Session::AddFolders(const std::vector<PathEntry>& entries) {
+    Progress progress(entries.size());
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        progress.Show(i);
+        g_subject = entries[i].shown;
+        if (const auto name = LibraryName(entries[i].path))
+            ovAddDir(m_path, *name, ovDirAddAtEnd);
+    }
+    g_subject.clear();
+
+    const ovDir end = ovGetNullDir(m_path);
+    for (ovDir dir = ovGetNextPathDir(end); dir != end; dir = ovGetNextPathDir(dir)) {
+        m_positions[*dir] = m_folders.size();
+        m_folders.push_back(dir);
+    }
+    if (!entries.empty() && m_folders.size() == 1)
+        throw EnvironmentError(fmt::format("none of the {} folders given could be used", entries.size()));
+}
+
+void Session::SetAsker(const std::string& file) {
+    const std::string path = AbsolutePath(file);
+    const std::size_t slash = path.rfind('/');
+    if (const auto folder = linux_host::DriveMap::ToName(path.substr(0, slash == 0 ? 1 : slash)))
+        m_askerFolderName = *folder;
+}
+
+std::size_t Session::PositionOf(const ovDir& dir) const { return m_positions.at(*ovGetPathDir(dir)); }
+
+void Session::PrintStats() const {
+    const auto answered = Clock::now();
+    const linux_host::Counters now = linux_host::GetCounters();
+    Complain(
+        fmt::format("read in {:.1f} ms: {} folders on the path, {} files, {} listings, {} existence queries",
+                    Milliseconds(m_loaded - m_start), m_folders.size() - 1, CountFiles(m_path),
+                    m_loadCounters.listings, m_loadCounters.existenceQueries));
+    Complain(fmt::format("answered in {:.3f} ms: {} listings, {} existence queries",
+                         Milliseconds(answered - m_loaded), now.listings - m_loadCounters.listings,
+                         now.existenceQueries - m_loadCounters.existenceQueries));
+    Complain(fmt::format("left out: {} names with \\ or :, {} sockets, pipes or devices, {} special folders "
+                         "inside themselves",
+                         now.unspellable, now.specialFiles, now.ancestorLinks));
+}
+
+} // namespace tool

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include <linux_host/linux_host.hpp>
+#include <ovsel/ovsel.hpp>
+
+#include "tools/ovsel/options.hpp"
+#include "tools/ovsel/path_entries.hpp"
+
+namespace tool {
+
+/// The path that the options describe, loaded. One per process: it owns the current directory, the drive map
+/// and the message hooks, and takes the path out of service at the end.
+class Session {
+  public:
+    /// @throws EnvironmentError when none of the folders asked for could be used.
+    explicit Session(const Options& options);
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    const ovPath& Path() const { return m_path; }
+    /// The current directory, then the path in order: the place in the list is the position.
+    const std::vector<ovDir>& Folders() const { return m_folders; }
+    /// The position of the folder of the path that holds @p dir.
+    std::size_t PositionOf(const ovDir& dir) const;
+
+    /// Null-terminated, or null for any extension.
+    ovExtensionList Extensions() const { return m_anyExtension ? nullptr : m_extensionList.data(); }
+
+    /// Full name of the folder of the asking file, empty for a question from nowhere.
+    const ustring& AskerFolderName() const { return m_askerFolderName; }
+    /// Its record, the null record if it has none.
+    ovDir AskerFolder() const { return m_askerFolder; }
+
+    /// Writes what --stats promises.
+    void PrintStats() const;
+
+  private:
+    void SetCurrentDirectory(const Options& options);
+    void StandInForCurrentDirectory(const Options& options);
+    void AddFolders(const std::vector<PathEntry>& entries);
+    void SetAsker(const std::string& file);
+
+    using Clock = std::chrono::steady_clock;
+
+    std::vector<std::string> m_extensions; ///< owns what m_extensionList points to
+    std::vector<const char*> m_extensionList;
+    bool m_anyExtension;
+    ovPath m_path;
+    std::vector<ovDir> m_folders;
+    std::unordered_map<const PathAllDirItemInfo*, std::size_t> m_positions;
+    ustring m_askerFolderName;
+    ovDir m_askerFolder;
+    Clock::time_point m_start = Clock::now();
+    Clock::time_point m_loaded;
+    linux_host::Counters m_loadCounters;
+};
+
+} // namespace tool
