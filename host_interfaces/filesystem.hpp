@@ -10,7 +10,8 @@
 /// @file
 /// The filesystem layer: names in the system's grammar (`\` between elements, `X:` a drive, `\\server\share`
 /// a network root) and the few questions about the disk that the library asks outside the I/O hooks.
-/// Functions that look at no disk throw nothing but std::bad_alloc, unless they say otherwise.
+/// Functions that look at no disk throw nothing but std::bad_alloc, unless they say otherwise. Those that
+/// take a name apart expect the native form: to them `/` is a character like any other.
 
 namespace fl::filesystem {
 
@@ -85,8 +86,10 @@ OVSEL_HOST_API ustring absolute(const ustring& name, const ustring& base);
 /// @throws InvalidArgument for an empty name, a NUL inside and a server without a share, and as absolute.
 OVSEL_HOST_API ustring canonical(const ustring& name, const ustring& base);
 
-/// Does the name exist on disk, as anything?
-/// @throws AccessDenied, FileNameTooLarge, SystemError, FileNameConversionFailure.
+/// Does the name exist on disk, as anything? Links are followed: one that leads nowhere does not exist. Empty
+/// and unmapped names do not exist either.
+/// @throws InvalidArgument for a NUL inside, AccessDenied, FileNameTooLarge, SystemError,
+/// FileNameConversionFailure.
 OVSEL_HOST_API bool exists(const ustring& name);
 
 /// Length of the root in units: 3 for `C:\a`, 2 for `C:a`, 1 for `\a`, `\\server\` of `\\server\share`,
@@ -111,7 +114,8 @@ OVSEL_HOST_API ustring extract_stem(const ustring& name);
 /// The last element from its last dot on, dot included; empty if it has none.
 OVSEL_HOST_API ustring extract_extension(const ustring& name);
 
-/// What stands before the last element, without the separator between them unless that belongs to the root.
+/// What stands before the last element, without the separator between them unless that belongs to the root;
+/// empty for a root.
 OVSEL_HOST_API ustring extract_parent_path(const ustring& name);
 
 /// The process's current directory in the system's grammar.

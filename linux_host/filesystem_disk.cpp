@@ -1,5 +1,4 @@
 #include <cerrno>
-#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -30,39 +29,36 @@ namespace {
     }
 }
 
-/// The POSIX path of any name. @throws the failure that the name itself amounts to.
-std::string PathOrThrow(const ustring& name) {
+[[noreturn]] void ThrowFailure(linux_host::PathFault fault, const ustring& name) {
     const std::string subject = linux_host::NarrowForDisplay(name);
-    if (name.empty()) {
-        throw InvalidArgument("an empty name");
-    }
-    linux_host::ResolvedPath resolved = linux_host::ResolveName(name);
-    switch (resolved.fault) {
+    switch (fault) {
     case linux_host::PathFault::NulInside:
         throw InvalidArgument(subject + ": NUL inside");
     case linux_host::PathFault::Unconvertible:
         throw FileNameConversionFailure(subject + ": not a file name");
-    case linux_host::PathFault::NoRoot:
+    default:
         throw PathNotFound(subject + ": no such root");
-    case linux_host::PathFault::None:
-        break;
     }
-    return std::move(resolved.path);
 }
 
 } // namespace
 
 bool exists(const ustring& name) {
-    try {
-        const std::string path = PathOrThrow(name);
-        struct stat status {};
-        if (::stat(path.c_str(), &status) != 0) {
-            ThrowFailure(errno, path);
-        }
-        return true;
-    } catch (const PathNotFound&) {
+    const linux_host::ResolvedPath resolved = linux_host::ResolveName(name);
+    if (resolved.fault == linux_host::PathFault::NoRoot) {
         return false;
     }
+    if (resolved.fault != linux_host::PathFault::None) {
+        ThrowFailure(resolved.fault, name);
+    }
+    struct stat status {};
+    if (::stat(resolved.path.c_str(), &status) == 0) {
+        return true;
+    }
+    if (errno != ENOENT && errno != ENOTDIR) {
+        ThrowFailure(errno, resolved.path);
+    }
+    return false;
 }
 
 ustring current_path() {
@@ -78,9 +74,15 @@ ustring current_path() {
 }
 
 void current_path(const ustring& name) {
-    const std::string path = PathOrThrow(name);
-    if (::chdir(path.c_str()) != 0) {
-        ThrowFailure(errno, path);
+    if (name.empty()) {
+        throw InvalidArgument("an empty name");
+    }
+    const linux_host::ResolvedPath resolved = linux_host::ResolveName(name);
+    if (resolved.fault != linux_host::PathFault::None) {
+        ThrowFailure(resolved.fault, name);
+    }
+    if (::chdir(resolved.path.c_str()) != 0) {
+        ThrowFailure(errno, resolved.path);
     }
 }
 

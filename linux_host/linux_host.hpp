@@ -49,6 +49,9 @@ class OVSEL_HOST_API DriveMap {
     static std::optional<ustring> ToName(std::string_view path);
 };
 
+// The questions below take any name in either form; a relative one is meant against the process's current
+// directory. A name that cannot be a path (see DriveMap::ToPath) stands for nothing that exists.
+
 /// One directory as it was read: entries sorted by name, by code unit.
 struct Listing {
     /// Names one after the other, each with a NUL behind it, and an empty name at the end.

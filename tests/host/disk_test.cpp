@@ -1,0 +1,161 @@
+// Single questions about the disk: existence, accessibility, time, the current directory; and their failures.
+
+#include <gtest/gtest.h>
+
+#include "host_interfaces/filesystem.hpp"
+#include "host_interfaces/platform.hpp"
+#include "host_interfaces/text.hpp"
+#include "host_test.hpp"
+
+namespace fs = fl::filesystem;
+
+namespace {
+
+using test::NameOf;
+using test::TempTree;
+
+/// Index of an answer in this list.
+enum Outcome { No, Yes, Invalid, Denied, NotFound, TooLarge, System, Conversion };
+
+template <typename Question>
+Outcome Ask(Question question) {
+    try {
+        return question() ? Yes : No;
+    } catch (const fs::InvalidArgument&) {
+        return Invalid;
+    } catch (const fs::AccessDenied&) {
+        return Denied;
+    } catch (const fs::PathNotFound&) {
+        return NotFound;
+    } catch (const fs::FileNameTooLarge&) {
+        return TooLarge;
+    } catch (const fs::SystemError&) {
+        return System;
+    } catch (const fs::FileNameConversionFailure&) {
+        return Conversion;
+    }
+}
+
+Outcome Exists(const ustring& name) {
+    return Ask([&] { return fs::exists(name); });
+}
+Outcome Enter(const ustring& name) {
+    return Ask([&] {
+        fs::current_path(name);
+        return true;
+    });
+}
+
+/// Brings the process back to its directory, which need not have a name in the grammar.
+class Disk : public testing::Test {
+  protected:
+    ~Disk() override { std::filesystem::current_path(m_before); }
+
+  private:
+    std::filesystem::path m_before = std::filesystem::current_path();
+};
+
+TEST_F(Disk, AnswersForEveryKindOfNameOrFailsInItsOwnWay) {
+    TempTree tree{"dir/file", "closed/x", "unlisted/x", "link -> dir", "lost -> none", "round -> round"};
+    tree.Permit("", 0755);
+    tree.Permit("closed", 0);
+    tree.Permit("unlisted", 0711);
+    struct Row {
+        ustring name; ///< inside the tree
+        Outcome exists, enter;
+        int accessibility;
+    };
+    const Row table[] = {
+        {u"\\dir", Yes, Yes, 1},
+        {u"/dir/", Yes, Yes, 1},
+        {u"\\link", Yes, Yes, 1},
+        {u"\\dir\\..", Yes, Yes, 1},
+        {u"\\dir\\file", Yes, NotFound, 4},
+        {u"\\dir\\file\\", No, NotFound, 4},
+        {u"\\dir\\file\\x", No, NotFound, 4},
+        {u"\\none", No, NotFound, 4},
+        {u"\\lost", No, NotFound, 4},
+        {u"\\round", System, System, 5},
+        {u"\\closed", Yes, Denied, 3},
+        {u"\\closed\\x", Denied, Denied, 3},
+        {u"\\unlisted", Yes, Yes, 3},
+        {u"\\" + ustring(256, u'a'), TooLarge, TooLarge, 5},
+        {u"\\dir" + ustring(4096, u'\\'), TooLarge, TooLarge, 5},
+        {ustring(u"\\dir\0x", 6), Invalid, Invalid, 4},
+        {{u'\\', 0xD800}, Conversion, Conversion, 4},
+    };
+    const ustring root = NameOf(tree);
+    for (const Row& row : table) {
+        const ustring name = root + row.name;
+        const std::vector<int> answers = {
+            test::AskUnprivileged([&] { return Exists(name); }),
+            test::AskUnprivileged([&] { return Enter(name); }),
+            test::AskUnprivileged([&] { return linux_host::DirectoryAccessibility(name); })};
+        if (answers[0] == test::CannotDropPrivileges) {
+            GTEST_SKIP() << "cannot become another user";
+        }
+        EXPECT_EQ(answers, (std::vector<int>{row.exists, row.enter, row.accessibility}))
+            << testing::PrintToString(row.name);
+    }
+    for (const char16_t* name : {u"Q:\\dir", u"\\\\server\\share", u"\\\\server", u""}) {
+        EXPECT_EQ(Exists(name), No);
+        EXPECT_EQ(Enter(name), *name == 0 ? Invalid : NotFound);
+        EXPECT_EQ(linux_host::DirectoryAccessibility(name), 4);
+    }
+}
+
+TEST_F(Disk, TakesRelativeNamesAgainstTheCurrentDirectory) {
+    TempTree tree{"dir/sub/file", "x:y/"};
+    const ustring root = NameOf(tree);
+    fs::current_path(root + u"\\dir");
+    EXPECT_EQ(fs::current_path(), root + u"\\dir");
+    EXPECT_EQ(Exists(u"sub/file"), Yes);
+    EXPECT_EQ(Exists(root.substr(2) + u"\\dir"), Yes) << "from the root of the current drive";
+    EXPECT_EQ(linux_host::DirectoryAccessibility(u"C:sub"), 1);
+    EXPECT_TRUE(linux_host::DirectoryExists(u"..\\dir"));
+    EXPECT_FALSE(linux_host::DirectoryExists(u"sub\\file"));
+    EXPECT_EQ(linux_host::ListDirectory(u".").value().names, ustring(u"sub\0\0", 5));
+    EXPECT_EQ(host::Platform().FullPath(u"sub\\..\\a.sv"), root + u"\\dir\\a.sv");
+    EXPECT_EQ(host::Platform().FullPath(u""), u"");
+    EXPECT_EQ(host::Platform().FullPath(u"\\\\server"), u"");
+
+    fs::current_path(u"sub");
+    EXPECT_EQ(Enter(u"gone"), NotFound);
+    EXPECT_EQ(fs::current_path(), root + u"\\dir\\sub") << "a failure changes nothing";
+
+    std::filesystem::current_path(tree.Path("x:y"));
+    EXPECT_EQ(Ask([] { return fs::current_path().empty(); }), System) << "a directory without a name";
+    tree.Remove("x:y");
+    EXPECT_EQ(Ask([] { return fs::current_path().empty(); }), NotFound);
+    EXPECT_EQ(Exists(u"a"), No);
+    EXPECT_EQ(host::Platform().FullPath(u"a"), u"");
+}
+
+TEST_F(Disk, HoldsTimesToSecondsThatAreNeverNone) {
+    TempTree tree{"f", "lost -> none"};
+    const ustring name = NameOf(tree, "f");
+    const std::pair<long, long> table[] = {{1700000000, 1700000000},
+                                           {2147483647, 2147483647},
+                                           {2147483648, 2147483647},
+                                           {4294967296, 2147483647},
+                                           {1, 1},
+                                           {0, 1},
+                                           {-5, 1}};
+    for (const auto& [set, answered] : table) {
+        tree.SetTime("f", set);
+        EXPECT_EQ(linux_host::FileTime(name), answered) << set;
+    }
+    EXPECT_NE(linux_host::FileTime(NameOf(tree)), 0);
+    EXPECT_EQ(linux_host::FileTime(NameOf(tree, "gone")), 0);
+    EXPECT_EQ(linux_host::FileTime(NameOf(tree, "lost")), 0);
+    EXPECT_EQ(linux_host::FileTime(u""), 0);
+}
+
+TEST_F(Disk, CountsExistenceQueries) {
+    linux_host::ResetCounters();
+    linux_host::DirectoryExists(u"C:\\");
+    linux_host::DirectoryExists(u"Q:\\");
+    EXPECT_EQ(linux_host::GetCounters().existenceQueries, 2U);
+}
+
+} // namespace

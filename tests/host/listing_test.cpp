@@ -1,0 +1,187 @@
+// Directories of a real disk, hostile ones too, as the library gets to see them.
+
+#include <dirent.h>
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include "host_interfaces/text.hpp"
+#include "host_test.hpp"
+
+namespace {
+
+/// May change an entry on its way out of readdir, or replace it by null; errno is then the reason.
+std::function<dirent*(dirent*)> g_onEntry;
+
+} // namespace
+
+/// Stands before the C library's: what no real disk can be brought to do on demand happens here.
+extern "C" __attribute__((visibility("default"))) dirent* readdir(DIR* directory) {
+    static const auto real = reinterpret_cast<dirent* (*)(DIR*)>(::dlsym(RTLD_NEXT, "readdir"));
+    dirent* entry = real(directory);
+    if (entry != nullptr && g_onEntry) {
+        const auto onEntry = std::exchange(g_onEntry, nullptr); // which may read directories itself
+        entry = onEntry(entry);
+        g_onEntry = onEntry;
+    }
+    return entry;
+}
+
+namespace {
+
+using linux_host::ListDirectory;
+using test::NameOf;
+using test::TempTree;
+
+std::string Narrow(const ustring& text) { return fl::i18n::codecvt_ustring_to_narrow_string()(text); }
+
+/// One line per entry: `d`, `f` or `?` by its word, and the name.
+std::string Show(const std::optional<linux_host::Listing>& listing) {
+    if (!listing) {
+        return "nothing";
+    }
+    std::string text;
+    const char16_t* name = listing->names.data();
+    for (const unsigned short word : listing->words) {
+        const ustring units = name;
+        text += (word == 0x4000 ? "d " : word == 0x8000 ? "f " : "? ") + Narrow(units) + "\n";
+        name += units.size() + 1;
+    }
+    EXPECT_EQ(name, listing->names.data() + listing->names.size() - 1) << "one empty name ends the block";
+    EXPECT_EQ(*name, 0);
+    return text;
+}
+
+std::string LeftOut() {
+    const linux_host::Counters counters = linux_host::GetCounters();
+    return std::to_string(counters.unspellable) + " unspellable, " + std::to_string(counters.specialFiles) +
+           " special, " + std::to_string(counters.ancestorLinks) + " ancestors";
+}
+
+class Listings : public testing::Test {
+  protected:
+    Listings() { linux_host::ResetCounters(); }
+};
+
+/// A fault in force while this object lives, which must be shorter than that of the tree.
+struct Fault {
+    explicit Fault(std::function<dirent*(dirent*)> onEntry) { g_onEntry = std::move(onEntry); }
+    ~Fault() { g_onEntry = nullptr; }
+};
+
+TEST_F(Listings, HoldEveryNameThatTheGrammarCanSpellInTheOrderOfItsUnits) {
+    const TempTree tree{"b.p",          "B.p",         ".dot",         "sub/x",
+                        "@C/",          "+q/",         "private/",     "a\nb",
+                        " sp ace ",     "quo\"te'",    "bad\xFF",      "\xC3\xA4",
+                        "a:b",          "a\\b",        "\xEF\xBC\xA1", "\xF0\x9F\x98\x80",
+                        "lfile -> b.p", "ldir -> sub", "lost -> none", "@L -> sub"};
+    EXPECT_EQ(
+        Show(ListDirectory(NameOf(tree))),
+        "f  sp ace \nd +q\nf .dot\nd @C\n? @L\nf B.p\nf a\nb\nf b.p\nf bad\xFF\n? ldir\n? lfile\n? lost\n"
+        "d private\nf quo\"te'\nd sub\nf \xC3\xA4\nf \xF0\x9F\x98\x80\nf \xEF\xBC\xA1\n");
+    EXPECT_EQ(LeftOut(), "2 unspellable, 0 special, 0 ancestors");
+}
+
+TEST_F(Listings, LeaveOutWhatIsNeitherFileNorFolder) {
+    TempTree tree{"file"};
+    ASSERT_EQ(::mkfifo(tree.Path("pipe").c_str(), 0600), 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    tree.Path("socket").copy(address.sun_path, sizeof address.sun_path - 1);
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_EQ(::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    ::close(socket);
+    EXPECT_EQ(Show(ListDirectory(NameOf(tree))), "f file\n");
+    EXPECT_EQ(LeftOut(), "0 unspellable, 2 special, 0 ancestors");
+    EXPECT_EQ(Show(ListDirectory(NameOf(tree, "pipe"))), "nothing") << "and opening a pipe must not wait";
+}
+
+TEST_F(Listings, BreakTheCirclesOfSpecialFolders) {
+    const TempTree tree{"a/@up -> ..",       "a/@self -> .",        "a/plain -> ..",
+                        "a/private -> ../a", "a/@side -> ../other", "a/+lost -> none",
+                        "other/@real/x",     "other/+back -> ../a", "other/@file"};
+    EXPECT_EQ(Show(ListDirectory(NameOf(tree, "a"))), "? +lost\n? @side\n? plain\n");
+    EXPECT_EQ(LeftOut(), "0 unspellable, 0 special, 3 ancestors");
+    // By the name `a` is an ancestor here, though on the disk it is not.
+    EXPECT_EQ(Show(ListDirectory(NameOf(tree, "a/@side"))), "f @file\nd @real\n");
+    EXPECT_EQ(Show(ListDirectory(NameOf(tree, "other"))), "? +back\nf @file\nd @real\n");
+    // A real folder can be an ancestor as well, once a link has led below it; after `..` none is left behind.
+    const TempTree loop{"in/@x/+up -> ..", "start/+in -> ../in/@x"};
+    EXPECT_EQ(Show(ListDirectory(NameOf(loop, "start/+in/+up"))), "");
+    EXPECT_EQ(Show(ListDirectory(NameOf(loop, "in/@x/.."))), "d @x\n");
+}
+
+TEST_F(Listings, DoWithoutTheTypesOfEntries) {
+    const TempTree tree{"file", "sub/", "@C/", "@up -> .", "link -> sub"};
+    const Fault noTypes([](dirent* entry) {
+        entry->d_type = DT_UNKNOWN;
+        return entry;
+    });
+    EXPECT_EQ(Show(ListDirectory(NameOf(tree))), "? @C\n? file\n? link\n? sub\n");
+    EXPECT_EQ(LeftOut(), "0 unspellable, 0 special, 1 ancestors");
+}
+
+TEST_F(Listings, KeepWhatWasReadWhenTheFolderGoesAwayMeanwhile) {
+    TempTree tree{"d/a", "d/b", "d/c"};
+    const Fault removal([&](dirent* entry) {
+        tree.Remove("d");
+        return entry;
+    });
+    const ustring name = NameOf(tree, "d");
+    EXPECT_EQ(Show(ListDirectory(name)), "f a\nf b\nf c\n");
+    EXPECT_EQ(Show(ListDirectory(name)), "nothing");
+}
+
+TEST_F(Listings, KeepWhatWasReadWhenTheDiskFails) {
+    const TempTree tree{"a", "b", "c"};
+    auto allowed = std::make_shared<int>(4);
+    const Fault failure([allowed](dirent* entry) {
+        errno = EIO;
+        return (*allowed)-- > 0 ? entry : nullptr;
+    });
+    const auto part = ListDirectory(NameOf(tree));
+    ASSERT_TRUE(part);
+    EXPECT_GE(part->words.size(), 2U) << "four entries, of which two may be the folder and its parent";
+    *allowed = 0;
+    EXPECT_EQ(Show(ListDirectory(NameOf(tree))), "nothing") << "not even one entry";
+}
+
+TEST_F(Listings, OfWhatIsNoReadableFolderAreNothing) {
+    TempTree tree{"file", "closed/x", "empty/"};
+    tree.Permit("", 0755);
+    tree.Permit("closed", 0);
+    EXPECT_EQ(Show(ListDirectory(NameOf(tree, "empty"))), "");
+    EXPECT_EQ(Show(ListDirectory(NameOf(tree, "file"))), "nothing");
+    EXPECT_EQ(Show(ListDirectory(NameOf(tree, "gone"))), "nothing");
+    EXPECT_EQ(Show(ListDirectory(NameOf(tree) + ustring(u"\0x", 2))), "nothing") << "never cut at a NUL";
+    EXPECT_EQ(Show(ListDirectory(NameOf(tree) + ustring(5000, u'a'))), "nothing");
+    EXPECT_EQ(Show(ListDirectory(u"")), "nothing");
+    EXPECT_EQ(Show(ListDirectory(u"Q:\\")), "nothing");
+    const ustring closed = NameOf(tree, "closed");
+    const int answer = test::AskUnprivileged([&] { return ListDirectory(closed) ? 1 : 0; });
+    if (answer == test::CannotDropPrivileges) {
+        GTEST_SKIP() << "cannot become another user";
+    }
+    EXPECT_EQ(answer, 0);
+}
+
+TEST_F(Listings, OfAHundredThousandFilesAreCompleteAndInOrder) {
+    constexpr int Count = 100000;
+    const TempTree tree;
+    for (int i = 0; i < Count; ++i) {
+        ASSERT_EQ(::mknod(tree.Path(std::to_string(i)).c_str(), S_IFREG | 0600, 0), 0);
+    }
+    const auto listing = ListDirectory(NameOf(tree));
+    ASSERT_TRUE(listing);
+    ASSERT_EQ(listing->words.size(), std::size_t(Count));
+    ustring last;
+    for (const char16_t* name = listing->names.data(); *name != 0; name += last.size() + 1) {
+        ASSERT_LT(last, ustring(name));
+        last = name;
+    }
+    EXPECT_EQ(last, u"99999");
+    EXPECT_EQ(linux_host::GetCounters().listings, 1U);
+}
+
+} // namespace

@@ -1,0 +1,152 @@
+// Names in the system's grammar: taken apart, made absolute, made canonical. No disk is looked at.
+
+#include <gtest/gtest.h>
+
+#include "host_interfaces/filesystem.hpp"
+#include "host_interfaces/text.hpp"
+#include "host_interfaces/utility.hpp"
+
+namespace fs = fl::filesystem;
+
+namespace {
+
+ustring Wide(const std::string& text) { return fl::i18n::codecvt_narrow_string_to_ustring()(text); }
+std::string Narrow(const ustring& text) { return fl::i18n::codecvt_ustring_to_narrow_string()(text); }
+
+/// The elements that a cursor meets, joined with commas.
+std::string Elements(const ustring& name) {
+    const std::size_t root = fs::get_root_path_length(name);
+    ustring element = fs::extract_first_element(name, root);
+    std::string joined;
+    for (std::size_t position = 0; position < name.size();) {
+        joined.append(joined.empty() ? 0 : 1, ',').append(Narrow(element));
+        fs::move_down(name, root, position, element);
+    }
+    return joined;
+}
+
+/// All that the layer says of a name.
+std::string Anatomy(const std::string& text) {
+    const ustring name = Wide(text);
+    return Elements(name) + " root " + std::to_string(fs::get_root_path_length(name)) +
+           (fs::is_absolute(name) ? " absolute" : "") + " [" + Narrow(fs::extract_parent_path(name)) + "][" +
+           Narrow(fs::extract_stem(name)) + "][" + Narrow(fs::extract_extension(name)) + "]";
+}
+
+TEST(Names, AreTakenApartAtTheirRootElementsAndLastDot) {
+    const std::pair<const char*, const char*> table[] = {
+        {R"()", R"( root 0 [][][])"},
+        {R"(a)", R"(a root 0 [][a][])"},
+        {R"(a\b.sv)", R"(a,b.sv root 0 [a][b][.sv])"},
+        {R"(a\\b\\)", R"(a,b root 0 [a][b][])"},
+        {R"(C:)", R"(C: root 2 [][][])"},
+        {R"(C:a.b.c)", R"(C:,a.b.c root 2 [C:][a.b][.c])"},
+        {R"(C:\)", R"(C:,\ root 3 absolute [][][])"},
+        {R"(C:\a)", R"(C:,\,a root 3 absolute [C:\][a][])"},
+        {R"(C:\\a\b\)", R"(C:,\,\,a,b root 4 absolute [C:\\a][b][])"},
+        {R"(z:\.x)", R"(z:,\,.x root 3 absolute [z:\][][.x])"},
+        {R"(C:\x.)", R"(C:,\,x. root 3 absolute [C:\][x][.])"},
+        {R"(C:\d.e\f)", R"(C:,\,d.e,f root 3 absolute [C:\d.e][f][])"},
+        {R"(4:\a)", R"(4:,a root 0 [4:][a][])"},
+        {R"(\)", R"(\ root 1 [][][])"},
+        {R"(\a\b)", R"(\,a,b root 1 [\a][b][])"},
+        {R"(\\)", R"(\,\ root 2 [][][])"},
+        {R"(\\\)", R"(\,\,\ root 3 [][][])"},
+        {R"(\\\a)", R"(\,\,\,a root 3 [\\\][a][])"},
+        {R"(\\srv)", R"(\\srv root 5 [][][])"},
+        {R"(\\srv\)", R"(\\srv,\ root 6 [][][])"},
+        {R"(\\srv\share)", R"(\\srv,\,share root 6 absolute [\\srv\][share][])"},
+        {R"(\\s.t\h\a\b.c)", R"(\\s.t,\,h,a,b.c root 6 absolute [\\s.t\h\a][b][.c])"},
+        {R"(C:/a/b.c)", R"(C:,/a/b.c root 2 [C:][/a/b][.c])"},
+        {R"(C:\..)", R"(C:,\,.. root 3 absolute [C:\][.][.])"},
+    };
+    for (const auto& [name, anatomy] : table) {
+        EXPECT_EQ(Anatomy(name), anatomy) << name;
+    }
+}
+
+TEST(Names, AreMadeAbsoluteAndCanonicalAgainstABase) {
+    struct Row {
+        const char *name, *base, *absolute, *canonical;
+    };
+    const Row table[] = {
+        {R"(a\..\b)", R"(C:\w\x)", R"(C:\w\x\a\..\b)", R"(C:\w\x\b)"},
+        {R"(..\..\..\b)", R"(C:\w\x)", R"(C:\w\x\..\..\..\b)", R"(C:\b)"},
+        {R"(.)", R"(C:\w\)", R"(C:\w\.)", R"(C:\w)"},
+        {R"(\a)", R"(D:\w)", R"(D:\a)", R"(D:\a)"},
+        {R"(\a)", R"(\\s\h\w)", R"(\\s\h\a)", R"(\\s\h\a)"},
+        {R"(c:a)", R"(C:\w)", R"(C:\w\a)", R"(C:\w\a)"},
+        {R"(D:a)", R"(C:\w)", R"(D:\a)", R"(D:\a)"},
+        {R"(D:)", R"(C:\w)", R"(D:\)", R"(D:\)"},
+        {R"(C:)", R"(C:\w)", R"(C:\w)", R"(C:\w)"},
+        {R"(C:\\a\\.\b\)", R"(D:\)", R"(C:\\a\\.\b\)", R"(C:\a\b)"},
+        {R"(C:\..\..)", R"(D:\)", R"(C:\..\..)", R"(C:\)"},
+        {R"(\\s\h\..\a)", R"(D:\)", R"(\\s\h\..\a)", R"(\\s\h\a)"},
+        {R"(..)", R"(\\s\h)", R"(\\s\h\..)", R"(\\s\h)"},
+        {R"(\\s)", R"(C:\w)", R"(\\s)", "invalid"},
+        {R"(a)", R"(\\s)", R"(\\s\a)", R"(\\s\a)"},
+        {"", R"(C:\w)", R"(C:\w)", "invalid"},
+    };
+    const auto canonical = [](const Row& row) -> std::string {
+        try {
+            return Narrow(fs::canonical(Wide(row.name), Wide(row.base)));
+        } catch (const fs::InvalidArgument&) {
+            return "invalid";
+        }
+    };
+    for (const Row& row : table) {
+        EXPECT_EQ(Narrow(fs::absolute(Wide(row.name), Wide(row.base))), row.absolute) << row.name;
+        EXPECT_EQ(canonical(row), row.canonical) << row.name;
+    }
+    EXPECT_EQ(fs::canonical(u"a/./b/", u"C:/w"), u"C:\\w\\a\\b") << "both forms are taken";
+    EXPECT_THROW(fs::canonical(ustring(u"a\0b", 3), u"C:\\"), fs::InvalidArgument);
+}
+
+TEST(Names, KeepTheirPromisesForEveryShortName) {
+    const char alphabet[] = {'\\', 'C', ':', '.', 'a'};
+    std::vector<std::string> names = {""};
+    for (std::size_t next = 0; names[next].size() < 6; ++next) {
+        for (const char c : alphabet) {
+            names.push_back(names[next] + c);
+        }
+    }
+    for (const std::string& text : names) {
+        const ustring name = Wide(text);
+        const std::size_t root = fs::get_root_path_length(name);
+        ustring element = fs::extract_first_element(name, root);
+        ustring last;
+        for (std::size_t position = 0; position < name.size();) {
+            ASSERT_FALSE(element.empty()) << text;
+            ASSERT_EQ(name.compare(position, element.size(), element), 0) << text;
+            last = position < root ? ustring() : element;
+            fs::move_down(name, root, position, element);
+        }
+        EXPECT_EQ(fs::extract_stem(name) + fs::extract_extension(name), last) << text;
+        EXPECT_TRUE(name.starts_with(fs::extract_parent_path(name))) << text;
+        try {
+            const ustring whole = fs::canonical(name, u"C:\\w");
+            EXPECT_TRUE(fs::is_absolute(whole)) << text;
+            EXPECT_EQ(fs::canonical(whole, u"D:\\"), whole) << text;
+        } catch (const fs::InvalidArgument&) {
+            EXPECT_TRUE(text.empty() || text.starts_with("\\\\")) << text;
+        }
+    }
+}
+
+TEST(Names, ChangeTheirFormUnitByUnit) {
+    EXPECT_EQ(fs::make_native_form(u"C:/a//b\\c/", true), u"C:\\a\\\\b\\c\\");
+    EXPECT_EQ(fs::make_generic_form(u"C:\\a\\\\b/c\\"), u"C:/a//b/c/");
+}
+
+TEST(Names, HaveTheirLastSeparatorFoundInNarrowText) {
+    const auto index = [](std::string_view text) { return ovsel_pathname_index(text.data(), text.size()); };
+    EXPECT_EQ(index("a\\b/c"), 3);
+    EXPECT_EQ(index("ä:ü"), 2);
+    EXPECT_EQ(index("abc"), -1);
+    EXPECT_EQ(index(""), -1);
+    EXPECT_TRUE(IsAll7Bit("a\x7F", 2));
+    EXPECT_FALSE(IsAll7Bit("a\x80", 2));
+    EXPECT_TRUE(IsAll7Bit(nullptr, 0));
+}
+
+} // namespace
