@@ -12,9 +12,9 @@
 /// @param name at most 1,024 code units.
 /// @return null for success, else one of these constant English texts, which the caller shows:
 /// "No directory specified", "Directory name too long", "Directory permission denied",
-/// "Name is nonexistent or not a directory", "Directory access failure", "Failed to change current directory".
-/// After a failure the old directory is still the current one. A null or removed path gives null too, and
-/// nothing changes:
+/// "Name is nonexistent or not a directory", "Directory access failure", "Failed to change current
+/// directory". After a failure the old directory is still the current one. A null or removed path gives null
+/// too, and nothing changes:
 /// @code
 /// if (!ovSetCWDName(removedPath, u"C:\\a")) { /* reached, although nothing was done */ }
 /// @endcode

@@ -7,8 +7,8 @@
 
 namespace pathevents {
 
-/// Tells subscribers of the host's event layer that the current directory has changed. The library only defines
-/// the event; the part of a host that changes directories publishes it.
+/// Tells subscribers of the host's event layer that the current directory has changed. The library only
+/// defines the event; the part of a host that changes directories publishes it.
 class OVSEL_API CwdEvent : public foundation::msg_svc::eventmgr::BaseEvent {
   public:
     /// @param newLocation the new directory, narrow.

@@ -38,8 +38,8 @@ using ovReservedIOFcn = bool (*)(const ustring& name);
 /// Hook 4. Is the name an existing directory?
 using ovDirExistsFcn = bool (*)(ovPath path, const ustring& name);
 
-/// Hook 5. Modification time of a file or directory in seconds since the epoch, in the range of a signed 32-bit
-/// number; 0 when there is none.
+/// Hook 5. Modification time of a file or directory in seconds since the epoch, in the range of a signed
+/// 32-bit number; 0 when there is none.
 using ovFileTimeFcn = long (*)(ovPath path, const ustring& name);
 
 /// A message hook. @p text is narrow, in the global locale, and valid during the call only.
@@ -52,7 +52,8 @@ struct ovEnvironmentFcns {
     ovMessageFcn infoFcn;    ///< diagnostics
 };
 
-/// Sets the default I/O hooks for paths created from now on. A null argument keeps the default that was there:
+/// Sets the default I/O hooks for paths created from now on. A null argument keeps the default that was
+/// there:
 /// @code
 /// ovSetDefaultIOFcns(read, access, reserved, exists, nullptr);        // false: no hook 5 yet
 /// ovSetDefaultIOFcns(nullptr, nullptr, nullptr, nullptr, fileTime);   // true: complete
@@ -75,8 +76,8 @@ OVSEL_API void ovUpdatePathArrayDefaultIOFcns();
 /// Replaces the three message hooks. Null means silence.
 OVSEL_API void ovSetMessageFcns(ovMessageFcn errorFcn, ovMessageFcn warningFcn, ovMessageFcn infoFcn);
 
-/// A block with a copy of the three message hooks, or null if there is no memory. The caller gives it back with
-/// ovReturnEnvironmentFcns, which is how hooks are replaced for a while:
+/// A block with a copy of the three message hooks, or null if there is no memory. The caller gives it back
+/// with ovReturnEnvironmentFcns, which is how hooks are replaced for a while:
 /// @code
 /// ovEnvironmentFcns* saved = ovGetEnvironmentFcns();
 /// ovSetMessageFcns(nullptr, collect, nullptr);

@@ -32,10 +32,12 @@ struct ovRegisteredInterest {
 
 /// Registers a callback on a path.
 ///
-/// Callbacks run on the host's thread inside the operation that caused the event, in the order of their slots,
-/// and may ask the path anything; what they throw is swallowed. A cancelled slot goes to the next registration.
+/// Callbacks run on the host's thread inside the operation that caused the event, in the order of their
+/// slots, and may ask the path anything; what they throw is swallowed. A cancelled slot goes to the next
+/// registration.
 /// @warning From inside a callback, register only while a cancelled slot is free.
-/// @return a token; one with a null path if @p path is null or removed, in which case the callback is dropped.
+/// @return a token; one with a null path if @p path is null or removed, in which case the callback is
+/// dropped.
 OVSEL_API ovRegisteredInterest ovRegisterPathInterest(ovPath path,
                                                       boost::function<void(ovEventType, ovDir)> callback);
 

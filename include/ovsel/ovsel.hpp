@@ -5,7 +5,8 @@
 ///
 /// Three things to know:
 ///
-/// - An **ovPath** is an ordered list of directories with a current directory in front. Each directory is read once,
+/// - An **ovPath** is an ordered list of directories with a current directory in front. Each directory is
+/// read once,
 ///   when it is added; from then on questions are answered from memory.
 /// - An **ovDir** is one directory of a path: the current directory, a path directory, or one of the special
 ///   directories inside: `private` (seen by its parent only), `@Class` (methods of a class), `+package`.
@@ -16,17 +17,15 @@
 /// #include <ovsel/ovsel.hpp>
 ///
 /// linux_hooks::InstallDefaultHooks();
-/// ovPath path = ovCreatePathWithPreFrozen(0, "main", static_cast<const char16_t*>(nullptr), ovCaseSensitive, false);
-/// ovAddDir(path, "/usr/lib/host/toolbox", ovDirAddAtEnd);
-/// const char* const extensions[] = {".p", ".sv", nullptr};
-/// ovDir where;
-/// ustring file;
-/// if (ovFindFirstFileVisibleToFile(path, u"C:\\work\\main.sv", u"plot", extensions, &where, file) != 0)
+/// ovPath path = ovCreatePathWithPreFrozen(0, "main", static_cast<const char16_t*>(nullptr), ovCaseSensitive,
+/// false); ovAddDir(path, "/usr/lib/host/toolbox", ovDirAddAtEnd); const char* const extensions[] = {".p",
+/// ".sv", nullptr}; ovDir where; ustring file; if (ovFindFirstFileVisibleToFile(path, u"C:\\work\\main.sv",
+/// u"plot", extensions, &where, file) != 0)
 ///     run(file);
 /// @endcode
 ///
-/// Nothing here looks at the disk behind the host's back, starts a thread, or locks: a path and all its handles
-/// belong to one thread at a time.
+/// Nothing here looks at the disk behind the host's back, starts a thread, or locks: a path and all its
+/// handles belong to one thread at a time.
 
 #include <ovsel/cwd.hpp>
 #include <ovsel/cwdevent.hpp>

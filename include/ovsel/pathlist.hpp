@@ -26,7 +26,8 @@ enum ovDirAddLocn : std::uint32_t {
 /// ovAddDir(path, u"C:\\a", ovDirAddAtEnd);
 /// ovDir again = ovAddDir(path, u"C:\\a", ovDirAddAtBegin);   // the null record: nothing was added or moved
 /// @endcode
-/// @param name absolute, or relative to the process's current directory. An absolute name is kept as it is given.
+/// @param name absolute, or relative to the process's current directory. An absolute name is kept as it is
+/// given.
 /// @return the directory, or the path's null record if nothing was added.
 OVSEL_API ovDir ovAddDir(ovPath path, const ustring& name, ovDirAddLocn location);
 /// The same with a narrow name; a null one gives the null record.
@@ -37,16 +38,17 @@ OVSEL_API ovDir ovAddDir(ovPath path, const char* name, ovDirAddLocn location);
 OVSEL_API void ovRemoveDir(ovDir dir);
 
 /// Replaces the whole list by the directories of @p path, separated by `;`; empty names between are ignored.
-/// Directories that are on the path already are kept as they are and only put in order, so that just the new ones
-/// are read. A name of more than 1,024 code units ends the work early: a warning, what came before it holds, and
-/// nothing is removed.
-/// @return true if a directory was added or removed, or if adding one was tried; a new order alone gives false.
-/// Prints "asserted here" on a null or removed path, which must not be given.
+/// Directories that are on the path already are kept as they are and only put in order, so that just the new
+/// ones are read. A name of more than 1,024 code units ends the work early: a warning, what came before it
+/// holds, and nothing is removed.
+/// @return true if a directory was added or removed, or if adding one was tried; a new order alone gives
+/// false. Prints "asserted here" on a null or removed path, which must not be given.
 OVSEL_API bool ovReplacePath(ovPath path, const ustring& directories);
 
 /// The next of: null record, current directory, path directories, null record.
 /// @code
-/// for (ovDir d = ovGetNextPathDir(ovGetNullDir(path)); ovGetDirType(d) != ovDirTypeNull; d = ovGetNextPathDir(d))
+/// for (ovDir d = ovGetNextPathDir(ovGetNullDir(path)); ovGetDirType(d) != ovDirTypeNull; d =
+/// ovGetNextPathDir(d))
 ///     use(d);
 /// @endcode
 /// @pre @p dir is the null record, the current directory or a path directory.
@@ -58,8 +60,8 @@ OVSEL_API ovDir ovSelectDirFirstOnPath(ovDir a, ovDir b);
 /// Removes every path directory that exists no longer. The current directory is never looked at.
 OVSEL_API void ovDeleteNonExistentDirectories(ovPath path);
 
-/// The record of an absolute name: current directory, path, class, package or private directory; the path's null
-/// record if there is none. Plain sub-directories have no record.
+/// The record of an absolute name: current directory, path, class, package or private directory; the path's
+/// null record if there is none. Plain sub-directories have no record.
 OVSEL_API ovDir ovFindDirFullName(ovPath path, const ustring& name);
 /// The same with a narrow name, which must not be null.
 OVSEL_API ovDir ovFindDirFullName(ovPath path, const char* name);

@@ -21,8 +21,8 @@ OVSEL_API ovPath ovCreatePath(int unused, const char* name);
 /// Creates a path.
 ///
 /// @param preFrozenPrefix directories whose names begin with these characters are taken as unchanging once
-/// they are read. Null: none. Empty: all. It is compared character by character, so that `C:\tool` also covers
-/// `C:\toolbox`.
+/// they are read. Null: none. Empty: all. It is compared character by character, so that `C:\tool` also
+/// covers `C:\toolbox`.
 /// @param caseSensitivity only ovCaseSensitive makes a case-sensitive path.
 /// @param disableTempFileProbe no temporary file is written to find out whether a remote file system reports
 /// changes.
@@ -39,8 +39,8 @@ OVSEL_API ovPath ovLookupPath(const char* name);
 /// @throws fl::i18n::CvtInvalidCharacter for a name with no narrow form.
 OVSEL_API ovPath ovLookupPath(const ustring& name);
 
-/// Takes a path out of service: parties are told, all directories go, the name is free again. Handles stay safe
-/// to hold. Nothing happens on a null handle or a removed path.
+/// Takes a path out of service: parties are told, all directories go, the name is free again. Handles stay
+/// safe to hold. Nothing happens on a null handle or a removed path.
 OVSEL_API void ovRemovePath(ovPath path);
 
 /// Removes every path.

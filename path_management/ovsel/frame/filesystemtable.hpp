@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "host_interfaces/ustring.hpp"
+
+/// One drive or server on which directories of a path lie.
+struct FileSystemEntry {
+    ustring name;
+};
+
+/// The file systems that a path has met. Row 0 is a header that nothing matches, row 1 takes directories
+/// whose file system cannot be told; rows from 2 on are added as they are met and never go.
+class FileSystemTable {
+  public:
+    static constexpr std::int32_t UnknownRow = 1;
+
+    FileSystemTable();
+
+    FileSystemEntry& operator[](int index) { return m_rows[static_cast<std::size_t>(index)]; }
+
+    /// Row of the file system of that name, added if it is new.
+    std::int32_t RowOf(const ustring& fileSystemName, bool caseSensitive);
+
+    /// The drive or server that a name begins with; false, and an empty @p out, if there is none. By text
+    /// alone: `C:abc\d` gives `C:abc`.
+    static bool NameOf(ustring& out, const ustring& name);
+
+  private:
+    std::vector<FileSystemEntry> m_rows;
+};

@@ -1,0 +1,190 @@
+#include "ovsel/frame/pathinfo.hpp"
+
+#include <memory>
+#include <optional>
+
+#include <ovsel/names.hpp>
+
+#include "host_interfaces/filesystem.hpp"
+#include "ovsel/frame/ipathmanager.hpp"
+#include "ovsel/frame/messages.hpp"
+#include "ovsel/model/nulldiriteminfo.hpp"
+#include "ovsel/model/pathdiriteminfo.hpp"
+#include "ovsel/names/makeroom.hpp"
+#include "ovsel/names/namelimits.hpp"
+#include "ovsel/names/ovselconstants.hpp"
+#include "ovsel/names/pathnames.hpp"
+
+PathInfo::~PathInfo() {
+    for (std::size_t i = m_entries.size(); i-- > 0;)
+        if (m_entries[i])
+            RemoveDir(m_entries[i]);
+}
+
+/// Only the list that its manager shows moves chains; one that is being torn down does not.
+bool PathInfo::IsActive() const { return m_manager->GetPathInfo() == this; }
+
+bool PathInfo::ValidatePathDirName(const ustring& fullName) const {
+    const auto reject = [&](const char* id) {
+        ReportMessage(MessageChannel::Warning, id, {fullName});
+        return false;
+    };
+    if (ovIsDirNameMethodDirName(fullName))
+        return reject("methodDirectoriesNotAllowedOnPath");
+    if (ovIsDirNamePackageDirName(fullName))
+        return reject("packageDirectoriesNotAllowedOnPath");
+    if (FilePartOf(fullName) == PrivateDirName)
+        return reject("privateDirectoriesNotAllowedOnPath");
+    switch (m_manager->GetDirAccessibility(fullName)) {
+    case ovDirAccessible:
+        return true;
+    case ovDirPermissionDenied:
+        return reject("directoryPermissionDenied");
+    case ovDirNonexistent:
+        return reject("nameNonexistentOrNotADirectory");
+    default:
+        return reject("directoryAccessFailure");
+    }
+}
+
+PathDirItemInfo* PathInfo::AddDir(const ustring& name, bool atBegin, bool freeze) {
+    DirLocation location;
+    m_manager->ResolveDirLocation(location, name);
+    if (!location.resolved || m_manager->FindPathDir(location.fullName, DirScope::Path) ||
+        !ValidatePathDirName(location.fullName))
+        return nullptr;
+
+    if (m_entries.empty())
+        m_entries.push_back(nullptr); // no current directory; the slot stays reserved for one
+    const int position = atBegin ? 1 : GetPathEntryCount();
+    const std::u16string_view last = FilePartOf(location.fullName);
+    const ustring leaf = last.empty() ? location.fullName : ustring(last);
+    PathDirItemInfo::Owner record(
+        new PathDirItemInfo(m_manager, location.fullName, leaf, position, ovDirTypePath));
+    record->Load(freeze || record->IsPreFrozen());
+
+    MakeRoom(m_entries);
+    m_manager->RegisterDirRecord(record.get());
+    Insert(record.get(), position);
+    PathDirItemInfo* added = record.release();
+    m_manager->NotifyInterests(added, ovEventDirAdded);
+    if (IsActive())
+        added->PlacePendingItems();
+    return added;
+}
+
+/// Callbacks may have changed the list since the position was chosen, so it is held to what is there now.
+void PathInfo::Insert(PathDirItemInfo* record, int position) {
+    const std::size_t at = position == 1 ? 1 : m_entries.size();
+    m_entries.insert(m_entries.begin() + static_cast<std::ptrdiff_t>(at), record);
+    RenumberEntries(at);
+}
+
+void PathInfo::RemoveDir(PathDirItemInfo* record) {
+    if (record->IsBeingDestroyed())
+        return; // asked for again by a callback that is being told
+    record->AddRef();
+    record->Destroy();
+    const auto position = static_cast<std::size_t>(record->GetPositionIn(this));
+    record->RemovePositionIn(this);
+    m_entries.erase(m_entries.begin() + static_cast<std::ptrdiff_t>(position));
+    RenumberEntries(position);
+    record->SetOrder(-1);
+    record->Release();
+}
+
+void PathInfo::RemoveDirByName(const ustring& name) {
+    const ustring native = fl::filesystem::make_native_form(name, true);
+    if (native.empty())
+        return;
+    if (PathDirItemInfo* record = m_manager->FindPathDir(native, DirScope::Path))
+        RemoveDir(record);
+}
+
+void PathInfo::RenumberEntries(std::size_t from) {
+    const bool active = IsActive();
+    for (std::size_t i = from; i < m_entries.size(); ++i) {
+        if (!m_entries[i])
+            continue;
+        m_entries[i]->SetPositionIn(this, static_cast<std::int32_t>(i));
+        if (active)
+            m_entries[i]->SetOrder(static_cast<std::int32_t>(i));
+    }
+}
+
+/// All behind the old position move up by one and keep their order, so that only the moved record needs new
+/// places in the chains.
+void PathInfo::MoveEntryToEnd(PathDirItemInfo* record) {
+    const std::int32_t position = record->GetPositionIn(this);
+    if (position < 0)
+        return;
+    m_entries.erase(m_entries.begin() + position);
+    m_entries.push_back(record);
+    RenumberEntries(static_cast<std::size_t>(position));
+    if (IsActive())
+        record->PlaceAllItems();
+}
+
+bool PathInfo::ReplacePath(const ustring& path) {
+    m_manager->NotifyInterests(m_manager->GetNullDir(), ovEventPathReplaceBegin);
+    SetReplaceMarks(true);
+    bool changed = false;
+    if (!ReplaceByTokens(path, changed))
+        SetReplaceMarks(false);
+    if (RemoveMarked())
+        changed = true;
+    m_manager->NotifyInterests(m_manager->GetNullDir(), ovEventPathReplaceEnd);
+    return changed;
+}
+
+/// @return false if a name that is too long ended the work.
+bool PathInfo::ReplaceByTokens(const ustring& path, bool& changed) {
+    constexpr char16_t separator = u';';
+    for (std::size_t start = path.find_first_not_of(separator); start != ustring::npos;) {
+        const std::size_t end = std::min(path.find(separator, start), path.size());
+        const ustring token = path.substr(start, end - start);
+        if (token.size() > MaxDirNameLength) {
+            ReportMessage(MessageChannel::Warning, "directoryNameTooLong", {token});
+            return false;
+        }
+        if (ReplaceByToken(fl::filesystem::make_native_form(token, true)))
+            changed = true;
+        start = path.find_first_not_of(separator, end);
+    }
+    return true;
+}
+
+/// @return true if adding the directory was tried, also in vain.
+bool PathInfo::ReplaceByToken(const ustring& token) {
+    if (token.empty())
+        return false;
+    PathDirItemInfo* present = m_manager->FindPathDir(token, DirScope::Path);
+    if (present && present->HasReplaceMark()) {
+        present->SetReplaceMark(false);
+        MoveEntryToEnd(present);
+        return false;
+    }
+    if (PathDirItemInfo* added = AddDir(token, false, m_manager->GetFreezeAllAddedDirectories()))
+        added->SetReplaceMark(false);
+    return true;
+}
+
+void PathInfo::SetReplaceMarks(bool on) {
+    for (std::size_t i = 1; i < m_entries.size(); ++i)
+        m_entries[i]->SetReplaceMark(on);
+}
+
+bool PathInfo::RemoveMarked() {
+    bool removed = false;
+    for (std::size_t i = 1; i < m_entries.size();) {
+        PathDirItemInfo* record = m_entries[i];
+        if (!record->HasReplaceMark()) {
+            ++i;
+            continue;
+        }
+        record->SetReplaceMark(false);
+        RemoveDir(record);
+        removed = true;
+    }
+    return removed;
+}

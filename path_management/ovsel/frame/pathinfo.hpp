@@ -1,0 +1,54 @@
+#pragma once
+
+#include <vector>
+
+#include "host_interfaces/ustring.hpp"
+
+class IPathManager;
+class PathDirItemInfo;
+
+/// The ordered list of a path's directories. Position 0 is the current-directory slot; it is empty (null)
+/// only when the process had no usable directory as the path was created. `m_order` of the record at position
+/// i is i.
+class PathInfo {
+  public:
+    explicit PathInfo(IPathManager* manager) : m_manager(manager) {}
+    /// Removes the entries from the last to the first.
+    virtual ~PathInfo();
+
+    PathInfo(const PathInfo&) = delete;
+    PathInfo& operator=(const PathInfo&) = delete;
+
+    /// @pre the list is not empty
+    virtual PathDirItemInfo* GetCWD() { return m_entries.front(); }
+    /// The error text, or null for success. An empty name picks up the process's directory.
+    virtual const char* SetCWD(const ustring& name);
+    /// The new record, or null when the directory is on the path already or was rejected with a warning.
+    virtual PathDirItemInfo* AddDir(const ustring& name, bool atBegin, bool freeze);
+    virtual void RemoveDirByName(const ustring& name);
+    /// @pre @p record is an entry of this list.
+    virtual void RemoveDir(PathDirItemInfo* record);
+
+    bool ReplacePath(const ustring& path);
+    PathDirItemInfo* GetPathEntry(int index) const {
+        return static_cast<std::size_t>(index) < m_entries.size() ? m_entries[static_cast<std::size_t>(index)]
+                                                                  : nullptr;
+    }
+    int GetPathEntryCount() const { return static_cast<int>(m_entries.size()); }
+
+  private:
+    bool IsActive() const;
+    bool ValidatePathDirName(const ustring& fullName) const;
+    void Insert(PathDirItemInfo* record, int position);
+    void RenumberEntries(std::size_t from);
+    void MoveEntryToEnd(PathDirItemInfo* record);
+    bool ReplaceByToken(const ustring& token);
+    bool ReplaceByTokens(const ustring& path, bool& changed);
+    void SetReplaceMarks(bool on);
+    bool RemoveMarked();
+    const char* ResolveCWDName(const ustring& name, ustring& resolved) const;
+    void InstallCWD(const ustring& name);
+
+    IPathManager* const m_manager;
+    std::vector<PathDirItemInfo*> m_entries;
+};

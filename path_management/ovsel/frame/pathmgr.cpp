@@ -1,0 +1,251 @@
+#include "ovsel/frame/pathmgr.hpp"
+
+#include <algorithm>
+#include <any>
+#include <utility>
+
+#include "host_interfaces/filesystem.hpp"
+#include "ovsel/frame/messages.hpp"
+#include "ovsel/frame/pathinfo.hpp"
+#include "ovsel/frame/pathregistry.hpp"
+#include "ovsel/lookup/fullnamelookup.hpp"
+#include "ovsel/lookup/nametable.hpp"
+#include "ovsel/model/nulldiriteminfo.hpp"
+#include "ovsel/model/pathdiriteminfo.hpp"
+#include "ovsel/reading/idiritemsiterator.hpp"
+#include "ovsel/reading/idiritemsiteratorfactory.hpp"
+#include "ovsel/reading/vfsmode.hpp"
+#include <ovsel/names.hpp>
+
+namespace vfs = foundation::storage::vfs;
+
+PathMgr::PathMgr(const char* name, const char16_t* preFrozenPrefix, ovCaseSensitivity caseSensitivity,
+                 bool disableTempFileProbe)
+    : m_nameIndex(std::make_unique<NameTable>()),
+      m_pathInfo(std::make_unique<PathInfo>(this)),
+      m_isCaseSensitive(caseSensitivity == ovCaseSensitive),
+      m_hooks(IOHooks::Defaults()),
+      m_name(name),
+      m_storageSystem(vfs::createStorageSystem(std::any(), nullptr)) {
+    SetFlag(ProcessCWDOwner, PathRegistry::IsEmpty());
+    SetFlag(TempFileProbeDisabled, disableTempFileProbe);
+    if (preFrozenPrefix)
+        m_preFrozenPrefix = preFrozenPrefix;
+    try {
+        EnterService();
+    } catch (...) {
+        m_isValid = false;
+        TearDown();
+        throw;
+    }
+    m_refCount = 0;
+}
+
+void PathMgr::EnterService() {
+    m_dirRecords.reserve(1);
+    m_dirRecords.push_back(new NullDirItemInfo(this));
+    PathRegistry::Insert(m_name, this);
+    // The host has not had a chance to say whether it wants to hear of a directory without notifications.
+    m_notificationHandleWarnings = ovWarnCNHNever;
+    m_pathInfo->SetCWD(ustring());
+    m_notificationHandleWarnings = ovWarnCNHOnce;
+}
+
+PathMgr::~PathMgr() {
+    m_isDying = true;
+    RemovePath();
+}
+
+void PathMgr::AddRef() {
+    if (!m_isDying)
+        ++m_refCount;
+}
+
+void PathMgr::Release() {
+    if (m_isDying || --m_refCount != 0)
+        return;
+    m_isDying = true;
+    delete this;
+}
+
+void PathMgr::RemovePath() {
+    if (!m_isValid)
+        return;
+    NotifyInterests(GetNullDir(), ovEventPathRemoved);
+    if (!m_isValid) // a callback has removed the path itself
+        return;
+    m_isValid = false;
+    TearDown();
+}
+
+/// @pre out of service, so that what goes now fires no events.
+void PathMgr::TearDown() {
+    if (PathRegistry::Find(m_name) == this)
+        PathRegistry::Erase(m_name);
+    // The field is null while the list goes, so that nothing is placed in chains that are being taken apart.
+    std::unique_ptr<PathInfo>(std::move(m_pathInfo)).reset();
+    if (NullDirItemInfo* null = GetNullDir())
+        null->Destroy();
+    m_dirRecords.clear();
+}
+
+void PathMgr::AssignFileSystem(PathAllDirItemInfo* record) {
+    ustring fullName;
+    record->GetFullName(fullName);
+    record->SetFileSystemIndex(FileSystemTable::UnknownRow);
+    ustring fileSystem;
+    if (!GetFileSystemName(fileSystem, fullName)) {
+        const ustring& resolved = record->ResolveName();
+        if (resolved.empty() || !GetFileSystemName(fileSystem, resolved))
+            return;
+    }
+    record->SetFileSystemIndex(m_fileSystems.RowOf(fileSystem, m_isCaseSensitive));
+}
+
+PathNameInfo* PathMgr::FindNameInfo(std::u16string_view name) const { return m_nameIndex->Find(name); }
+
+PathNameInfo* PathMgr::AddNameInfo(std::u16string_view name, std::int32_t& spelling) {
+    return m_nameIndex->Add(name, spelling);
+}
+
+void PathMgr::RemoveNameInfo(PathNameInfo* info) { m_nameIndex->Remove(info); }
+
+void PathMgr::SetIOFcns(ovReadDirectoryFcn readDirectory, ovDirAccessibilityFcn dirAccessibility,
+                        ovReservedIOFcn reserved, ovDirExistsFcn dirExists, ovFileTimeFcn fileTime) {
+    m_hooks =
+        IOHooks::Merge({readDirectory, dirAccessibility, reserved, dirExists, fileTime}, IOHooks::Defaults());
+}
+
+// In each of the calls of a hook, the handle keeps this object alive while the hook runs; a hook called out
+// of service gets a null handle.
+
+char16_t* PathMgr::ReadDirectory(const ustring& name, unsigned short** attributes) {
+    const ovPath self(this);
+    return m_hooks.m_readDirectoryFcn(self, name, attributes);
+}
+
+ovDirAccessibility PathMgr::GetDirAccessibility(const ustring& name) {
+    const ovPath self(this);
+    return m_hooks.m_dirAccessibilityFcn(self, name);
+}
+
+bool PathMgr::DirExistsIRI(const vfs::AbsoluteIRI& location) {
+    return DirExists(vfs::fromAbsoluteIRI(location));
+}
+
+bool PathMgr::DirExists(const ustring& name) {
+    if (IsVFSMode()) {
+        const ustring native = fl::filesystem::make_native_form(name, true);
+        return m_dirItemsIteratorFactory &&
+               m_dirItemsIteratorFactory->FolderExists(vfs::toAbsoluteIRI(u"file", native));
+    }
+    const ovPath self(this);
+    return m_hooks.m_dirExistsFcn(self, name);
+}
+
+long PathMgr::GetFileTime(const ustring& name) {
+    const ovPath self(this);
+    return m_hooks.m_fileTimeFcn(self, name);
+}
+
+int PathMgr::RegisterInterest(InterestFcn callback) { return m_interests.Register(std::move(callback)); }
+
+void PathMgr::NotifyInterests(PathAllDirItemInfo* dir, ovEventType event) {
+    if (!m_isValid)
+        return;
+    const ovDir held(dir);
+    m_interests.Notify(event, dir);
+}
+
+int PathMgr::GetPathEntryCount() const { return m_pathInfo ? m_pathInfo->GetPathEntryCount() : 0; }
+
+void PathMgr::UnregisterDirRecord(PathDirItemInfo* record) {
+    const auto found = std::find(m_dirRecords.begin(), m_dirRecords.end(), record);
+    if (found != m_dirRecords.end())
+        m_dirRecords.erase(found);
+}
+
+NullDirItemInfo* PathMgr::GetNullDir() const {
+    return m_dirRecords.empty() ? nullptr : static_cast<NullDirItemInfo*>(m_dirRecords.front());
+}
+
+PathDirItemInfo* PathMgr::GetCWD() const {
+    PathDirItemInfo* cwd = GetPathEntry(0);
+    return cwd ? cwd : GetNullDir();
+}
+
+const char* PathMgr::SetCWD(const ustring& name) { return m_pathInfo->SetCWD(name); }
+
+void PathMgr::HideCWD(bool hide) {
+    SetFlag(CWDHidden, hide);
+    if (hide)
+        GetCWD()->ClearContents();
+}
+
+PathDirItemInfo* PathMgr::AddDir(const ustring& name, bool atBegin) {
+    return m_pathInfo->AddDir(name, atBegin, GetFreezeAllAddedDirectories());
+}
+
+void PathMgr::RemoveDir(PathDirItemInfo* record) { m_pathInfo->RemoveDir(record); }
+
+void PathMgr::RemoveDirByName(const ustring& name) { m_pathInfo->RemoveDirByName(name); }
+
+PathDirItemInfo* PathMgr::GetPathEntry(int index) const {
+    return m_pathInfo ? m_pathInfo->GetPathEntry(index) : nullptr;
+}
+
+bool PathMgr::ReplacePath(const ustring& path) { return m_pathInfo->ReplacePath(path); }
+
+PathDirItemInfo* PathMgr::FindDirByIRI(const vfs::AbsoluteIRI& location, DirScope scope) const {
+    return FullNameLookup(*this).FindPathDir(vfs::fromAbsoluteIRI(location), location.getName(), scope);
+}
+
+PathDirItemInfo* PathMgr::FindPathDir(const ustring& fullName, DirScope scope) const {
+    return FullNameLookup(*this).FindPathDir(fullName, scope);
+}
+
+PathItemInfo* PathMgr::FindDirInChain(PathItemInfo* first, const ustring& fullName) const {
+    return FullNameLookup(*this).FindDirInChain(first, fullName);
+}
+
+PathItemInfo* PathMgr::FindDirFullName(const ustring& fullName, ovDirType type) const {
+    return FullNameLookup(*this).FindDirFullName(fullName, type);
+}
+
+PathItemInfo* PathMgr::FindDirOfType(const ustring& fullName, std::u16string_view leaf,
+                                     ovDirType type) const {
+    return FullNameLookup(*this).FindDirOfType(fullName, leaf, type);
+}
+
+std::unique_ptr<IDirItemsIterator> PathMgr::CreateDirItemsIterator(const vfs::AbsoluteIRI& location) {
+    return m_dirItemsIteratorFactory ? m_dirItemsIteratorFactory->CreateDirItemsIterator(location) : nullptr;
+}
+
+void PathMgr::SetDirItemsIteratorFactory(std::unique_ptr<IDirItemsIteratorFactory> factory) {
+    m_dirItemsIteratorFactory = std::move(factory);
+}
+
+namespace {
+
+/// Null for the failures that are not reported.
+const char* WarningOf(const fl::filesystem::Failure& failure) {
+    if (dynamic_cast<const fl::filesystem::InvalidArgument*>(&failure) ||
+        dynamic_cast<const fl::filesystem::PathNotFound*>(&failure))
+        return "nameNonexistentOrNotADirectory";
+    if (dynamic_cast<const fl::filesystem::AccessDenied*>(&failure))
+        return "directoryPermissionDenied";
+    return nullptr;
+}
+
+} // namespace
+
+void PathMgr::ResolveDirLocation(DirLocation& result, const ustring& name) {
+    result = {};
+    try {
+        result.fullName = ovIsAbsolutePath(name) ? name : fl::filesystem::canonical(name, ustring());
+        result.resolved = true;
+    } catch (const fl::filesystem::Failure& failure) {
+        if (const char* id = WarningOf(failure))
+            ReportMessage(MessageChannel::Warning, id, {name});
+    }
+}

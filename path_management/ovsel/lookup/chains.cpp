@@ -1,0 +1,113 @@
+#include "ovsel/frame/ipathmanager.hpp"
+#include "ovsel/lookup/pathnameinfo.hpp"
+#include "ovsel/model/pathclassdiriteminfo.hpp"
+#include "ovsel/model/pathdiriteminfo.hpp"
+#include "ovsel/model/pathfileiteminfo.hpp"
+#include "ovsel/model/pathpackagediriteminfo.hpp"
+#include "ovsel/model/pathprivatediriteminfo.hpp"
+#include "ovsel/model/pathsubdiriteminfo.hpp"
+
+// Linking is constant time, so that reading a directory costs no ordering; the order is restored once for a
+// whole directory, run by run. A run is all neighbours of one order number.
+
+void PathItemInfo::LinkAtHead() {
+    m_pathDir->AddPendingItem(this); // first, since it may run out of memory
+    m_pending = true;
+    const NameCategory category = GetCategory();
+    m_next = m_nameInfo->GetChain(category);
+    if (m_next)
+        m_next->m_prev = this;
+    m_nameInfo->SetChain(category, this);
+}
+
+/// @return the head of the chain that is left.
+PathItemInfo* PathItemInfo::Unlink() {
+    PathItemInfo* head = m_nameInfo->GetChain(GetCategory());
+    if (m_prev)
+        m_prev->m_next = m_next;
+    else
+        head = m_next;
+    if (m_next)
+        m_next->m_prev = m_prev;
+    m_next = nullptr;
+    m_prev = nullptr;
+    m_linked = false;
+    if (m_pending)
+        m_pathDir->RemovePendingItem(this);
+    m_pending = false;
+    return head;
+}
+
+void PathItemInfo::UnlinkFromNameInfo() {
+    m_nameInfo->SetChain(GetCategory(), Unlink());
+    if (m_nameInfo->HasNoItems())
+        m_manager->RemoveNameInfo(m_nameInfo);
+}
+
+void PathItemInfo::PlaceInChain() {
+    const std::int32_t order = GetOrderNumber();
+    PathItemInfo* const before = m_prev;
+    const std::int32_t previous = before ? before->GetOrderNumber() : 0;
+    if (order != previous) {
+        PathItemInfo* last = this;
+        while (last->m_next && last->m_next->GetOrderNumber() == order)
+            last = last->m_next;
+        PathItemInfo* const after = last->m_next;
+
+        const auto cut = [&] {
+            if (before)
+                before->m_next = after;
+            if (after)
+                after->m_prev = before;
+        };
+        const auto splice = [&](PathItemInfo* left, PathItemInfo* right) {
+            m_prev = left;
+            if (left)
+                left->m_next = this;
+            last->m_next = right;
+            if (right)
+                right->m_prev = last;
+        };
+
+        if (after && order > after->GetOrderNumber()) {
+            cut();
+            PathItemInfo* left = after;
+            while (left->m_next && left->m_next->GetOrderNumber() < order)
+                left = left->m_next;
+            splice(left, left->m_next);
+        } else if (before && order < previous) {
+            cut();
+            PathItemInfo* right = before;
+            while (right->m_prev && right->m_prev->GetOrderNumber() > order)
+                right = right->m_prev;
+            splice(right->m_prev, right);
+        }
+    }
+    PathItemInfo* first = this;
+    while (first->m_prev)
+        first = first->m_prev;
+    // The run may have been at the head and left it to another: that one is found from the new place.
+    m_nameInfo->SetChain(GetCategory(), first);
+}
+
+void PathDirItemInfo::PlacePendingItems() {
+    for (PathItemInfo* item : m_pendingItems) {
+        item->PlaceInChain();
+        item->m_pending = false;
+    }
+    m_pendingItems.clear();
+}
+
+void PathAllDirItemInfo::PlaceAllItems() {
+    for (PathAllDirItemInfo* dir = this; dir; dir = dir->m_privateDir) {
+        dir->PlaceInChain();
+        for (PathFileItemInfo* file : dir->m_files)
+            file->PlaceInChain();
+        for (PathPackageDirItemInfo* package : dir->m_packageDirs)
+            package->PlaceAllItems();
+        for (PathClassDirItemInfo* classDir : dir->m_classDirs)
+            classDir->PlaceAllItems();
+        for (PathSubDirItemInfo* subDir : dir->m_subDirs)
+            subDir->PlaceInChain();
+    }
+}

@@ -1,0 +1,146 @@
+#include "ovsel/lookup/fullnamelookup.hpp"
+
+#include <algorithm>
+
+#include "ovsel/lookup/pathnameinfo.hpp"
+#include "ovsel/model/pathdiriteminfo.hpp"
+#include "ovsel/model/pathprivatediriteminfo.hpp"
+#include "ovsel/names/nameequality.hpp"
+#include "ovsel/names/ovselconstants.hpp"
+#include "ovsel/names/pathnames.hpp"
+
+namespace {
+
+constexpr std::size_t PrivateDirLength = std::u16string_view(PrivateDirName).size();
+
+bool FitsScope(std::int32_t order, DirScope scope) {
+    switch (scope) {
+    case DirScope::CWD:
+        return order == 0;
+    case DirScope::Path:
+        return order > 0;
+    case DirScope::Any:
+        break;
+    }
+    return true;
+}
+
+/// A path-level record holds its full name; for others it is built.
+bool HasFullName(const PathItemInfo& item, std::u16string_view fullName, bool caseSensitive,
+                 ustring& scratch) {
+    if (item.IsPathDir())
+        return NamesEqual(static_cast<const PathDirItemInfo&>(item).GetStoredFullName(), fullName,
+                          caseSensitive);
+    item.GetFullName(scratch);
+    return NamesEqual(scratch, fullName, caseSensitive);
+}
+
+} // namespace
+
+PathItemInfo* FullNameLookup::FindDirInChain(PathItemInfo* first, std::u16string_view fullName) const {
+    ustring scratch;
+    for (PathItemInfo* item = first; item; item = item->GetNext())
+        if (item->GetOrderNumber() >= 0 && HasFullName(*item, fullName, m_manager.IsCaseSensitive(), scratch))
+            return item;
+    return nullptr;
+}
+
+PathDirItemInfo* FullNameLookup::FindPathDir(std::u16string_view fullName, DirScope scope) const {
+    return FindPathDir(fullName, FilePartOf(fullName), scope);
+}
+
+PathDirItemInfo* FullNameLookup::FindPathDir(std::u16string_view fullName, std::u16string_view leaf,
+                                             DirScope scope) const {
+    const PathNameInfo* info = m_manager.FindNameInfo(leaf);
+    PathItemInfo* item = info ? info->GetChain(NamePathDir) : nullptr;
+    while ((item = FindDirInChain(item, fullName))) {
+        if (FitsScope(item->GetOrderNumber(), scope))
+            return static_cast<PathDirItemInfo*>(item);
+        item = item->GetNext();
+    }
+    return nullptr;
+}
+
+PathItemInfo* FullNameLookup::FindDirOfType(std::u16string_view fullName, std::u16string_view leaf,
+                                            ovDirType type) const {
+    const PathNameInfo* info = m_manager.FindNameInfo(leaf);
+    if (!info)
+        return nullptr;
+    const auto findIn = [&](NameCategory category) {
+        return FindDirInChain(info->GetChain(category), fullName);
+    };
+    const auto findInEither = [&](NameCategory direct, NameCategory nested) {
+        PathItemInfo* found = findIn(direct);
+        return found ? found : findIn(nested);
+    };
+    switch (type) {
+    case ovDirTypeCWD:
+    case ovDirTypePath:
+        return findIn(NamePathDir);
+    case ovDirTypePackage:
+        return findInEither(NamePackageDir, NameNestedPackageDir);
+    case ovDirTypeClass:
+        return findInEither(NameClassDir, NameNestedClassDir);
+    case ovDirTypePrivate:
+        return FindPrivateDir(fullName);
+    case ovDirTypeSubDir:
+        return findIn(NameSubDir);
+    default:
+        return nullptr;
+    }
+}
+
+/// What a name that does not end in `private` means gives the parent of the first `private` behind it, that
+/// one the parent of the next, and so on: a loop, since a name may end in any number of them.
+PathItemInfo* FullNameLookup::FindPrivateDir(std::u16string_view fullName) const {
+    std::u16string_view parentName = fullName;
+    std::size_t depth = 0;
+    for (; FilePartOf(parentName) == PrivateDirName; ++depth)
+        parentName = DirPartOf(parentName);
+    PathItemInfo* found = FindByForm(parentName);
+    std::size_t end = parentName.size();
+    while (depth-- > 0) {
+        const bool hasChildren = found && found->IsDirRecord();
+        found = hasChildren ? static_cast<PathAllDirItemInfo*>(found)->GetPrivateDir() : nullptr;
+        end = std::min(fullName.find(PrivateDirName, end) + PrivateDirLength, fullName.size());
+        if (!found && depth > 0)
+            found = FindPlain(fullName.substr(0, end));
+    }
+    return found;
+}
+
+PathItemInfo* FullNameLookup::FindDirFullName(std::u16string_view fullName, ovDirType type) const {
+    const std::u16string_view leaf = FilePartOf(fullName);
+    const auto behind = [&](const char16_t* sentinel) {
+        return leaf.starts_with(sentinel) ? FindDirOfType(fullName, leaf.substr(1), type) : nullptr;
+    };
+    switch (type) {
+    case ovDirTypeNull:
+        return FindByForm(fullName);
+    case ovDirTypePackage:
+        return behind(OvselConstants::U16_OBJPKGSENTINEL);
+    case ovDirTypeClass:
+        return behind(OvselConstants::U16_OOPSENTINEL);
+    default:
+        return FindDirOfType(fullName, leaf, type);
+    }
+}
+
+/// The special kinds first, by the form of the last element; then a path-level directory, then a plain one.
+PathItemInfo* FullNameLookup::FindByForm(std::u16string_view fullName) const {
+    const std::u16string_view leaf = FilePartOf(fullName);
+    PathItemInfo* found = nullptr;
+    if (leaf == PrivateDirName)
+        found = FindDirFullName(fullName, ovDirTypePrivate);
+    else
+        found = FindDirFullName(fullName, ovDirTypeClass);
+    if (!found)
+        found = FindDirFullName(fullName, ovDirTypePackage);
+    return found ? found : FindPlain(fullName);
+}
+
+PathItemInfo* FullNameLookup::FindPlain(std::u16string_view fullName) const {
+    const std::u16string_view leaf = FilePartOf(fullName);
+    PathItemInfo* found = FindDirOfType(fullName, leaf, ovDirTypePath);
+    return found ? found : FindDirOfType(fullName, leaf, ovDirTypeSubDir);
+}

@@ -1,0 +1,437 @@
+#include "ovsel/model/pathalldiriteminfo.hpp"
+
+#include <algorithm>
+#include <optional>
+
+#include <ovsel/cwd.hpp>
+#include <ovsel/names.hpp>
+
+#include "host_interfaces/filesystem.hpp"
+#include "host_interfaces/platform.hpp"
+#include "ovsel/frame/ipathmanager.hpp"
+#include "ovsel/model/pathclassdiriteminfo.hpp"
+#include "ovsel/model/pathdiriteminfo.hpp"
+#include "ovsel/model/pathfileiteminfo.hpp"
+#include "ovsel/model/pathpackagediriteminfo.hpp"
+#include "ovsel/model/pathprivatediriteminfo.hpp"
+#include "ovsel/model/pathsubdiriteminfo.hpp"
+#include "ovsel/names/makeroom.hpp"
+#include "ovsel/names/nameequality.hpp"
+#include "ovsel/names/pathnames.hpp"
+#include "ovsel/reading/dirreader.hpp"
+#include "ovsel/reading/idiritemsiterator.hpp"
+#include "ovsel/reading/vfsmode.hpp"
+
+namespace {
+
+ItemClass ItemClassOf(ovDirType type) {
+    switch (type) {
+    case ovDirTypePackage:
+        return ItemClass::PackageDir;
+    case ovDirTypeClass:
+        return ItemClass::ClassDir;
+    case ovDirTypePrivate:
+        return ItemClass::PrivateDir;
+    default:
+        return ItemClass::PathDir;
+    }
+}
+
+template <class Child>
+Child* FindByName(const std::vector<Child*>& children, std::u16string_view name) {
+    const auto found =
+        std::find_if(children.begin(), children.end(), [&](const Child* c) { return c->GetName() == name; });
+    return found == children.end() ? nullptr : *found;
+}
+
+template <class Child>
+Child* NextBehind(const std::vector<Child*>& children, const PathItemInfo* after) {
+    if (!after)
+        return children.empty() ? nullptr : children.front();
+    auto found = std::find(children.begin(), children.end(), after);
+    return found == children.end() || ++found == children.end() ? nullptr : *found;
+}
+
+template <class Child>
+PathItemInfo* At(const std::vector<Child*>& children, std::int32_t index) {
+    const auto i = static_cast<std::size_t>(index);
+    return i < children.size() ? children[i] : nullptr;
+}
+
+void End(PathFileItemInfo* file) { file->Remove(); }
+void End(PathSubDirItemInfo* subDir) { subDir->Remove(); }
+void End(PathAllDirItemInfo* dir) { dir->Destroy(); }
+
+/// Ends the children from @p keep on, last first. Each has left the container when its end is told.
+template <class Child>
+void EndBehind(std::vector<Child*>& children, std::size_t keep) {
+    while (children.size() > keep) {
+        Child* last = children.back();
+        children.pop_back();
+        End(last);
+    }
+}
+
+template <class Child>
+void EndStale(std::vector<Child*>& children) {
+    const auto stale =
+        std::stable_partition(children.begin(), children.end(), [](const Child* c) { return !c->IsStale(); });
+    EndBehind(children, static_cast<std::size_t>(stale - children.begin()));
+}
+
+template <class Child>
+void MarkStale(const std::vector<Child*>& children) {
+    for (Child* child : children)
+        child->SetStale(true);
+}
+
+template <class Visit>
+void ForEachEntry(IDirItemsIterator& items, Visit visit) {
+    for (items.First(); !items.IsDone(); items.Next())
+        visit(items.CurrentItem());
+}
+
+/// A class or package entry's name without its sentinel.
+std::u16string_view WithoutSentinel(const DirItemInfo& entry) {
+    return std::u16string_view(entry.name).substr(1);
+}
+
+} // namespace
+
+PathAllDirItemInfo::PathAllDirItemInfo(IPathManager* manager, const ustring& fullName,
+                                       std::u16string_view leaf, ovDirType type)
+    : PathItemInfo(manager, nullptr, leaf, true, type != ovDirTypeNull, ItemClassOf(type)),
+      m_dirType(type),
+      m_remote(ovIsWinPathRemote(fullName)),
+      m_beingDestroyed(false),
+      m_replaceMark(false) {}
+
+// A child lies where its path directory lies; the system is asked about that one only.
+PathAllDirItemInfo::PathAllDirItemInfo(IPathManager* manager, PathAllDirItemInfo* parent,
+                                       std::u16string_view name, bool confirmed, ovDirType type)
+    : PathItemInfo(manager, parent, name, confirmed, true, ItemClassOf(type)),
+      m_dirType(type),
+      m_remote(parent->GetPathDir()->IsRemote()),
+      m_beingDestroyed(false),
+      m_replaceMark(false) {}
+
+PathAllDirItemInfo::~PathAllDirItemInfo() = default;
+
+ovDirType PathAllDirItemInfo::GetDirType() const {
+    if (m_dirType == ovDirTypePath && static_cast<const PathDirItemInfo*>(this)->GetOrder() == 0)
+        return ovDirTypeCWD;
+    return m_dirType;
+}
+
+PathItemInfo* PathAllDirItemInfo::GetItem(std::int32_t group, std::int32_t index) const {
+    switch (group) {
+    case DirChildFile:
+        return At(m_files, index);
+    case DirChildPackageDir:
+        return At(m_packageDirs, index);
+    case DirChildClassDir:
+        return At(m_classDirs, index);
+    case DirChildPrivateDir:
+        return index == 0 ? m_privateDir : nullptr;
+    case DirChildSubDir:
+        return At(m_subDirs, index);
+    default:
+        return nullptr;
+    }
+}
+
+PathClassDirItemInfo* PathAllDirItemInfo::GetNextClassDir(const PathItemInfo* after) const {
+    return NextBehind(m_classDirs, after);
+}
+
+PathPackageDirItemInfo* PathAllDirItemInfo::GetNextPackageDir(const PathItemInfo* after) const {
+    return NextBehind(m_packageDirs, after);
+}
+
+PathClassDirItemInfo* PathAllDirItemInfo::FindClassDir(std::u16string_view name) const {
+    return FindByName(m_classDirs, name);
+}
+
+PathPackageDirItemInfo* PathAllDirItemInfo::FindPackageDir(std::u16string_view name) const {
+    return FindByName(m_packageDirs, name);
+}
+
+PathSubDirItemInfo* PathAllDirItemInfo::FindSubDir(std::u16string_view name) const {
+    return FindByName(m_subDirs, name);
+}
+
+PathFileItemInfo* PathAllDirItemInfo::FindFileEntry(const ustring& diskName) const {
+    const auto found = std::find_if(m_files.begin(), m_files.end(), [&](const PathFileItemInfo* file) {
+        return file->MatchesDiskName(diskName);
+    });
+    return found == m_files.end() ? nullptr : *found;
+}
+
+PathFileItemInfo* PathAllDirItemInfo::FindNextFile(const PathFileItemInfo* after, std::u16string_view name,
+                                                   bool caseSensitive) const {
+    auto file = m_files.begin();
+    if (after) {
+        file = std::find(m_files.begin(), m_files.end(), after);
+        if (file == m_files.end())
+            return nullptr;
+        ++file;
+    }
+    const std::size_t dot = name.rfind(u'.');
+    const auto matches = [&](const PathFileItemInfo* candidate) {
+        if (name.empty())
+            return true;
+        if (!NamesEqual(name.substr(0, dot), candidate->GetName(), caseSensitive))
+            return false;
+        const char16_t* extension = candidate->GetExtension();
+        return dot == std::u16string_view::npos ||
+               NamesEqual(name.substr(dot + 1), extension ? extension : u"", caseSensitive);
+    };
+    file = std::find_if(file, m_files.end(), matches);
+    return file == m_files.end() ? nullptr : *file;
+}
+
+void PathAllDirItemInfo::Load(bool freeze) {
+    ReadFromSource(freeze);
+    m_state = m_state == DirUnloaded && freeze ? DirFrozen : DirLoaded;
+}
+
+void PathAllDirItemInfo::ReadFromSource(bool freeze) {
+    if (!IsVFSMode()) {
+        ustring fullName;
+        GetFullName(fullName);
+        DirReader reader(GetManager(), fullName);
+        ReadContents(reader, freeze);
+        return;
+    }
+    const auto location = GetAbsoluteIRI();
+    if (GetManager()->IsCWDHidden() && GetManager()->FindDirByIRI(location, DirScope::CWD) &&
+        !ovIsCWDOnPath(ovPath(GetManager())))
+        return;
+    if (const auto items = GetManager()->CreateDirItemsIterator(location))
+        ReadContents(*items, freeze);
+}
+
+void PathAllDirItemInfo::ReadContents(IDirItemsIterator& items, bool freeze) {
+    ForEachEntry(items, [&](const DirItemInfo& entry) {
+        switch (entry.kind) {
+        case DirItemUnknown:
+        case DirItemSubdir:
+            if (IsPathDir())
+                AddSubDir(entry.name, entry.confirmed);
+            break;
+        case DirItemFile:
+            AddFile(entry, entry.fileKind);
+            break;
+        case DirItemClassDir:
+            AddClassDir(WithoutSentinel(entry), freeze, entry.confirmed);
+            break;
+        case DirItemPackageDir:
+            AddPackageDir(WithoutSentinel(entry), freeze, entry.confirmed);
+            break;
+        case DirItemPrivateDir:
+            AddPrivateDir(entry.name, freeze, entry.confirmed);
+            break;
+        default:
+            break;
+        }
+    });
+}
+
+void PathAllDirItemInfo::Reload(const RefreshOptions& options) {
+    SetStale(false);
+    MarkAllStale();
+    ReloadFromSource(options);
+    RemoveStaleChildren();
+    GetManager()->NotifyInterests(this, ovEventDirContentsLoaded);
+    m_state = options.freeze ? DirFrozen : DirLoaded;
+}
+
+void PathAllDirItemInfo::ReloadFromSource(const RefreshOptions& options) {
+    ustring fullName;
+    GetFullName(fullName);
+    if (!IsVFSMode()) {
+        DirReader reader(GetManager(), fullName);
+        ReloadContents(reader, options);
+        return;
+    }
+    const auto location =
+        foundation::storage::vfs::toAbsoluteIRI(u"file", fl::filesystem::make_native_form(fullName, true));
+    if (const auto items = GetManager()->CreateDirItemsIterator(location))
+        ReloadContents(*items, options);
+}
+
+void PathAllDirItemInfo::ReloadContents(IDirItemsIterator& items, const RefreshOptions& options) {
+    ForEachEntry(items, [&](const DirItemInfo& entry) {
+        switch (entry.kind) {
+        case DirItemFile:
+            FindOrAddFile(entry, entry.fileKind);
+            break;
+        case DirItemClassDir:
+            FindOrAddClassDir(WithoutSentinel(entry), options, entry.confirmed);
+            break;
+        case DirItemPackageDir:
+            FindOrAddPackageDir(WithoutSentinel(entry), options, entry.confirmed);
+            break;
+        case DirItemPrivateDir:
+            FindOrAddPrivateDir(entry.name, options, entry.confirmed);
+            break;
+        default:
+            if (IsPathDir())
+                FindOrAddSubDir(entry);
+            break;
+        }
+    });
+}
+
+void PathAllDirItemInfo::MarkAllStale() {
+    MarkStale(m_files);
+    MarkStale(m_packageDirs);
+    MarkStale(m_classDirs);
+    MarkStale(m_subDirs);
+    if (m_privateDir)
+        m_privateDir->SetStale(true);
+}
+
+void PathAllDirItemInfo::RemoveStaleChildren() {
+    EndStale(m_files);
+    EndStale(m_packageDirs);
+    EndStale(m_classDirs);
+    EndStale(m_subDirs);
+    if (m_privateDir && m_privateDir->IsStale()) {
+        m_privateDir->Destroy();
+        m_privateDir = nullptr;
+    }
+}
+
+void PathAllDirItemInfo::ClearContents() {
+    EndBehind(m_files, 0);
+    EndBehind(m_packageDirs, 0);
+    EndBehind(m_classDirs, 0);
+    EndBehind(m_subDirs, 0);
+    if (m_privateDir)
+        m_privateDir->Destroy();
+    m_privateDir = nullptr;
+}
+
+void PathAllDirItemInfo::Destroy() {
+    if (m_beingDestroyed)
+        return;
+    m_beingDestroyed = true;
+    GetManager()->NotifyInterests(this, ovEventDirRemoved);
+    DestroySilently();
+}
+
+void PathAllDirItemInfo::DestroySilently() {
+    ClearContents();
+    UnlinkFromNameInfo();
+    if (IsPathDir())
+        GetManager()->UnregisterDirRecord(static_cast<PathDirItemInfo*>(this));
+    DeleteIfUnreferenced();
+}
+
+/// The name is split at its last dot. A name with separators or a drive in it comes from a hook that lists
+/// more than leaves; the file system layer then says what its directory is.
+void PathAllDirItemInfo::AddFile(const DirItemInfo& entry, std::uint32_t fileKind) {
+    MakeRoom(m_files);
+    const std::u16string_view name = entry.name;
+    if (LastNameSplit(name) == std::u16string_view::npos) {
+        const std::u16string_view stem = name.substr(0, name.rfind(u'.'));
+        m_files.push_back(new PathFileItemInfo(GetManager(), this, stem, name, entry.confirmed, fileKind));
+        return;
+    }
+    const ustring native = fl::filesystem::make_native_form(entry.name, true);
+    const ustring stem = fl::filesystem::extract_stem(native);
+    const ustring parent = fl::filesystem::extract_parent_path(native);
+    const ustring itemName = parent.empty() ? stem : parent + fl::filesystem::PATHNAME_SEPARATOR + stem;
+    m_files.push_back(new PathFileItemInfo(GetManager(), this, itemName, name, entry.confirmed, fileKind));
+}
+
+template <class Child>
+std::unique_ptr<Child, PathAllDirItemInfo::Discard>
+PathAllDirItemInfo::LoadedChild(std::u16string_view name, bool freeze, bool confirmed) {
+    std::unique_ptr<Child, Discard> child(new Child(GetManager(), this, name, confirmed));
+    child->Load(freeze);
+    return child;
+}
+
+template <class Child>
+void PathAllDirItemInfo::AddChild(std::vector<Child*>& children, std::u16string_view name, bool freeze,
+                                  bool confirmed) {
+    auto child = LoadedChild<Child>(name, freeze, confirmed);
+    MakeRoom(children);
+    children.push_back(child.get());
+    GetManager()->NotifyInterests(child.release(), ovEventDirAdded);
+}
+
+void PathAllDirItemInfo::AddClassDir(std::u16string_view name, bool freeze, bool confirmed) {
+    if (m_dirType != ovDirTypeClass)
+        AddChild(m_classDirs, name, freeze, confirmed);
+}
+
+void PathAllDirItemInfo::AddPackageDir(std::u16string_view name, bool freeze, bool confirmed) {
+    AddChild(m_packageDirs, name, freeze, confirmed);
+}
+
+void PathAllDirItemInfo::AddPrivateDir(std::u16string_view name, bool freeze, bool confirmed) {
+    auto child = LoadedChild<PathPrivateDirItemInfo>(name, freeze, confirmed);
+    if (m_privateDir)
+        m_privateDir->DestroySilently(); // a source that lists two: the last one holds
+    m_privateDir = child.release();
+    GetManager()->NotifyInterests(m_privateDir, ovEventDirAdded);
+}
+
+void PathAllDirItemInfo::AddSubDir(std::u16string_view name, bool confirmed) {
+    MakeRoom(m_subDirs);
+    m_subDirs.push_back(new PathSubDirItemInfo(GetManager(), this, name, confirmed));
+}
+
+void PathAllDirItemInfo::FindOrAddFile(const DirItemInfo& entry, std::uint32_t fileKind) {
+    PathFileItemInfo* file = FindFileEntry(entry.name);
+    if (!file)
+        return AddFile(entry, fileKind);
+    file->SetStale(false);
+    file->SetFileKind(FileKindUnknown); // it may have been rewritten
+}
+
+void PathAllDirItemInfo::FindOrAddClassDir(std::u16string_view name, const RefreshOptions& options,
+                                           bool confirmed) {
+    if (PathClassDirItemInfo* child = FindClassDir(name))
+        child->SetStale(false);
+    else
+        AddClassDir(name, options.freeze, confirmed);
+}
+
+void PathAllDirItemInfo::FindOrAddPackageDir(std::u16string_view name, const RefreshOptions& options,
+                                             bool confirmed) {
+    if (PathPackageDirItemInfo* child = FindPackageDir(name))
+        child->SetStale(false);
+    else
+        AddPackageDir(name, options.freeze, confirmed);
+}
+
+void PathAllDirItemInfo::FindOrAddPrivateDir(std::u16string_view name, const RefreshOptions& options,
+                                             bool confirmed) {
+    if (m_privateDir)
+        m_privateDir->SetStale(false);
+    else
+        AddPrivateDir(name, options.freeze, confirmed);
+}
+
+void PathAllDirItemInfo::FindOrAddSubDir(const DirItemInfo& entry) {
+    if (PathSubDirItemInfo* child = FindSubDir(entry.name))
+        child->SetStale(false);
+    else
+        AddSubDir(entry.name, entry.confirmed);
+}
+
+void PathAllDirItemInfo::RemoveFile(const PathItemInfo* file) { std::erase(m_files, file); }
+
+const ustring& PathAllDirItemInfo::ResolveName() {
+    constexpr std::size_t longestResolvedName = 260;
+    ustring fullName;
+    GetFullName(fullName);
+    m_resolvedName = host::Platform().FullPath(fullName);
+    if (m_resolvedName.size() > longestResolvedName)
+        m_resolvedName.clear();
+    return m_resolvedName;
+}

@@ -1,0 +1,98 @@
+#include "ovsel/model/pathdiriteminfo.hpp"
+
+#include <algorithm>
+
+#include <ovsel/names.hpp>
+
+#include "host_interfaces/diagnostics.hpp"
+#include "host_interfaces/filesystem.hpp"
+#include "ovsel/frame/ipathmanager.hpp"
+#include "ovsel/names/nameequality.hpp"
+#include "ovsel/names/pathnames.hpp"
+#include "ovsel/reading/vfsmode.hpp"
+
+namespace vfs = foundation::storage::vfs;
+
+namespace {
+
+const char notInThisMode[] = "Not supported in non VFS mode.";
+
+/// The null record has no name; it stands at a location that no directory has.
+vfs::AbsoluteIRI LocationOf(const ustring& fullName) {
+    const ustring name = fullName.empty() ? ustring(u"\\\\\\") : fullName;
+    return vfs::toAbsoluteIRI(u"file", fl::filesystem::make_native_form(name, true));
+}
+
+ustring NativeNameOf(const vfs::AbsoluteIRI& location) {
+    if (!IsVFSMode())
+        HOST_FATAL(notInThisMode);
+    return vfs::fromAbsoluteIRI(location);
+}
+
+} // namespace
+
+PathDirItemInfo::PathDirItemInfo(IPathManager* manager, const ustring& fullName, std::u16string_view leaf,
+                                 std::int32_t position, ovDirType type)
+    : PathAllDirItemInfo(manager, fullName, leaf, type), m_order(position), m_fullName(fullName) {
+    if (IsVFSMode())
+        m_directoryIRI = LocationOf(fullName);
+    Enter();
+    if (!m_fullName.empty())
+        manager->AssignFileSystem(this);
+}
+
+PathDirItemInfo::PathDirItemInfo(IPathManager* manager, const vfs::AbsoluteIRI& location,
+                                 std::int32_t position, ovDirType type)
+    : PathAllDirItemInfo(manager, NativeNameOf(location), location.getName(), type),
+      m_order(position),
+      m_fullName(vfs::fromAbsoluteIRI(location)),
+      m_directoryIRI(location) {
+    Enter();
+}
+
+void PathDirItemInfo::Enter() {
+    m_positions.reserve(1);
+    m_preFrozen = ComputePreFrozen();
+    SetPathDir(this);
+    if (GetNameInfo())
+        LinkAtHead();
+}
+
+/// By characters, not by elements.
+bool PathDirItemInfo::ComputePreFrozen() const {
+    const ustring* prefix = GetManager()->GetPreFrozenPrefix();
+    if (!prefix)
+        return false;
+    const std::u16string_view name = GetResolvedName().empty() ? m_fullName : GetResolvedName();
+    return NamesEqual(name.substr(0, prefix->size()), *prefix, GetManager()->IsCaseSensitive());
+}
+
+void PathDirItemInfo::AppendName(ustring& path) const { ovConcatPathName(path, m_fullName); }
+
+const vfs::AbsoluteIRI& PathDirItemInfo::GetDirectoryAbsoluteIRI() const {
+    if (!m_directoryIRI)
+        HOST_FATAL(notInThisMode);
+    return *m_directoryIRI;
+}
+
+std::int32_t PathDirItemInfo::GetPositionIn(const PathInfo* list) const {
+    const auto found = std::find_if(m_positions.begin(), m_positions.end(),
+                                    [&](const auto& pair) { return pair.first == list; });
+    return found == m_positions.end() ? -1 : found->second;
+}
+
+void PathDirItemInfo::SetPositionIn(const PathInfo* list, std::int32_t position) {
+    const auto found = std::find_if(m_positions.begin(), m_positions.end(),
+                                    [&](const auto& pair) { return pair.first == list; });
+    if (found == m_positions.end())
+        m_positions.emplace_back(list, position);
+    else
+        found->second = position;
+}
+
+void PathDirItemInfo::RemovePositionIn(const PathInfo* list) {
+    const auto found = std::find_if(m_positions.begin(), m_positions.end(),
+                                    [&](const auto& pair) { return pair.first == list; });
+    if (found != m_positions.end())
+        m_positions.erase(found);
+}

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "ovsel/model/pathalldiriteminfo.hpp"
+
+class PathInfo;
+
+/// A directory that stands on the path, or the current directory, which is position 0.
+class PathDirItemInfo : public PathAllDirItemInfo {
+  public:
+    /// Holds a record until a path list takes it over.
+    using Owner = std::unique_ptr<PathDirItemInfo, Discard>;
+
+    /// @p leaf is the last element of @p fullName, or the whole of it for a root.
+    PathDirItemInfo(IPathManager* manager, const ustring& fullName, std::u16string_view leaf,
+                    std::int32_t position, ovDirType type);
+    /// From a location, in the storage layer's mode; ends the process outside it. Takes no file-system row.
+    PathDirItemInfo(IPathManager* manager, const foundation::storage::vfs::AbsoluteIRI& location,
+                    std::int32_t position, ovDirType type);
+
+    void AppendName(ustring& path) const override;
+    bool MatchesDiskName(const ustring& name) const override { return name == m_fullName; }
+
+    /// The absolute name as given.
+    const ustring& GetStoredFullName() const { return m_fullName; }
+    /// @pre the storage layer's mode; ends the process outside it.
+    const foundation::storage::vfs::AbsoluteIRI& GetDirectoryAbsoluteIRI() const;
+
+    /// 0 the current directory, 1 and above a place on the path, -1 none.
+    std::int32_t GetOrder() const { return m_order; }
+    void SetOrder(std::int32_t order) { m_order = order; }
+    bool IsOnPath() const { return m_order >= 0; }
+    /// Does the directory lie under the path's pre-frozen prefix? Decided at construction.
+    bool IsPreFrozen() const { return m_preFrozen; }
+
+    /// Place in a path list; -1 if it is not there.
+    std::int32_t GetPositionIn(const PathInfo* list) const;
+    void SetPositionIn(const PathInfo* list, std::int32_t position);
+    void RemovePositionIn(const PathInfo* list);
+
+    bool HasReplaceMark() const { return m_replaceMark; }
+    void SetReplaceMark(bool on) { m_replaceMark = on; }
+
+    /// Notes an item that stands at the head of its chain and has not been put in its place.
+    void AddPendingItem(PathItemInfo* item) { m_pendingItems.push_back(item); }
+    void RemovePendingItem(const PathItemInfo* item) { std::erase(m_pendingItems, item); }
+    bool HasPendingItems() const { return !m_pendingItems.empty(); }
+    /// Puts all of them in their places. Chains are in path order afterwards.
+    void PlacePendingItems();
+
+  private:
+    void Enter();
+    bool ComputePreFrozen() const;
+
+    std::int32_t m_order;
+    std::vector<std::pair<const PathInfo*, std::int32_t>> m_positions;
+    ustring m_fullName;
+    /// In the storage layer's mode only.
+    std::optional<foundation::storage::vfs::AbsoluteIRI> m_directoryIRI;
+    bool m_preFrozen = false;
+    std::vector<PathItemInfo*> m_pendingItems;
+};

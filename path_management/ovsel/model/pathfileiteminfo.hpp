@@ -1,0 +1,38 @@
+#pragma once
+
+#include "ovsel/model/pathiteminfo.hpp"
+
+/// What a file is as a class definition.
+enum FileKind : std::uint32_t { FileKindUnknown = 0, FileKindClass = 1, FileKindNoClass = 2 };
+
+/// A file. Its name is its stem, so that `foo.sv` and `foo.p` share a name entry and differ in extension
+/// only.
+class PathFileItemInfo final : public PathItemInfo {
+  public:
+    /// @p diskName is the whole name that @p itemName is the stem of. @p confirmed false: only assumed to be
+    /// a file.
+    PathFileItemInfo(IPathManager* manager, PathAllDirItemInfo* parent, std::u16string_view itemName,
+                     std::u16string_view diskName, bool confirmed, std::uint32_t fileKind);
+
+    void AppendName(ustring& path) const override;
+    bool MatchesDiskName(const ustring& name) const override;
+    /// The extension without its dot, empty if the name ends in a dot, null if it has none.
+    const char16_t* GetExtension() const override;
+
+    std::uint32_t GetFileKind() const { return m_fileKind; }
+    void SetFileKind(std::uint32_t fileKind) { m_fileKind = fileKind; }
+
+    /// Ends the record. @pre its parent's container no longer holds it.
+    void Remove();
+    /// Takes the record out of its parent and ends it.
+    void RemoveFromParent();
+    /// The file has turned out to be a directory: enters that in the parent and ends this record.
+    void ConvertToSubDir();
+
+  private:
+    void StoreExtension(std::u16string_view diskName);
+
+    char16_t m_shortExtension[5] = {};
+    ustring m_longExtension;
+    std::uint32_t m_fileKind;
+};

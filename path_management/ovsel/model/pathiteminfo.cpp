@@ -1,0 +1,95 @@
+#include "ovsel/model/pathiteminfo.hpp"
+
+#include <ovsel/names.hpp>
+
+#include "host_interfaces/filesystem.hpp"
+#include "ovsel/frame/ipathmanager.hpp"
+#include "ovsel/lookup/pathnameinfo.hpp"
+#include "ovsel/model/pathalldiriteminfo.hpp"
+#include "ovsel/model/pathdiriteminfo.hpp"
+
+namespace {
+/// A usual absolute name fits; longer ones grow.
+constexpr std::size_t fullNameCapacity = 1024;
+} // namespace
+
+PathItemInfo::PathItemInfo(IPathManager* manager, PathAllDirItemInfo* parent, std::u16string_view name,
+                           bool verified, bool registerName, ItemClass itemClass)
+    : m_linked(true),
+      m_stale(false),
+      m_verified(verified),
+      m_pending(false),
+      m_itemClass(static_cast<std::uint32_t>(itemClass) & 7u),
+      m_parent(parent),
+      m_pathDir(parent ? parent->GetPathDir() : nullptr),
+      m_manager(manager) {
+    m_direct = m_parent == m_pathDir;
+    if (registerName)
+        m_nameInfo = manager->AddNameInfo(name, m_spelling);
+}
+
+void PathItemInfo::AppendName(ustring& path) const { ovConcatPathName(path, GetName()); }
+
+bool PathItemInfo::MatchesDiskName(const ustring& name) const { return name == GetName(); }
+
+const char16_t* PathItemInfo::GetExtension() const {
+    const ustring& name = GetName();
+    const std::size_t dot = name.rfind(u'.');
+    return dot == ustring::npos ? nullptr : name.c_str() + dot;
+}
+
+const ustring& PathItemInfo::GetName() const {
+    static const ustring none;
+    return m_nameInfo ? m_nameInfo->GetSpelling(m_spelling) : none;
+}
+
+void PathItemInfo::GetFullName(ustring& out) const {
+    out.clear();
+    out.reserve(fullNameCapacity);
+    AppendFullName(out);
+}
+
+void PathItemInfo::AppendFullName(ustring& out) const {
+    if (m_parent)
+        m_parent->AppendFullName(out);
+    AppendName(out);
+}
+
+foundation::storage::vfs::AbsoluteIRI PathItemInfo::GetAbsoluteIRI() const {
+    ustring fullName;
+    GetFullName(fullName);
+    return foundation::storage::vfs::toAbsoluteIRI(m_pathDir->GetDirectoryAbsoluteIRI().getScheme(),
+                                                   fl::filesystem::make_native_form(fullName, true));
+}
+
+NameCategory PathItemInfo::GetCategory() const {
+    switch (GetItemClass()) {
+    case ItemClass::File:
+        if (m_direct)
+            return NameFile;
+        return m_parent->GetItemClass() == ItemClass::PrivateDir ? NamePrivateFile : NameNestedFile;
+    case ItemClass::SubDir:
+        return m_direct ? NameSubDir : NameNestedSubDir;
+    case ItemClass::PackageDir:
+        return m_direct ? NamePackageDir : NameNestedPackageDir;
+    case ItemClass::ClassDir:
+        return m_direct ? NameClassDir : NameNestedClassDir;
+    case ItemClass::PrivateDir:
+        return NamePrivateDir;
+    case ItemClass::PathDir:
+        break;
+    }
+    return NamePathDir;
+}
+
+std::int32_t PathItemInfo::GetOrderNumber() const { return m_pathDir ? m_pathDir->GetOrder() : 0; }
+
+void PathItemInfo::Release() {
+    if (--m_refCount == 0 && !m_linked)
+        delete this;
+}
+
+void PathItemInfo::DeleteIfUnreferenced() {
+    if (m_refCount == 0)
+        delete this;
+}

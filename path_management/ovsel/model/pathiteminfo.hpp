@@ -1,0 +1,119 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "host_interfaces/storage.hpp"
+#include "host_interfaces/ustring.hpp"
+#include "ovsel/lookup/namecategory.hpp"
+
+class IPathManager;
+class PathAllDirItemInfo;
+class PathDirItemInfo;
+class PathNameInfo;
+
+/// What an item record is.
+enum class ItemClass : std::uint32_t { File, SubDir, PathDir, PackageDir, ClassDir, PrivateDir };
+
+/// The record of one thing that a directory holds, or of a path directory itself.
+///
+/// It stands in three structures at once: its parent's container, which owns it; the name entry that holds
+/// its spelling; and one chain in that entry. It holds no text of its own.
+///
+/// Life: built and linked by the constructor of its class; removed by its owner, which takes it out of the
+/// container, unlinks it and calls DeleteIfUnreferenced; kept as a shell, of which only IsLinked and the
+/// count may be asked, until the last handle goes.
+class PathItemInfo {
+  public:
+    virtual ~PathItemInfo() = default;
+    PathItemInfo(const PathItemInfo&) = delete;
+    PathItemInfo& operator=(const PathItemInfo&) = delete;
+
+    /// Appends the name that the item has on disk to a path that is being built.
+    virtual void AppendName(ustring& path) const;
+    /// Is this exactly the item's name on disk? Never a matter of case.
+    virtual bool MatchesDiskName(const ustring& name) const;
+    /// The text from the name's last dot on, dot included; null without a dot. Files answer without the dot.
+    virtual const char16_t* GetExtension() const;
+
+    const ustring& GetName() const;
+    /// Replaces @p out by the absolute name on disk.
+    void GetFullName(ustring& out) const;
+    /// @pre the storage layer's mode
+    foundation::storage::vfs::AbsoluteIRI GetAbsoluteIRI() const;
+
+    PathAllDirItemInfo* GetParent() const { return m_parent; }
+    PathDirItemInfo* GetPathDir() const { return m_pathDir; }
+    PathNameInfo* GetNameInfo() const { return m_nameInfo; }
+    IPathManager* GetManager() const { return m_manager; }
+    PathItemInfo* GetNext() const { return m_next; }
+    PathItemInfo* GetPrev() const { return m_prev; }
+
+    bool IsLinked() const { return m_linked; }
+    bool IsDirect() const { return m_direct; }
+    bool IsStale() const { return m_stale; }
+    void SetStale(bool stale) { m_stale = stale; }
+    bool IsVerified() const { return m_verified; }
+    void SetVerified(bool verified) { m_verified = verified; }
+
+    ItemClass GetItemClass() const { return static_cast<ItemClass>(m_itemClass); }
+    bool IsFile() const { return GetItemClass() == ItemClass::File; }
+    bool IsSubDir() const { return GetItemClass() == ItemClass::SubDir; }
+    /// Is this a PathAllDirItemInfo?
+    bool IsDirRecord() const { return GetItemClass() >= ItemClass::PathDir; }
+    bool IsPathDir() const { return GetItemClass() == ItemClass::PathDir; }
+    NameCategory GetCategory() const;
+
+    /// Position on the path of the directory that the item lies under; 0 if there is none.
+    std::int32_t GetOrderNumber() const;
+
+    void AddRef() { ++m_refCount; }
+    /// May delete the object.
+    void Release();
+    /// The end of every removal, after the unlink.
+    void DeleteIfUnreferenced();
+
+    // The chain operations stand with the name index.
+
+    /// Makes the item the head of its chain and notes it as pending; the last step of construction.
+    void LinkAtHead();
+    /// Moves the run of items of this order number to where that number belongs in the chain, which is sorted
+    /// but for this run. A new run goes in front of items of equal order.
+    void PlaceInChain();
+    /// Takes the item out of its chain; a name entry whose last item this was goes too.
+    void UnlinkFromNameInfo();
+
+  protected:
+    /// @p parent is null for path-level records. @p registerName false leaves the record without a name
+    /// entry.
+    PathItemInfo(IPathManager* manager, PathAllDirItemInfo* parent, std::u16string_view name, bool verified,
+                 bool registerName, ItemClass itemClass);
+
+    void SetPathDir(PathDirItemInfo* pathDir) { m_pathDir = pathDir; }
+    /// For a record that is in no chain.
+    void MarkUnlinked() { m_linked = false; }
+
+  private:
+    friend class PathDirItemInfo;
+
+    void AppendFullName(ustring& out) const;
+    PathItemInfo* Unlink();
+
+    std::int32_t m_refCount = 0;
+    std::uint32_t m_linked : 1;
+    std::uint32_t m_direct : 1;
+    std::uint32_t m_stale : 1;
+    std::uint32_t m_verified : 1;
+    std::uint32_t m_pending : 1; ///< in m_pendingItems of the path directory
+    std::uint32_t m_itemClass : 3;
+    std::int32_t m_spelling = 0;
+    PathItemInfo* m_next = nullptr;
+    PathItemInfo* m_prev = nullptr;
+    PathAllDirItemInfo* m_parent;
+    PathNameInfo* m_nameInfo = nullptr;
+    PathDirItemInfo* m_pathDir = nullptr;
+    IPathManager* m_manager;
+};
+
+// Every file on a path costs one of these and a bit more; see bench/README.md for bytes per file.
+static_assert(sizeof(PathItemInfo) <= 72);

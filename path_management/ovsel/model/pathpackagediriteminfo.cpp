@@ -1,0 +1,24 @@
+#include "ovsel/model/pathpackagediriteminfo.hpp"
+
+#include <ovsel/names.hpp>
+
+#include "ovsel/frame/ipathmanager.hpp"
+#include "ovsel/names/ovselconstants.hpp"
+#include "ovsel/reading/idiritemsiterator.hpp"
+
+PathPackageDirItemInfo::PathPackageDirItemInfo(IPathManager* manager, PathAllDirItemInfo* parent,
+                                               std::u16string_view name, bool confirmed)
+    : PathAllDirItemInfo(manager, parent, name, confirmed, ovDirTypePackage) {
+    LinkAtHead();
+    manager->AssignFileSystem(this);
+}
+
+void PathPackageDirItemInfo::AppendName(ustring& path) const {
+    ovConcatPathName(path, OvselConstants::U16_OBJPKGSENTINEL);
+    path += GetName();
+}
+
+bool PathPackageDirItemInfo::MatchesDiskName(const ustring& name) const {
+    return !name.empty() && name.front() == OvselConstants::U16_OBJPKGSENTINEL[0] &&
+           std::u16string_view(name).substr(1) == GetName();
+}

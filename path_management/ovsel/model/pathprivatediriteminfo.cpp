@@ -1,0 +1,26 @@
+#include "ovsel/model/pathprivatediriteminfo.hpp"
+
+#include "ovsel/frame/ipathmanager.hpp"
+#include "ovsel/model/pathfileiteminfo.hpp"
+#include "ovsel/reading/idiritemsiterator.hpp"
+
+PathPrivateDirItemInfo::PathPrivateDirItemInfo(IPathManager* manager, PathAllDirItemInfo* parent,
+                                               std::u16string_view name, bool confirmed)
+    : PathAllDirItemInfo(manager, parent, name, confirmed, ovDirTypePrivate) {
+    LinkAtHead();
+    manager->AssignFileSystem(this);
+}
+
+// A private file defines no class, whatever the source says of it.
+
+void PathPrivateDirItemInfo::ReadContents(IDirItemsIterator& items, bool) {
+    for (items.First(); !items.IsDone(); items.Next())
+        if (items.CurrentItem().kind == DirItemFile)
+            AddFile(items.CurrentItem(), FileKindNoClass);
+}
+
+void PathPrivateDirItemInfo::ReloadContents(IDirItemsIterator& items, const RefreshOptions&) {
+    for (items.First(); !items.IsDone(); items.Next())
+        if (items.CurrentItem().kind == DirItemFile)
+            FindOrAddFile(items.CurrentItem(), FileKindNoClass);
+}
