@@ -5,9 +5,9 @@
 #include <ovsel/names.hpp>
 
 #include "host_interfaces/storage.hpp"
-#include "names/rows.hpp"
 #include "ovsel/names/ovselconstants.hpp"
-#include "support/fake_platform.hpp"
+#include "rows.hpp"
+#include "tests/support/fake_platform.hpp"
 
 namespace {
 

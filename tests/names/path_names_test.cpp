@@ -5,9 +5,9 @@
 
 #include "host_interfaces/filesystem.hpp"
 #include "linux_host/linux_host.hpp"
-#include "names/rows.hpp"
 #include "ovsel/names/pathnormalizer.hpp"
-#include "support/fake_platform.hpp"
+#include "rows.hpp"
+#include "tests/support/fake_platform.hpp"
 
 namespace {
 
