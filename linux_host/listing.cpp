@@ -86,7 +86,8 @@ class ListingBuilder {
         if (name == "." || name == "..") {
             return;
         }
-        if (name.find_first_of("\\:") != std::string_view::npos) {
+        // find_first_of would search the set anew for each byte.
+        if (std::any_of(name.begin(), name.end(), [](char c) { return c == '\\' || c == ':'; })) {
             ++CountersInForce().unspellable;
         } else if (!IsFileDirectoryOrUnknown(entry.d_type)) {
             ++CountersInForce().specialFiles;

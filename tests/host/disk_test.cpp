@@ -1,6 +1,8 @@
 // Single questions about the disk: existence, accessibility, time, the current directory; and their failures.
 
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <typeinfo>
 
 #include "host_interfaces/filesystem.hpp"
 #include "host_interfaces/platform.hpp"
@@ -14,25 +16,20 @@ namespace {
 using test::NameOf;
 using test::TempTree;
 
-/// Index of an answer in this list.
 enum Outcome { No, Yes, Invalid, Denied, NotFound, TooLarge, System, Conversion };
 
 template <typename Question>
 Outcome Ask(Question question) {
     try {
         return question() ? Yes : No;
-    } catch (const fs::InvalidArgument&) {
-        return Invalid;
-    } catch (const fs::AccessDenied&) {
-        return Denied;
-    } catch (const fs::PathNotFound&) {
-        return NotFound;
-    } catch (const fs::FileNameTooLarge&) {
-        return TooLarge;
-    } catch (const fs::SystemError&) {
-        return System;
-    } catch (const fs::FileNameConversionFailure&) {
-        return Conversion;
+    } catch (const fs::Failure& failure) {
+        const std::type_info& type = typeid(failure);
+        return type == typeid(fs::InvalidArgument)    ? Invalid
+               : type == typeid(fs::AccessDenied)     ? Denied
+               : type == typeid(fs::PathNotFound)     ? NotFound
+               : type == typeid(fs::FileNameTooLarge) ? TooLarge
+               : type == typeid(fs::SystemError)      ? System
+                                                      : Conversion;
     }
 }
 
@@ -40,10 +37,7 @@ Outcome Exists(const ustring& name) {
     return Ask([&] { return fs::exists(name); });
 }
 Outcome Enter(const ustring& name) {
-    return Ask([&] {
-        fs::current_path(name);
-        return true;
-    });
+    return Ask([&] { return fs::current_path(name), true; });
 }
 
 /// Brings the process back to its directory, which need not have a name in the grammar.
@@ -107,6 +101,7 @@ TEST_F(Disk, AnswersForEveryKindOfNameOrFailsInItsOwnWay) {
 TEST_F(Disk, TakesRelativeNamesAgainstTheCurrentDirectory) {
     TempTree tree{"dir/sub/file", "x:y/"};
     const ustring root = NameOf(tree);
+    linux_host::ResetCounters();
     fs::current_path(root + u"\\dir");
     EXPECT_EQ(fs::current_path(), root + u"\\dir");
     EXPECT_EQ(Exists(u"sub/file"), Yes);
@@ -114,6 +109,7 @@ TEST_F(Disk, TakesRelativeNamesAgainstTheCurrentDirectory) {
     EXPECT_EQ(linux_host::DirectoryAccessibility(u"C:sub"), 1);
     EXPECT_TRUE(linux_host::DirectoryExists(u"..\\dir"));
     EXPECT_FALSE(linux_host::DirectoryExists(u"sub\\file"));
+    EXPECT_EQ(linux_host::GetCounters().existenceQueries, 2U);
     EXPECT_EQ(linux_host::ListDirectory(u".").value().names, ustring(u"sub\0\0", 5));
     EXPECT_EQ(host::Platform().FullPath(u"sub\\..\\a.sv"), root + u"\\dir\\a.sv");
     EXPECT_EQ(host::Platform().FullPath(u""), u"");
@@ -133,29 +129,14 @@ TEST_F(Disk, TakesRelativeNamesAgainstTheCurrentDirectory) {
 
 TEST_F(Disk, HoldsTimesToSecondsThatAreNeverNone) {
     TempTree tree{"f", "lost -> none"};
-    const ustring name = NameOf(tree, "f");
-    const std::pair<long, long> table[] = {{1700000000, 1700000000},
-                                           {2147483647, 2147483647},
-                                           {2147483648, 2147483647},
-                                           {4294967296, 2147483647},
-                                           {1, 1},
-                                           {0, 1},
-                                           {-5, 1}};
-    for (const auto& [set, answered] : table) {
+    for (const long set : {-5L, 0L, 1L, 1700000000L, 2147483647L, 2147483648L, 4294967296L}) {
         tree.SetTime("f", set);
-        EXPECT_EQ(linux_host::FileTime(name), answered) << set;
+        EXPECT_EQ(linux_host::FileTime(NameOf(tree, "f")), std::clamp(set, 1L, 2147483647L));
     }
-    EXPECT_NE(linux_host::FileTime(NameOf(tree)), 0);
+    EXPECT_GT(linux_host::FileTime(NameOf(tree)), 1700000000);
     EXPECT_EQ(linux_host::FileTime(NameOf(tree, "gone")), 0);
     EXPECT_EQ(linux_host::FileTime(NameOf(tree, "lost")), 0);
     EXPECT_EQ(linux_host::FileTime(u""), 0);
-}
-
-TEST_F(Disk, CountsExistenceQueries) {
-    linux_host::ResetCounters();
-    linux_host::DirectoryExists(u"C:\\");
-    linux_host::DirectoryExists(u"Q:\\");
-    EXPECT_EQ(linux_host::GetCounters().existenceQueries, 2U);
 }
 
 } // namespace
