@@ -38,6 +38,7 @@ std::string TakeLine(std::string_view& text) {
     return line;
 }
 
+/// Reads a message file. It was compiled in, so what is malformed is left to the tests to find.
 Patterns Parse(std::string_view text) {
     Patterns patterns;
     while (!text.empty()) {
@@ -51,6 +52,7 @@ Patterns Parse(std::string_view text) {
     return patterns;
 }
 
+/// English for every language without a file of its own.
 const Patterns& PatternsOf(const Locale& locale) {
     static const Patterns english = Parse(linux_host::EnglishTexts);
     static const Patterns german = Parse(linux_host::GermanTexts);
@@ -77,6 +79,7 @@ ustring PlainText(const Message& message) {
     return text;
 }
 
+/// Encoding and modifier are cut off: texts leave as UTF-8 whatever the terminal takes.
 std::string LocaleOfEnvironment() {
     for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
         const char* value = std::getenv(variable);
@@ -119,6 +122,7 @@ ustring message_text(const Message& message, const Locale& locale) {
     icu::UnicodeString text;
     icu::FieldPosition nowhere;
     format.format(arguments.get(), count, text, nowhere, status);
+    // A message must come through even if its pattern cannot be formatted.
     return U_FAILURE(status) ? PlainText(message)
                              : ustring(text.getBuffer(), static_cast<std::size_t>(text.length()));
 }

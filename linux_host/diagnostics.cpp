@@ -17,6 +17,7 @@ FatalHandler g_handler = &PrintToStandardError;
 } // namespace
 
 void Fatal(const char* text, const char* source, int line, const char* function) {
+    // A handler that throws takes the caller out of here; one that returns has not understood.
     g_handler(text, source, line, function);
     std::abort();
 }

@@ -28,6 +28,7 @@ char16_t Lower(char16_t unit) { return unit >= u'A' && unit <= u'Z' ? char16_t(u
 
 bool IsLetter(char16_t unit) { return Lower(unit) >= u'a' && Lower(unit) <= u'z'; }
 
+/// Letters match without case in ASCII only: roots are named by people at the keyboard, not by file systems.
 bool SameUnit(char16_t a, char16_t b) { return (IsSeparator(a) && IsSeparator(b)) || Lower(a) == Lower(b); }
 
 /// Does @p name begin with @p root, up to the end of an element?
@@ -38,6 +39,7 @@ bool BeginsWithRoot(View name, View root) {
 
 bool IsDrive(View root) { return root.size() == 2 && IsLetter(root[0]) && root[1] == u':'; }
 
+/// Can this be a server or a share? A part that `..` could mean something to would let names leave the root.
 bool IsNetworkPart(View part) {
     return !part.empty() && part != u"." && part != u".." &&
            part.find_first_of(View(u"\\/:\0", 4)) == View::npos;
@@ -116,6 +118,7 @@ class Roots {
     }
 
     /// The root with the longest folder that holds the tidied @p path, or null.
+    /// Of equals the first letter wins, and letters come before shares.
     const Root* FindByFolder(std::string_view path) const {
         const Root* best = nullptr;
         const auto consider = [&](const Root& root) {
@@ -144,6 +147,7 @@ class Roots {
     std::vector<Root> m_shares;
 };
 
+/// Asks the disk anew each time: something may have been mounted since.
 std::uint32_t TypeOf(const Root& root) {
     const bool remote = root.kind == DriveMap::Kind::Remote ||
                         (root.kind == DriveMap::Kind::Detect && LiesOnRemoteFileSystem(root.folder + "/"));
@@ -172,6 +176,7 @@ ResolvedPath ResolveAbsolute(const ustring& name) {
         return {{}, PathFault::NoRoot};
     }
     const View rest = View(name).substr(root->name.size());
+    // The rest begins with the separator that the folder lacks, so that the two only need joining.
     ResolvedPath result;
     result.path.reserve(root->folder.size() + rest.size() + 1);
     result.path = root->folder;
@@ -191,6 +196,8 @@ ResolvedPath ResolveName(const ustring& name) {
     if (result.fault != PathFault::NoRoot || name.empty()) {
         return result;
     }
+    // An absolute name without a root stays so; only a relative one is worth asking for the current
+    // directory.
     const ustring native = fl::filesystem::make_native_form(name, true);
     if (fl::filesystem::is_absolute(native)) {
         return result;
@@ -216,6 +223,7 @@ std::optional<ustring> DriveMap::ToName(std::string_view path) {
     if (root == nullptr) {
         return std::nullopt;
     }
+    // What the folder itself is called does not matter, only what the name would have to spell.
     const std::string_view rest = std::string_view(tidy).substr(root->folder.size());
     if (rest.empty()) {
         return IsDrive(root->name) ? root->name + u"\\" : root->name;
@@ -235,6 +243,7 @@ std::uint32_t RootType(const ustring& root) {
         return TypeOf(*found);
     }
     std::uint32_t type = host::DriveNoRoot;
+    // The library cuts a network name behind its server before it asks.
     const View server = View(root).substr(0, root.find_last_not_of(u"\\/") + 1);
     for (const Root& share : Roots::Get().Shares()) {
         if (server.size() > 2 && BeginsWithRoot(share.name, server)) {

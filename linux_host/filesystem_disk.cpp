@@ -13,6 +13,7 @@ namespace fl::filesystem {
 
 namespace {
 
+/// Raises what an error number of the operating system amounts to.
 [[noreturn]] void ThrowFailure(int error, const std::string& subject) {
     const std::string what = subject + ": " + std::strerror(error);
     switch (error) {
@@ -29,6 +30,7 @@ namespace {
     }
 }
 
+/// Raises what is wrong with a name before the disk is asked at all.
 [[noreturn]] void ThrowFailure(linux_host::PathFault fault, const ustring& name) {
     const std::string subject = linux_host::NarrowForDisplay(name);
     switch (fault) {
@@ -62,10 +64,12 @@ bool exists(const ustring& name) {
 }
 
 ustring current_path() {
+    // A current directory may be deeper than PATH_MAX; glibc allocates what it takes.
     const std::unique_ptr<char, decltype(&std::free)> path(::getcwd(nullptr, 0), &std::free);
     if (path == nullptr) {
         ThrowFailure(errno, "current directory");
     }
+    // Outside of the process's root the kernel answers "(unreachable)...", which is no absolute path either.
     std::optional<ustring> name = linux_host::DriveMap::ToName(path.get());
     if (!name) {
         throw SystemError(std::string("current directory without a name: ") + path.get());

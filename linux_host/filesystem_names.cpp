@@ -49,6 +49,7 @@ Range LastElement(View name) {
     return {rootLength + (separator == View::npos ? 0 : separator + 1), rootLength + end};
 }
 
+/// With one separator between, which a root may have brought along.
 void AppendElement(ustring& name, View element) {
     if (!name.ends_with(Separator)) {
         name += Separator;
@@ -101,6 +102,8 @@ View CompleteRoot(View name) {
 
 } // namespace
 
+// The destructors stand here so that each class has its type data in this library alone: a program and the
+// library under it must agree on what they throw and catch.
 Failure::~Failure() = default;
 InvalidArgument::~InvalidArgument() = default;
 AccessDenied::~AccessDenied() = default;
@@ -118,6 +121,7 @@ bool is_absolute(const ustring& name) {
     return HasDrive(name) ? rootLength > 2 : HasServer(name) && name.size() > rootLength;
 }
 
+// A lone server counts as complete here: it has a root that no base could give it, and canonical refuses it.
 ustring absolute(const ustring& name, const ustring& base) {
     if (is_absolute(name) || HasServer(name)) {
         return name;
@@ -169,6 +173,7 @@ ustring extract_first_element(const ustring& name, std::size_t rootLength) {
 
 void move_down(const ustring& name, std::size_t rootLength, std::size_t& position, ustring& element) {
     position += element.size();
+    // One by one within the root: who rebuilds a root counts its separators.
     if (position < rootLength) {
         element.assign(1, Separator);
         return;
@@ -196,6 +201,7 @@ ustring extract_parent_path(const ustring& name) {
     if (last.begin == last.end) {
         return {};
     }
+    // Runs of separators before the element go with it, but not those that make the root complete.
     const std::size_t end = name.find_last_not_of(Separator, last.begin - 1) + 1;
     return name.substr(0, last.begin == 0 ? 0 : std::max(end, rootLength));
 }

@@ -42,6 +42,7 @@ class Ancestors {
             const std::size_t end = std::min(path.find('/', begin), path.size());
             const std::string_view element = std::string_view(path).substr(begin, end - begin);
             if (!element.empty() && element != ".") {
+                // The path up to here and `..` is the folder that stands two places back, entered again.
                 if (element == "..") {
                     Leave();
                     Leave();
@@ -64,6 +65,7 @@ class Ancestors {
   private:
     void Enter(const std::string& path) {
         struct stat status {};
+        // An unknown one still takes a place, for `..` to leave; no folder has these numbers.
         const bool known = ::stat(path.c_str(), &status) == 0;
         m_identities.push_back(known ? Identity{status.st_dev, status.st_ino} : Identity{0, 0});
     }
@@ -99,6 +101,7 @@ class ListingBuilder {
     }
 
     Listing Finish() {
+        // By UTF-16 unit, as the library compares names; the order of the bytes differs beyond U+FFFF.
         std::sort(m_entries.begin(), m_entries.end(),
                   [this](const Entry& a, const Entry& b) { return NameOf(a) < NameOf(b); });
         Listing listing;
@@ -123,6 +126,8 @@ class ListingBuilder {
         return type == DT_REG || type == DT_DIR || type == DT_LNK || type == DT_UNKNOWN;
     }
 
+    /// A link may lead to either kind. Saying nothing costs one question at the entry's first use; asking
+    /// here would cost one for every link of every listing.
     static unsigned short WordOf(unsigned char type) {
         return type == DT_DIR ? DirectoryWord : type == DT_REG ? FileWord : 0;
     }
@@ -159,7 +164,7 @@ class ListingBuilder {
     int m_descriptor;
     const std::string& m_path;
     ustring m_names;
-    std::vector<Entry> m_entries;
+    std::vector<Entry> m_entries;         ///< ranges of m_names, so that sorting moves no text
     std::optional<Ancestors> m_ancestors; ///< found out at the first special entry
 };
 
@@ -168,6 +173,7 @@ bool Status(const ustring& name, struct stat& status) {
     return resolved.fault == PathFault::None && ::stat(resolved.path.c_str(), &status) == 0;
 }
 
+/// The number that a failed look at a directory amounts to.
 int AccessibilityOf(int error) {
     switch (error) {
     case EACCES:
@@ -188,6 +194,7 @@ std::optional<Listing> ListDirectory(const ustring& name) {
     if (resolved.fault != PathFault::None) {
         return std::nullopt;
     }
+    // Opening through O_DIRECTORY, as opendir does, also keeps a pipe from making the process wait.
     const Directory directory(::opendir(resolved.path.c_str()));
     if (directory == nullptr) {
         return std::nullopt;
@@ -220,6 +227,7 @@ int DirectoryAccessibility(const ustring& name) {
     if (!S_ISDIR(status.st_mode)) {
         return 4;
     }
+    // For the effective user, who is the one that will read; plain access() asks for the real one.
     const bool accessible = ::faccessat(AT_FDCWD, resolved.path.c_str(), R_OK | X_OK, AT_EACCESS) == 0;
     return accessible ? 1 : AccessibilityOf(errno);
 }
@@ -235,6 +243,7 @@ long FileTime(const ustring& name) {
     if (!Status(name, status)) {
         return 0;
     }
+    // A file from the epoch must not look like none, and a time beyond 2038 must not wrap into the past.
     return std::clamp<long>(status.st_mtime, 1, std::numeric_limits<std::int32_t>::max());
 }
 

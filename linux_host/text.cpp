@@ -46,6 +46,8 @@ void AppendBytes(std::string& out, UChar32 codePoint) {
     out.append(reinterpret_cast<const char*>(bytes), length);
 }
 
+/// Appends what stands before the first character above ASCII, and that is nearly always everything.
+/// @return its length.
 template <typename Text, typename Source>
 std::size_t AppendAscii(Text& out, Source source) {
     const auto end = std::find_if(source.begin(), source.end(),

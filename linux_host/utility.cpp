@@ -18,6 +18,7 @@ std::optional<Clock::time_point> g_tic;
 
 void* HostCalloc(std::size_t count, std::size_t size) { return std::calloc(count, size); }
 
+// Size 0 would free the block and answer null, which a caller takes for a failure that left it alone.
 void* HostRealloc(void* block, std::size_t size) {
     return std::realloc(block, std::max<std::size_t>(size, 1));
 }
