@@ -1,5 +1,6 @@
 #include "tools/ovsel/contents.hpp"
 
+#include <algorithm>
 #include <unordered_set>
 
 #include <linux_host/linux_host.hpp>
@@ -9,36 +10,61 @@
 namespace tool {
 namespace {
 
-/// The library finds out whether a link leads to a file or a folder when somebody asks for its very name, and
-/// not before. So each one is asked for.
-void SettleLinks(const Session& session, const ovDir& dir) {
-    const auto listing = linux_host::ListDirectory(ovGetDirName(dir));
-    if (!listing)
-        return;
-    const char16_t* name = listing->names.c_str();
-    for (const unsigned short word : listing->words) {
-        const ustring text = name;
-        name += text.size() + 1;
-        if (word != 0 || text[0] == u'.')
-            continue;
-        Search search(ovCreateAllSearchIterator(session.Path(), text, nullptr, ovCaseOfPath));
-        while (search.NextFile())
-            continue;
-    }
-}
+using NameSet = std::unordered_set<ustring>;
 
 Search EverythingIn(const ovDir& dir, ovExtensionList extensions) {
     return Search(ovCreateDirSearchIterator(dir, ustring(), extensions, ovCaseOfPath));
 }
 
+/// Those of @p files that are links to folders.
+NameSet FolderLinks(const ovDir& dir, const NameSet& files) {
+    NameSet links;
+    const ustring folder = ovGetDirName(dir);
+    const auto listing = linux_host::ListDirectory(folder);
+    if (!listing)
+        return links;
+    const ustring prefix = folder.back() == u'\\' ? folder : folder + u'\\';
+    const char16_t* name = listing->names.c_str();
+    for (const unsigned short word : listing->words) {
+        ustring full = prefix + name;
+        name += full.size() - prefix.size() + 1;
+        if (word == 0 && files.count(full) != 0 && linux_host::DirectoryExists(full))
+            links.insert(std::move(full));
+    }
+    return links;
+}
+
+void ReadFilesAndSubFolders(const Session& session, const ovDir& dir, Contents& contents) {
+    const std::vector<ustring> all = FilesIn(dir, nullptr);
+    const NameSet files(all.begin(), all.end());
+    const NameSet links = FolderLinks(dir, files);
+    for (ustring& file : FilesIn(dir, session.Extensions()))
+        if (links.count(file) == 0)
+            contents.files.push_back(std::move(file));
+
+    const bool showsSubFolders = ovIsSameDir(dir, ovGetPathDir(dir));
+    if (!showsSubFolders)
+        return;
+    contents.subFolders.assign(links.begin(), links.end());
+    // Sub-folders can be asked for together with files only.
+    for (Search search = EverythingIn(dir, nullptr); auto item = search.NextUnspecified();)
+        if (files.count(item->name) == 0)
+            contents.subFolders.push_back(std::move(item->name));
+    std::sort(contents.subFolders.begin(), contents.subFolders.end());
+}
+
 } // namespace
 
-Contents ReadContents(const Session& session, const ovDir& dir) {
-    SettleLinks(session, dir);
-    Contents contents;
-    for (Search search = EverythingIn(dir, session.Extensions()); auto file = search.NextFile();)
-        contents.files.push_back(std::move(file->name));
+std::vector<ustring> FilesIn(const ovDir& dir, ovExtensionList extensions) {
+    std::vector<ustring> files;
+    for (Search search = EverythingIn(dir, extensions); auto file = search.NextFile();)
+        files.push_back(std::move(file->name));
+    return files;
+}
 
+Contents ReadContents(const Session& session, const ovDir& dir) {
+    Contents contents;
+    ReadFilesAndSubFolders(session, dir, contents);
     for (Search search = EverythingIn(dir, nullptr); auto child = search.NextDir();) {
         switch (ovGetDirType(*child)) {
         case ovDirTypePackage:
@@ -52,15 +78,15 @@ Contents ReadContents(const Session& session, const ovDir& dir) {
             break;
         }
     }
-
-    // Files and sub-folders can be asked for together only.
-    std::unordered_set<ustring> files;
-    for (Search search = EverythingIn(dir, nullptr); auto file = search.NextFile();)
-        files.insert(std::move(file->name));
-    for (Search search = EverythingIn(dir, nullptr); auto item = search.NextUnspecified();)
-        if (files.count(item->name) == 0)
-            contents.subFolders.push_back(std::move(item->name));
     return contents;
+}
+
+std::vector<ovDir> FoldersBelow(const ovDir& dir) {
+    std::vector<ovDir> folders = {dir};
+    for (std::size_t i = 0; i < folders.size(); ++i)
+        for (Search search = EverythingIn(folders[i], nullptr); auto child = search.NextDir();)
+            folders.push_back(*child);
+    return folders;
 }
 
 } // namespace tool

@@ -17,8 +17,14 @@ struct Contents {
     std::vector<ustring> subFolders; ///< full names; the library does not look into them
 };
 
-/// Asks the library what @p dir holds. Links are followed first, so that one to a folder is not taken for a
-/// file.
+/// Asks the library what @p dir holds. A link to a folder counts as a folder, though the library may still
+/// take it for a file: it looks where a link leads when somebody asks for its name, and not before.
 Contents ReadContents(const Session& session, const ovDir& dir);
+
+/// @p dir, and all package, class and private folders below it.
+std::vector<ovDir> FoldersBelow(const ovDir& dir);
+
+/// The full names of the files directly in @p dir.
+std::vector<ustring> FilesIn(const ovDir& dir, ovExtensionList extensions);
 
 } // namespace tool

@@ -171,9 +171,15 @@ void AddQuestionOptions(CLI::App& app, Options& options) {
     app.add_flag("--ignore-case", options.ignoreCase, "Names compare without regard to case");
 }
 
+/// Every command has this one of its own: behind a command CLI11 takes an unknown option with a digit for a
+/// number and does not ask the parent.
+void AddNulFlag(CLI::App& app, Options& options) {
+    app.add_flag("-0", options.nul, "End each name with NUL, exact bytes, nothing else on standard output");
+}
+
 void AddOutputOptions(CLI::App& app, Options& options) {
     app.add_flag("--json", options.json, "Answer in JSON, see below");
-    app.add_flag("-0", options.nul, "End each name with NUL, exact bytes, nothing else on standard output");
+    AddNulFlag(app, options);
     AddChoice(app, "--color", options.color, ColorChoices, "Colours (default auto; NO_COLOR is heeded)");
     AddChoice(app, "--form", options.form, FormChoices,
               "Names as POSIX paths or in the library's own grammar (default native)");
@@ -186,13 +192,13 @@ void AddCommands(CLI::App& app, Options& options) {
         CLI::App* sub = app.add_subcommand(name, help);
         sub->callback([&options, command] { options.command = command; });
         sub->fallthrough()->footer(CommonHint);
+        AddNulFlag(*sub, options);
         return sub;
     };
     CLI::App* which = add("which", Command::Which, WhichExamples);
     which->add_option("NAME", options.names, "Names, also qualified: gfx/plot, @plot/draw")
         ->required()
-        ->type_name("")
-        ->allow_extra_args(false);
+        ->type_name("");
     which->add_flag("-a,--all", options.all, "All candidates in order, each with its reason");
     which->add_flag("--dirs", options.dirs, "Look for folders instead of files");
     AddChoice(*which, "--scope", options.scope, ScopeChoices,
@@ -217,15 +223,26 @@ class Help : public CLI::Formatter {
     }
 };
 
-int ReportParseError(const CLI::ParseError& error, const CLI::App& app, int argc, const char* const* argv) {
-    Complain(error.what());
-    std::vector<std::string> commands;
-    for (const CLI::App* sub : app.get_subcommands(nullptr))
-        commands.push_back(sub->get_name());
-    if (app.get_subcommands().empty() && argc > 1)
-        Suggest(ClosestNames(argv[1], commands));
+int ReportParseError(const CLI::ParseError& error, const CLI::App& app) {
+    const std::vector<std::string> rest = app.remaining();
+    if (app.get_subcommands().empty() && !rest.empty()) {
+        Complain(fmt::format("there is no command {}", Shown(rest.front())));
+        std::vector<std::string> commands;
+        for (const CLI::App* sub : app.get_subcommands(nullptr))
+            commands.push_back(sub->get_name());
+        Suggest(ClosestNames(rest.front(), commands));
+    } else {
+        Complain(error.what());
+    }
     Complain("ovsel --help shows how it is used");
     return ExitUsage;
+}
+
+/// CLI11 takes a positional `[a,b]` for a list and drops the brackets; the name asked for would be another.
+void RefuseBrackets(const Options& options, int argc, const char* const* argv) {
+    for (const std::string& name : options.names)
+        if (std::find(argv, argv + argc, name) == argv + argc)
+            throw UsageError(fmt::format("a NAME in brackets, [{}], needs its extension", Shown(name)));
 }
 
 void CheckTogether(const Options& options) {
@@ -253,8 +270,9 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, Options& opti
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
             return app.exit(error);
-        return ReportParseError(error, app, argc, argv);
+        return ReportParseError(error, app);
     }
+    RefuseBrackets(options, argc, argv);
     CheckTogether(options);
     if (const char* path = std::getenv("OVSEL_PATH"))
         options.environmentPath = path;

@@ -58,7 +58,7 @@ std::string Text(Rank rank, std::size_t position, const ovDir& dir) {
     case Rank::PackageFolder:
         return fmt::format("package folder {} in {}", NameBelowPath(dir), Location(position));
     case Rank::OtherPrivate:
-        return fmt::format("private folder {} in {}", NameBelowPath(dir), Location(position));
+        return fmt::format("{} folder in {}", NameBelowPath(dir), Location(position));
     }
     return {};
 }

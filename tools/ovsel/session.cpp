@@ -9,9 +9,9 @@
 #include <host_interfaces/text.hpp>
 #include <linux_hooks/linux_hooks.hpp>
 
+#include "tools/ovsel/contents.hpp"
 #include "tools/ovsel/exit_status.hpp"
 #include "tools/ovsel/output.hpp"
-#include "tools/ovsel/search.hpp"
 
 namespace tool {
 namespace {
@@ -65,11 +65,11 @@ void ApplyMounts(const std::vector<Mount>& mounts) {
     }
 }
 
-std::size_t CountFiles(const ovPath& path) {
-    Search search(ovCreateAllSearchIterator(path, ustring(), nullptr, ovCaseOfPath));
+std::size_t CountFiles(const std::vector<ovDir>& folders) {
     std::size_t count = 0;
-    while (search.NextFile())
-        ++count;
+    for (const ovDir& folder : folders)
+        for (const ovDir& dir : FoldersBelow(folder))
+            count += FilesIn(dir, nullptr).size();
     return count;
 }
 
@@ -176,7 +176,7 @@ void Session::PrintStats() const {
     const linux_host::Counters now = linux_host::GetCounters();
     Complain(
         fmt::format("read in {:.1f} ms: {} folders on the path, {} files, {} listings, {} existence queries",
-                    Milliseconds(m_loaded - m_start), m_folders.size() - 1, CountFiles(m_path),
+                    Milliseconds(m_loaded - m_start), m_folders.size() - 1, CountFiles(m_folders),
                     m_loadCounters.listings, m_loadCounters.existenceQueries));
     Complain(fmt::format("answered in {:.3f} ms: {} listings, {} existence queries",
                          Milliseconds(answered - m_loaded), now.listings - m_loadCounters.listings,

@@ -6,6 +6,7 @@
 
 #include <host_interfaces/text.hpp>
 
+#include "tools/ovsel/contents.hpp"
 #include "tools/ovsel/exit_status.hpp"
 #include "tools/ovsel/reasons.hpp"
 #include "tools/ovsel/search.hpp"
@@ -53,31 +54,50 @@ Search Find(const Session& session, Scope scope, const ustring& name, ovExtensio
                                                        ovCaseOfPath));
 }
 
-/// How a file's name would be asked for: `plot`, `gfx/plot`, `@plot/draw`; with extension where @p like has
-/// one.
-std::string Spelling(const Search::File& file, const std::string& like) {
-    const std::string full = ToBytes(file.name);
-    std::string spelling = full.substr(full.rfind('\\') + 1);
+/// The last part of a file's full name, without its extension unless @p like has one too.
+std::string Leaf(const ustring& fullName, const std::string& like) {
+    const std::string full = ToBytes(fullName);
+    std::string leaf = full.substr(full.rfind('\\') + 1);
     const bool wantsExtension = like.find('.', like.find_last_of("/\\") + 1) != std::string::npos;
     if (!wantsExtension)
-        spelling.resize(std::min(spelling.rfind('.'), spelling.size()));
-    if (!IsQualified(like))
-        return spelling;
-    for (ovDir dir = file.folder; dir != ovGetPathDir(dir); dir = ovGetParentDir(dir)) {
-        const char* sentinel = ovGetDirType(dir) == ovDirTypeClass ? "@" : "";
-        spelling = sentinel + ToBytes(ovGetBaseDirName(dir)) + "/" + spelling;
+        leaf.resize(std::min(leaf.rfind('.'), leaf.size()));
+    return leaf;
+}
+
+/// How a package or class folder stands in a qualified name: `gfx/@pen/`.
+std::string Qualifier(const ovDir& dir) {
+    std::string qualifier;
+    for (ovDir at = dir; !ovIsSameDir(at, ovGetPathDir(at)); at = ovGetParentDir(at)) {
+        const char* sentinel = ovGetDirType(at) == ovDirTypeClass ? "@" : "";
+        qualifier = fmt::format("{}{}/{}", sentinel, ToBytes(ovGetBaseDirName(at)), qualifier);
     }
-    return spelling;
+    return qualifier;
+}
+
+std::vector<std::string> QualifiedNames(const Session& session, const std::string& like) {
+    std::vector<std::string> known;
+    for (const ovDir& folder : session.Folders()) {
+        for (const ovDir& dir : FoldersBelow(folder)) {
+            const std::string qualifier = Qualifier(dir);
+            if (qualifier.empty())
+                continue;
+            for (const ustring& file : FilesIn(dir, session.Extensions()))
+                known.push_back(qualifier + Leaf(file, like));
+        }
+    }
+    return known;
 }
 
 /// Names that would have been found, had they been asked for.
 std::vector<std::string> SuggestionsFor(const Session& session, const Options& options, std::string name) {
+    if (IsQualified(name)) {
+        std::replace(name.begin(), name.end(), '\\', '/');
+        return ClosestNames(name, QualifiedNames(session, name));
+    }
     std::vector<std::string> known;
-    const Scope scope = IsQualified(name) ? Scope::All : options.scope;
-    for (Search search = Find(session, scope, ustring(), session.Extensions());
+    for (Search search = Find(session, options.scope, ustring(), session.Extensions());
          auto file = search.NextFile();)
-        known.push_back(Spelling(*file, name));
-    std::replace(name.begin(), name.end(), '\\', '/');
+        known.push_back(Leaf(file->name, name));
     return ClosestNames(name, known);
 }
 

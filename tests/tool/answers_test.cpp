@@ -1,0 +1,219 @@
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "run_tool.hpp"
+
+namespace {
+
+using nlohmann::json;
+using test::DemoWorld;
+using test::Outcome;
+using test::Records;
+using test::TempTree;
+using test::Tool;
+
+struct Question {
+    const char* label;
+    std::vector<std::string> arguments;
+    int status;
+    const char* out;
+    const char* err;
+};
+
+TEST(Which, AnswersTheDemoWorldInResolutionOrder) {
+    const Question questions[] = {
+        {"from B: the private file first",
+         {"which", "-a", "plot", "--from", "../B/caller.sv"},
+         0,
+         " 1  own private folder                           B/private/plot.sv\n"
+         " 2  constructor (@plot/plot) in path position 1  A/@plot/plot.sv\n"
+         " 3  current directory                            C/plot.p\n"
+         " 4  path position 1                              A/plot.sv\n"
+         " 5  path position 2                              B/plot.sv\n"
+         " 6  path position 2                              B/plot.p\n",
+         ""},
+        {"from A: the private file is out of sight",
+         {"which", "-a", "plot", "--from", "../A/caller.sv"},
+         0,
+         " 1  constructor (@plot/plot) in path position 1  A/@plot/plot.sv\n"
+         " 2  current directory                            C/plot.p\n"
+         " 3  path position 1                              A/plot.sv\n"
+         " 4  path position 2                              B/plot.sv\n"
+         " 5  path position 2                              B/plot.p\n",
+         ""},
+        {"only the winner", {"which", "plot", "--from", "../B/caller.sv"}, 0, "B/private/plot.sv\n", ""},
+        {"another order of the path and no current directory",
+         {"which", "-a", "plot", "--no-cwd", "-p", "../B", "--ext", "sv"},
+         0,
+         " 1  constructor (@plot/plot) in path position 2  A/@plot/plot.sv\n"
+         " 2  path position 1                              B/plot.sv\n"
+         " 3  path position 2                              A/plot.sv\n",
+         ""},
+        {"the current directory decides",
+         {"which", "plot", "--ext", ".p"},
+         0,
+         "C/plot.p\n",
+         "ovsel: note: plot comes from the current directory, before B/plot.p (path position 2)\n"},
+        {"qualified, both separators",
+         {"which", "-a", "gfx/plot", "@plot\\draw"},
+         0,
+         "gfx/plot\n   1  package folder +gfx in path position 1  A/+gfx/plot.sv\n"
+         "@plot\\draw\n   1  class folder @plot in path position 1  A/@plot/draw.sv\n",
+         ""},
+        {"everything",
+         {"which", "-a", "plot", "--scope", "all", "--ext", ".sv"},
+         0,
+         " 1  path position 1                        A/plot.sv\n"
+         " 2  path position 2                        B/plot.sv\n"
+         " 3  class folder @plot in path position 1  A/@plot/plot.sv\n"
+         " 4  private folder in path position 2      B/private/plot.sv\n",
+         ""},
+        {"without the current directory",
+         {"which", "plot", "--scope", "path", "--ext", ".p"},
+         0,
+         "B/plot.p\n",
+         ""},
+        {"methods", {"which", "draw", "--scope", "method"}, 0, "A/@plot/draw.sv\n", ""},
+        {"what the asker's private folder holds",
+         {"which", "plot", "--scope", "private", "--from", "../B/x.sv"},
+         0,
+         "B/private/plot.sv\n",
+         ""},
+        {"what lies beside the asker",
+         {"which", "plot", "--scope", "dir", "--from", "../A/x.sv"},
+         0,
+         "A/plot.sv\n",
+         ""},
+        {"folders",
+         {"which", "-a", "--dirs", "gfx", "plot"},
+         0,
+         "gfx\n   1  package folder +gfx in path position 1  A/+gfx\n"
+         "plot\n   1  class folder @plot in path position 1  A/@plot\n",
+         ""},
+        {"one of two is missing",
+         {"which", "@plot/draw", "draw"},
+         1,
+         "A/@plot/draw.sv\n",
+         "ovsel: draw: not found\novsel: 1 file of that name out of sight from here; --scope all shows it\n"},
+        {"a slip", {"which", "plto"}, 1, "", "ovsel: plto: not found\novsel: did you mean plot?\n"},
+        {"a slip in a qualified name",
+         {"which", "gfx/plott.sv"},
+         1,
+         "",
+         "ovsel: gfx/plott.sv: not found\novsel: did you mean gfx/plot.sv?\n"},
+        {"letter case matters", {"which", "PLOT"}, 1, "", "ovsel: PLOT: not found\n"},
+        {"letter case ignored",
+         {"which", "--no-cwd", "--scope", "path", "PLOT", "--ignore-case"},
+         0,
+         "A/plot.sv\n",
+         ""},
+    };
+    const DemoWorld world;
+    for (const Question& question : questions) {
+        const Outcome outcome = world.tool(question.arguments);
+        EXPECT_EQ(outcome.out, question.out) << question.label;
+        EXPECT_EQ(outcome.err, question.err) << question.label;
+        EXPECT_EQ(outcome.status, question.status) << question.label;
+    }
+}
+
+TEST(Which, SpeaksJson) {
+    const DemoWorld world;
+    const Outcome outcome = world.tool({"--json", "which", "plot", "plto"});
+    const json document = json::parse(outcome.out);
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(document["schema"], 1);
+    EXPECT_EQ(document["answers"][0], json::parse(R"({
+        "query": "plot", "found": true, "won_by": "constructor", "winner": {
+            "path": "A/@plot/plot.sv", "folder": "A/@plot", "reason": "constructor", "position": 1,
+            "detail": "constructor (@plot/plot) in path position 1", "extension_place": 2}})"));
+    EXPECT_EQ(document["answers"][1], json::parse(R"({
+        "query": "plto", "found": false, "won_by": null, "winner": null, "suggestions": ["plot"]})"));
+
+    const json byCwd =
+        json::parse(world.tool({"which", "-a", "plot", "--ext", "p", "--json"}).out)["answers"][0];
+    EXPECT_EQ(byCwd["won_by"], "current_directory");
+    EXPECT_EQ(byCwd["candidates"].size(), 2U);
+}
+
+TEST(Which, GivesNamesInTheLibrarysForm) {
+    DemoWorld world;
+    const std::string mount = "X:=" + world.tree.Root() + ":fixed";
+    EXPECT_EQ(world.tool({"which", "-a", "gfx/plot", "--mount", mount, "--form", "system", "-0"}).out,
+              Records({"X:\\A\\+gfx\\plot.sv"}));
+    EXPECT_EQ(world.tool({"which", "gfx/plot", "--mount", mount, "-p", "x:/A/../A/"}).out,
+              "A/+gfx/plot.sv\n");
+}
+
+const char* const DemoTree = "C  (current directory)\n"
+                             "`-- plot.p\n"
+                             "A  (path position 1)\n"
+                             "|-- plot.sv\n"
+                             "|-- +gfx/\n"
+                             "|   `-- plot.sv\n"
+                             "`-- @plot/\n"
+                             "    |-- draw.sv\n"
+                             "    `-- plot.sv\n"
+                             "B  (path position 2)\n"
+                             "|-- plot.p\n"
+                             "|-- plot.sv\n"
+                             "`-- private/\n"
+                             "    `-- plot.sv\n";
+
+TEST(Tree, DrawsTheDemoWorld) {
+    DemoWorld world;
+    EXPECT_EQ(world.tool({"tree"}).out, DemoTree);
+    EXPECT_EQ(world.tool({"tree", "--depth", "0", "--no-cwd"}).out,
+              "A  (path position 1)\nB  (path position 2)\n");
+    const std::string records = world.tool({"tree", "-0", "--depth", "1", "--no-cwd"}).out;
+    EXPECT_EQ(records,
+              Records({"A", "A/plot.sv", "A/+gfx", "A/@plot", "B", "B/plot.p", "B/plot.sv", "B/private"}));
+
+    const json folders = json::parse(world.tool({"tree", "--json"}).out)["folders"];
+    EXPECT_EQ(folders[1], json::parse(R"({"path": "A", "kind": "path", "position": 1, "files": ["A/plot.sv"],
+        "packages": [{"path": "A/+gfx", "files": ["A/+gfx/plot.sv"], "packages": [], "classes": [],
+                      "private": null, "subfolders": []}],
+        "classes": [{"path": "A/@plot", "files": ["A/@plot/draw.sv", "A/@plot/plot.sv"], "packages": [],
+                     "classes": [], "private": null, "subfolders": []}],
+        "private": null, "subfolders": []})"));
+    EXPECT_EQ(folders[2]["private"]["files"], json::parse(R"(["B/private/plot.sv"])"));
+}
+
+TEST(Tree, TakesALinkForWhatItLeadsTo) {
+    TempTree tree{"a/real.p", "a/sub/", "a/file.p -> real.p", "a/folder.p -> sub", "a/gone.p -> nowhere"};
+    const Tool tool{.root = tree.Root()};
+    EXPECT_EQ(tool({"tree", "--no-cwd", "-p", tree.Path("a")}).out,
+              "a  (path position 1)\n|-- file.p\n|-- gone.p\n|-- real.p\n|-- folder.p/\n`-- sub/\n");
+}
+
+TEST(Tree, UsesColoursAndBoxesOnATerminalOnly) {
+    DemoWorld world;
+    world.tool.environment["TERM"] = "xterm";
+    world.tool.environment["LC_ALL"] = "C.UTF-8";
+    const std::vector<std::string> question = {"tree", "--no-cwd", "--depth", "1"};
+    EXPECT_EQ(world.tool(question).out.find('\x1b'), std::string::npos);
+    world.tool.target = Tool::Stdout::Terminal;
+    EXPECT_NE(world.tool(question).out.find("├── \x1b[34m+gfx\x1b[0m/\n"), std::string::npos);
+    world.tool.environment["NO_COLOR"] = "1";
+    EXPECT_NE(world.tool(question).out.find("├── +gfx/\n"), std::string::npos);
+    world.tool.environment["LC_ALL"] = "C";
+    EXPECT_NE(world.tool(question).out.find("|-- +gfx/\n"), std::string::npos);
+}
+
+TEST(Dirs, CountsTheDemoWorld) {
+    DemoWorld world;
+    world.tree.Add({"A/sub/", "A/+gfx/@pen/pen.sv", "A/@plot/private/help.sv"});
+    EXPECT_EQ(world.tool({"dirs"}).out,
+              " pos  kind                files classes packages private files sub-folders  folder\n"
+              "   0  current directory       1       0        0             0           0  C\n"
+              "   1  path                    1       2        1             1           1  A\n"
+              "   2  path                    2       0        0             1           0  B\n"
+              "      total                   4       2        1             2           1  2 on the path\n");
+    EXPECT_EQ(world.tool({"dirs", "-0", "--no-cwd"}).out, Records({"A", "B"}));
+    EXPECT_EQ(
+        json::parse(world.tool({"dirs", "--json"}).out)["totals"],
+        json::parse(R"({"files": 4, "classes": 2, "packages": 1, "private_files": 2, "subfolders": 1})"));
+}
+
+} // namespace

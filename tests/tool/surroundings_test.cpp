@@ -1,0 +1,123 @@
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "run_tool.hpp"
+#include "tools/ovsel/exit_status.hpp"
+#include "tools/ovsel/suggest.hpp"
+
+namespace {
+
+using nlohmann::json;
+using test::DemoWorld;
+using test::Outcome;
+using test::Records;
+using test::TempTree;
+using test::Tool;
+
+TEST(ExitStatus, TellsTheOutcomesApart) {
+    struct Case {
+        std::vector<std::string> arguments;
+        int status;
+        const char* firstLine; ///< of standard error
+    };
+    const Case cases[] = {
+        {{"which", "plot", "-p", "A", "--no-cwd"}, 0, ""},
+        {{"tree"}, 0, ""},
+        {{"--version"}, 0, ""},
+        {{"which", "--help"}, 0, ""},
+        {{"which", "nothing"}, 1, "ovsel: nothing: not found"},
+        {{"which", "plot", "nothing"}, 1, "ovsel: nothing: not found"},
+        {{}, 2, "ovsel: A subcommand is required"},
+        {{"wich", "plot"}, 2, "ovsel: there is no command wich"},
+        {{"which"}, 2, "ovsel: NAME is required"},
+        {{"which", ""}, 2, "ovsel: an empty NAME would stand for every file"},
+        {{"which", "[plot]"}, 2, "ovsel: a NAME in brackets, [plot], needs its extension"},
+        {{"which", "[plot].p"}, 1, "ovsel: [plot].p: not found"},
+        {{"which", "plot", "--scope", "near"},
+         2,
+         "ovsel: --scope is one of all|dir|method|path|private|visible, not near"},
+        {{"which", "plot", "--scope", "dir"}, 2, "ovsel: --scope private and --scope dir need --from FILE"},
+        {{"tree", "--depth", "-1"}, 2, nullptr},
+        {{"tree", "--mount", "X"}, 2, "ovsel: --mount: X is not ROOT=FOLDER[:fixed|remote|detect]"},
+        {{"tree", "--mount", "X:=/:often"},
+         2,
+         "ovsel: --mount: X:=/:often does not end in fixed, remote or detect"},
+        {{"tree", "--mount", "XY=/"}, 2, "ovsel: --mount: XY is no root such as X: or \\\\server\\share"},
+        {{"dirs", "--json", "-0"}, 2, "ovsel: --json and -0 exclude each other"},
+        {{"dirs", "--ext", "\xC3\xA4"}, 2, "ovsel: --ext: extensions are ASCII"},
+        {{"dirs", "--path-file", "missing"}, 3, "ovsel: --path-file missing: No such file or directory"},
+        {{"dirs", "--path-file", "A"}, 3, "ovsel: --path-file A: Is a directory"},
+        {{"dirs", "--cwd", "A/plot.sv"}, 3, "ovsel: --cwd A/plot.sv: Name is nonexistent or not a directory"},
+    };
+    DemoWorld world;
+    world.tool.cwd = world.tree.Root();
+    for (const Case& item : cases) {
+        const Outcome outcome = world.tool(item.arguments);
+        const std::string label = testing::PrintToString(item.arguments);
+        EXPECT_EQ(outcome.status, item.status) << label << outcome.err;
+        if (item.firstLine != nullptr) {
+            EXPECT_EQ(outcome.err.substr(0, outcome.err.find('\n')), item.firstLine) << label;
+        }
+    }
+    EXPECT_NE(world.tool({"wich", "plot"}).err.find("did you mean which?\n"), std::string::npos);
+}
+
+TEST(ExitStatus, OfAnInternalFaultIsFour) {
+    EXPECT_EQ(tool::Guard([]() -> int { throw std::logic_error("fault"); }), 4);
+    EXPECT_EQ(tool::Guard([]() -> int { throw 1; }), 4);
+    EXPECT_EQ(tool::Guard([]() -> int { throw tool::ReaderGone(); }), 0);
+}
+
+TEST(Output, EndsQuietlyWhenTheReaderHasGoneAndLoudlyWhenTheDiskIsFull) {
+    DemoWorld world;
+    world.tool.target = Tool::Stdout::ClosedPipe;
+    const Outcome gone = world.tool({"tree"});
+    EXPECT_EQ(gone.err, "");
+    EXPECT_TRUE(gone.status == 0 || gone.status == 128 + SIGPIPE) << gone.status;
+    world.tool.ignoresBrokenPipes = true;
+    const Outcome ignored = world.tool({"tree"});
+    EXPECT_EQ(ignored.err, "");
+    EXPECT_EQ(ignored.status, 0);
+    world.tool.target = Tool::Stdout::FullDisk;
+    const Outcome full = world.tool({"tree"});
+    EXPECT_EQ(full.err, "ovsel: standard output cannot be written: No space left on device\n");
+    EXPECT_EQ(full.status, 3);
+}
+
+TEST(Output, NeverLetsOddNamesThrough) {
+    const TempTree tree{"a/new\nline.p",   "a/bad\xFF.p",          "a/it's $x.p",
+                        "a/esc\x1b[31m.p", "a/flip\xE2\x80\xAE.p", "a/\xC3\xA4.p"};
+    const Tool tool{.cwd = tree.Path("a"), .root = tree.Root()};
+    const Outcome drawing = tool({"tree", "--no-cwd", "-p", "."});
+    EXPECT_EQ(drawing.out, "a  (path position 1)\n"
+                           "|-- $'bad\\xff.p'\n"
+                           "|-- $'esc\\x1b[31m.p'\n"
+                           "|-- $'flip\\xe2\\x80\\xae.p'\n"
+                           "|-- it's $x.p\n"
+                           "|-- $'new\\nline.p'\n"
+                           "`-- \xC3\xA4.p\n");
+    EXPECT_EQ(tool({"which", "new\nline", "bad\xFF", "-0"}).out, Records({"a/new\nline.p", "a/bad\xFF.p"}));
+    const json answers = json::parse(tool({"which", "bad\xFF", "\xC3\xA4", "--json"}).out)["answers"];
+    EXPECT_EQ(answers[0]["query"], json::parse(R"({"bytes": "YmFk/w=="})"));
+    EXPECT_TRUE(answers[0]["winner"]["path"].contains("bytes"));
+    EXPECT_EQ(answers[1]["winner"]["path"], "a/\xC3\xA4.p");
+    EXPECT_EQ(tool({"which", "no\x1b[2Jsuch\n"}).err, "ovsel: $'no\\x1b[2Jsuch\\n': not found\n");
+    EXPECT_EQ(tool({"tree", "-p", "\x1b[2J", "-p", "."}).err.find('\x1b'), std::string::npos);
+}
+
+TEST(Output, PutsStatisticsOnStandardErrorOnly) {
+    const DemoWorld world;
+    const Outcome outcome = world.tool({"which", "gfx/plot", "--stats"});
+    EXPECT_EQ(outcome.out, "A/+gfx/plot.sv\n");
+    EXPECT_NE(outcome.err.find(": 2 folders on the path, 8 files, 6 listings"), std::string::npos)
+        << outcome.err;
+}
+
+TEST(Suggestions, AreTheNearestThreeWithinTwoEdits) {
+    const std::vector<std::string> known = {"plot", "plod", "slot", "plotter", "pilot", "draw", "flat"};
+    EXPECT_EQ(tool::ClosestNames("plot_", known), (std::vector<std::string>{"plot", "pilot", "plod"}));
+    EXPECT_EQ(tool::ClosestNames("drwa", known), (std::vector<std::string>{"draw"}));
+    EXPECT_EQ(tool::ClosestNames("ab", known), std::vector<std::string>());
+}
+
+} // namespace
