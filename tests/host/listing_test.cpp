@@ -107,9 +107,9 @@ TEST_F(Listings, BreakTheCirclesOfSpecialFolders) {
     EXPECT_EQ(Show(ListDirectory(NameOf(tree, "a/@side"))), "f @file\nd @real\n");
     EXPECT_EQ(Show(ListDirectory(NameOf(tree, "other"))), "? +back\nf @file\nd @real\n");
     // A real folder can be an ancestor as well, once a link has led below it; after `..` none is left behind.
-    const TempTree loop{"in/@x/+up -> ..", "start/+in -> ../in/@x"};
+    const TempTree loop{"in/@x/+up -> ..", "in/+s -> ../start", "start/+in -> ../in/@x"};
     EXPECT_EQ(Show(ListDirectory(NameOf(loop, "start/+in/+up"))), "");
-    EXPECT_EQ(Show(ListDirectory(NameOf(loop, "in/@x/.."))), "d @x\n");
+    EXPECT_EQ(Show(ListDirectory(NameOf(loop, "start/+in/.."))), "? +s\nd @x\n");
 }
 
 TEST_F(Listings, DoWithoutTheTypesOfEntries) {
@@ -168,7 +168,7 @@ TEST_F(Listings, OfWhatIsNoReadableFolderAreNothing) {
 
 TEST_F(Listings, OfAHundredThousandFilesAreCompleteAndInOrder) {
     constexpr int Count = 100000;
-    const TempTree tree;
+    const TempTree tree = TempTree::InMemory();
     for (int i = 0; i < Count; ++i) {
         ASSERT_EQ(::mknod(tree.Path(std::to_string(i)).c_str(), S_IFREG | 0600, 0), 0);
     }

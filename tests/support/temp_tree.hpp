@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace test {
 
@@ -18,15 +19,12 @@ namespace test {
 ///     TempTree tree{"a/foo.p", "a/@C/", "link -> a"};   // file, folder, symbolic link; parents are made
 class TempTree {
   public:
-    TempTree() {
-        std::string pattern =
-            std::filesystem::canonical(std::filesystem::temp_directory_path()) / "tree-XXXXXX";
-        if (::mkdtemp(pattern.data()) == nullptr) {
-            throw std::runtime_error("no temporary folder");
-        }
-        m_root = pattern;
-    }
+    TempTree() : TempTree(std::filesystem::temp_directory_path()) {}
     TempTree(std::initializer_list<std::string_view> entries) : TempTree() { Add(entries); }
+    /// In memory where the system allows it, for trees whose size would tire a disk.
+    static TempTree InMemory() {
+        return ::access("/dev/shm", W_OK) == 0 ? TempTree(std::filesystem::path("/dev/shm")) : TempTree();
+    }
     TempTree(const TempTree&) = delete;
     TempTree& operator=(const TempTree&) = delete;
 
@@ -77,6 +75,14 @@ class TempTree {
     std::string Path(const std::string& path) const { return path.empty() ? m_root : m_root + "/" + path; }
 
   private:
+    explicit TempTree(const std::filesystem::path& parent) {
+        std::string pattern = std::filesystem::canonical(parent) / "tree-XXXXXX";
+        if (::mkdtemp(pattern.data()) == nullptr) {
+            throw std::runtime_error("no temporary folder");
+        }
+        m_root = pattern;
+    }
+
     void Add(const std::string& entry) {
         const std::size_t arrow = entry.find(" -> ");
         if (arrow != std::string::npos) {
