@@ -100,7 +100,8 @@ TEST(Path, StandsAThousandNestedFoldersAndAFolderOfManyFiles) {
     for (int level = 0; level < 1000; ++level) {
         nested += "/d";
         if (level % 500 == 0)
-            tree.Add({nested + "/"}); // more at once is refused by the standard library
+            std::filesystem::create_directories(
+                tree.Path(nested)); // more at once is refused by the standard library
     }
     tree.Write(nested + "/last.p", "");
     for (int i = 0; i < 2000; ++i)

@@ -36,8 +36,7 @@ std::vector<std::string> ClosestNames(std::string_view name, const std::vector<s
     const std::size_t limit = name.size() <= 3 ? 1 : 2;
     std::set<std::pair<std::size_t, std::string_view>> near;
     for (const std::string& candidate : known) {
-        const auto [shorter, longer] = std::minmax(candidate.size(), name.size());
-        if (longer - shorter > limit)
+        if (std::max(candidate.size(), name.size()) - std::min(candidate.size(), name.size()) > limit)
             continue;
         if (const std::size_t distance = EditDistance(name, candidate); distance <= limit)
             near.emplace(distance, candidate);
