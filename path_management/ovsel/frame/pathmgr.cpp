@@ -69,11 +69,10 @@ void PathMgr::Release() {
 }
 
 void PathMgr::RemovePath() {
-    if (!m_isValid)
+    if (!m_isValid || m_isBeingRemoved)
         return;
+    m_isBeingRemoved = true; // whoever is told now may remove the path again
     NotifyInterests(GetNullDir(), ovEventPathRemoved);
-    if (!m_isValid) // a callback has removed the path itself
-        return;
     m_isValid = false;
     TearDown();
 }

@@ -143,6 +143,7 @@ class PathMgr final : public IPathManager {
     std::int32_t m_refCount = 1;
     bool m_isValid = true;
     bool m_isDying = false;
+    bool m_isBeingRemoved = false;
     std::unique_ptr<NameTable> m_nameIndex;
     std::unique_ptr<PathInfo> m_pathInfo;
     /// The null record first, then every path-level record that is alive.

@@ -78,6 +78,7 @@ void DirReader::Settle() {
 void DirReader::Classify() {
     m_item.kind = DirItemUnknown;
     m_item.confirmed = true;
+    m_item.fileKind = FileKindUnknown;
     if (m_atEnd)
         return;
     if (m_attributes)

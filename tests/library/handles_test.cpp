@@ -1,0 +1,106 @@
+#include "support/path_fixture.hpp"
+
+namespace {
+
+class Handles : public PathFixture {};
+
+TEST_F(Handles, CopiedOntoThemselvesBecomeNullAndLetGo) {
+    Add("C:\\A"), disk.Put("C:\\A", "");
+    ovDir dir = Add("C:\\A");
+    ovDir& sameDir = dir;
+    dir = sameDir;
+    EXPECT_EQ(nullptr, *dir);
+
+    ovPath only = NewPath("only");
+    ovPath& samePath = only;
+    only.copy(samePath);
+    EXPECT_TRUE(only == nullptr);
+    EXPECT_TRUE(ovLookupPath("only") == nullptr) << "the last handle has gone";
+}
+
+TEST_F(Handles, OfARemovedPathCanBeStoredButNotMadeAnew) {
+    ovRemovePath(path);
+    IPathManager* manager = *path;
+    EXPECT_TRUE(ovPath(manager) == nullptr);
+    ovPath assigned;
+    assigned = manager;
+    EXPECT_TRUE(assigned == manager);
+    EXPECT_FALSE(assigned->IsValid());
+}
+
+TEST_F(Handles, OfARemovedDirectoryStaySafeAndInvalid) {
+    disk.Put("C:\\A", "a.sv");
+    const ovDir dir = Add("C:\\A");
+    const ovDir other(dir);
+    EXPECT_TRUE(ovIsDirHandleValid(dir));
+    ovRemoveDir(dir);
+    EXPECT_FALSE(ovIsDirHandleValid(dir));
+    EXPECT_TRUE(ovIsSameDir(dir, other));
+    ovRemoveDir(dir); // silent
+
+    const ovDir kept = ovGetCWD(path);
+    path = ovPath();
+    EXPECT_FALSE(ovIsDirHandleValid(kept)) << "the whole path has gone meanwhile";
+    EXPECT_FALSE(ovIsDirHandleValid(ovDir()));
+}
+
+TEST_F(Handles, TellKindNameAndPlace) {
+    disk.Put("C:\\A", "@C/ +p/ private/");
+    disk.Put("C:\\A\\+p", "@D/");
+    disk.Put("C:\\A\\+p\\@D", "private/");
+    disk.Put("C:\\", "");
+    const ovDir dir = Add("C:\\A");
+    Add("C:\\");
+    struct {
+        const char* name;
+        ovDirType type;
+        const char* base;
+        const char* parent;
+    } const rows[] = {
+        {"C:\\cwd", ovDirTypeCWD, "cwd", ""},
+        {"C:\\A", ovDirTypePath, "A", ""},
+        {"C:\\A\\@C", ovDirTypeClass, "C", "C:\\A"},
+        {"C:\\A\\+p", ovDirTypePackage, "p", "C:\\A"},
+        {"C:\\A\\private", ovDirTypePrivate, "private", "C:\\A"},
+        {"C:\\A\\+p\\@D", ovDirTypeClass, "D", "C:\\A\\+p"},
+        {"C:\\A\\+p\\@D\\private", ovDirTypePrivate, "private", "C:\\A\\+p\\@D"},
+        {"C:\\B", ovDirTypeNull, "", ""},
+    };
+    for (const auto& row : rows) {
+        const ovDir found = Find(row.name);
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(row.type, ovGetDirType(found));
+        EXPECT_EQ(row.base, N(ovGetBaseDirName(found)));
+        EXPECT_EQ(row.type == ovDirTypeNull ? "" : row.name, N(ovGetDirName(found)));
+        EXPECT_EQ(row.parent, N(ovGetDirName(ovGetParentDir(found))));
+        if (std::string(row.name).starts_with("C:\\A"))
+            EXPECT_TRUE(ovIsSameDir(dir, ovGetPathDir(found)));
+    }
+    EXPECT_EQ(ovDirTypeNull, ovGetDirType(ovDir()));
+    EXPECT_EQ("C:\\A\\private", N(ovGetDirName(ovGetPrivateDir(dir))));
+    EXPECT_EQ(ovDirTypeNull, ovGetDirType(ovGetPrivateDir(ovGetCWD(path))));
+    EXPECT_EQ("C:\\", N(ovGetBaseDirName(ovGetNextPathDir(dir)))) << "a root is called by its whole name";
+
+    char buffer[32];
+    EXPECT_STREQ("C:\\A", ovGetDirName(dir, buffer));
+    EXPECT_EQ(4, ovGetDirNameLen(dir));
+    EXPECT_STREQ("", ovGetDirName(ovGetNullDir(path), buffer));
+    EXPECT_TRUE(ovIsAbsoluteDir(dir));
+    EXPECT_TRUE(*ovGetPathOfDir(dir) == *path);
+}
+
+TEST_F(Handles, OfNestedDirectoriesFindTheirOwnPathDirectory) {
+    // Names that end in `private` many times are found by a loop, and a current directory may be called that.
+    disk.Put("C:\\cwd\\private", "private/");
+    disk.Put("C:\\cwd\\private\\private", "f.sv");
+    ASSERT_EQ(nullptr, ovSetCWDName(path, u"C:\\cwd\\private"));
+    EXPECT_EQ(ovDirTypeCWD, ovGetDirType(Find("C:\\cwd\\private")));
+    EXPECT_EQ(ovDirTypePrivate, ovGetDirType(Find("C:\\cwd\\private\\private")));
+    EXPECT_EQ(ovDirTypeNull, ovGetDirType(Find("C:\\cwd\\private\\private\\private")));
+    std::string deep = "C:\\cwd";
+    for (int i = 0; i < 100000; ++i)
+        deep += "\\private";
+    EXPECT_EQ(ovDirTypeNull, ovGetDirType(Find(deep)));
+}
+
+} // namespace

@@ -1,0 +1,185 @@
+#include "support/path_fixture.hpp"
+
+#include "support/fake_platform.hpp"
+
+namespace {
+
+class Paths : public PathFixture {};
+
+TEST_F(Paths, AreFoundByNameAsLongAsTheyAreInService) {
+    EXPECT_TRUE(*ovLookupPath("main") == *path);
+    EXPECT_TRUE(*ovLookupPath(u"main") == *path);
+    EXPECT_TRUE(ovLookupPath("Main") == nullptr);
+
+    EXPECT_TRUE(ovCreatePath(0, "main") == nullptr);
+    EXPECT_EQ(MessageText('E', "cannotConstructPathDuplicate", {u"main"}), TakeMessages());
+    EXPECT_EQ("C:\\cwd", PathText(path)) << "the first path stays as it is";
+
+    ovRemovePath(path);
+    EXPECT_TRUE(ovLookupPath("main") == nullptr);
+    const ovPath again = ovCreatePath(0, "main");
+    EXPECT_TRUE(again != nullptr) << "the name is free although a handle holds the old path";
+    ovRemovePath(path); // silent
+    ovRemovePath(ovPath());
+}
+
+TEST_F(Paths, GoWithTheirLastHandleAndSaySo) {
+    Listen();
+    path = ovPath();
+    EXPECT_EQ("PathRemoved", TakeEvents());
+    EXPECT_TRUE(ovLookupPath("main") == nullptr);
+}
+
+TEST_F(Paths, OwnTheProcessDirectoryOnlyIfCreatedFirst) {
+    EXPECT_TRUE(owner->IsProcessCWDOwner());
+    EXPECT_FALSE(path->IsProcessCWDOwner());
+    owner = ovPath();
+    EXPECT_FALSE(ovCreatePath(0, "third")->IsProcessCWDOwner()) << "nobody takes over";
+    EXPECT_FALSE(ovTerminate()) << "paths were in service";
+    EXPECT_TRUE(ovTerminate());
+    EXPECT_FALSE(path->IsValid());
+    EXPECT_TRUE(ovCreatePath(0, "fourth")->IsProcessCWDOwner()) << "the registry was empty again";
+}
+
+TEST_F(Paths, SurviveACallbackThatRemovesThemWhileTheyAreRemoved) {
+    ovPath other = NewPath("other");
+    ovRegisterPathInterest(path, [&](ovEventType event, ovDir) {
+        if (event == ovEventPathRemoved) {
+            ovRemovePath(path);
+            ovRemovePath(other);
+            path = ovPath();
+            other = ovPath();
+        }
+    });
+    EXPECT_FALSE(ovTerminate());
+    EXPECT_TRUE(ovTerminate());
+}
+
+TEST_F(Paths, FreezeByPrefixOfCharacters) {
+    disk.Put("C:\\tool", "@C/");
+    disk.Put("C:\\toolbox", "");
+    disk.Put("C:\\Tool", "");
+    const auto frozen = [&](ovCaseSensitivity rule, const char16_t* prefix) {
+        ovPath made = NewPath("frozen", rule, prefix);
+        std::vector<std::string> names;
+        for (const char* name : {"C:\\tool", "C:\\toolbox", "C:\\Tool", "C:\\cwd"}) {
+            ovDir dir = ovAddDir(made, name, ovDirAddAtEnd);
+            if (dir->GetState() == DirFrozen)
+                names.push_back(name);
+            for (const PathClassDirItemInfo* child : dir->GetClassDirs())
+                EXPECT_EQ(dir->GetState(), child->GetState()) << "what is below follows";
+        }
+        return Join(names);
+    };
+    EXPECT_EQ("", frozen(ovCaseSensitive, nullptr));
+    EXPECT_EQ("C:\\tool | C:\\toolbox", frozen(ovCaseSensitive, u"C:\\tool"));
+    EXPECT_EQ("C:\\tool | C:\\toolbox | C:\\Tool | C:\\cwd", frozen(ovCaseSensitive, u""));
+    EXPECT_EQ("C:\\tool | C:\\toolbox", frozen(ovCaseInsensitive, u"c:\\TOOL"))
+        << "without regard to case C:\\Tool is on the path already";
+    EXPECT_EQ("", *ovCreatePath(0, "plain")->GetPreFrozenPrefix() == ustring() ? "" : "no empty prefix");
+}
+
+TEST_F(Paths, NeedAllFiveHooks) {
+    ovPath replaced = NewPath("replaced");
+    EXPECT_TRUE(ovSetDefaultIOFcns(nullptr, nullptr, nullptr, nullptr, nullptr)) << "nothing is taken away";
+    const auto otherExists = [](ovPath, const ustring&) { return true; };
+    EXPECT_FALSE(replaced->DirExists(u"C:\\nowhere"));
+    EXPECT_TRUE(ovSetDefaultIOFcns(nullptr, nullptr, nullptr, otherExists, nullptr));
+    EXPECT_FALSE(replaced->DirExists(u"C:\\nowhere")) << "a path keeps its copy";
+    EXPECT_TRUE(NewPath("new")->DirExists(u"C:\\nowhere"));
+    ovUpdatePathArrayDefaultIOFcns();
+    EXPECT_TRUE(replaced->DirExists(u"C:\\nowhere"));
+
+    const auto time = [](ovPath, const ustring&) { return 42L; };
+    EXPECT_TRUE(ovSetIOFcns(replaced, nullptr, nullptr, nullptr, nullptr, time));
+    EXPECT_EQ(42, replaced->GetFileTime(u"x"));
+    ovSetIOFcns(
+        replaced, nullptr, nullptr, nullptr, [](ovPath, const ustring&) { return false; }, nullptr);
+    EXPECT_EQ(0, replaced->GetFileTime(u"x")) << "null means the default, not what was there";
+}
+
+TEST_F(Paths, GiveHooksANullHandleOnceRemoved) {
+    static bool wasNull = false;
+    ovSetIOFcns(path, nullptr, nullptr, nullptr, nullptr, [](ovPath asked, const ustring&) {
+        wasNull = asked == nullptr;
+        return 0L;
+    });
+    path->GetFileTime(u"x");
+    EXPECT_FALSE(wasNull);
+    ovRemovePath(path);
+    path->GetFileTime(u"x");
+    EXPECT_TRUE(wasNull);
+}
+
+TEST_F(Paths, ReplaceMessageHooksForAWhile) {
+    ovEnvironmentFcns* saved = ovGetEnvironmentFcns();
+    ovSetMessageFcns(nullptr, nullptr, nullptr);
+    EXPECT_TRUE(ovCreatePath(0, "main") == nullptr);
+    EXPECT_EQ("", TakeMessages()) << "silence";
+    ovReturnEnvironmentFcns(saved);
+    EXPECT_TRUE(ovCreatePath(0, "main") == nullptr);
+    EXPECT_NE("", TakeMessages());
+}
+
+TEST(PathsWithoutHooks, CannotBeCreated) {
+    // Runs in a process of its own under CTest; together with other cases the hooks are there already.
+    if (ovSetDefaultIOFcns(nullptr, nullptr, nullptr, nullptr, nullptr))
+        GTEST_SKIP() << "hooks have been set in this process";
+    static std::string message;
+    ovSetMessageFcns([](const char* text) { message = text; }, nullptr, nullptr);
+    EXPECT_TRUE(ovCreatePath(0, "main") == nullptr);
+    EXPECT_EQ(N(fl::i18n::message_text({"SORVEN:ovsel", "cannotConstructPathNoIOFunctions", {}},
+                                       fl::i18n::Locale::global())),
+              message);
+    EXPECT_FALSE(ovSetDefaultIOFcns(&FakeDisk::Read, &FakeDisk::Accessibility, &FakeDisk::Reserved,
+                                    &FakeDisk::Exists, nullptr));
+    EXPECT_TRUE(ovSetDefaultIOFcns(nullptr, nullptr, nullptr, nullptr, &FakeDisk::FileTime));
+    ovSetMessageFcns(nullptr, nullptr, nullptr);
+}
+
+TEST(FileSystems, AreNamedByTheStartOfAName) {
+    struct {
+        const char16_t* name;
+        const char16_t* fileSystem; ///< empty: none
+    } const rows[] = {{u"C:\\dir", u"C:"},
+                      {u"C:abc\\def", u"C:abc"},
+                      {u"C:", u""},
+                      {u"C:a", u"C:"},
+                      {u"\\\\server", u"\\\\server"},
+                      {u"\\\\s\\share\\d", u"\\\\s"},
+                      {u"abc", u""},
+                      {u"\\abc", u""}};
+    for (const auto& row : rows) {
+        ustring out = u"old";
+        EXPECT_EQ(*row.fileSystem != 0, FileSystemTable::NameOf(out, row.name)) << N(row.name);
+        EXPECT_EQ(row.fileSystem, out);
+    }
+}
+
+TEST_F(Paths, ShareARowForEachFileSystem) {
+    disk.Put("C:\\A", "@C/");
+    disk.Put("c:\\B", "");
+    disk.Put("\\\\srv\\share", "");
+    const ovDir a = Add("C:\\A");
+    EXPECT_EQ(a->GetFileSystemIndex(), Find("C:\\A\\@C")->GetFileSystemIndex());
+    EXPECT_NE(a->GetFileSystemIndex(), Add("c:\\B")->GetFileSystemIndex());
+    const ovDir share = Add("\\\\srv\\share");
+    EXPECT_EQ(u"\\\\srv", path->GetFileSystemEntry(share->GetFileSystemIndex()).name);
+    EXPECT_EQ(u"Unknown File System", path->GetFileSystemEntry(1).name);
+
+    ovPath blind = NewPath("blind", ovCaseInsensitive);
+    EXPECT_EQ(ovAddDir(blind, "C:\\A", ovDirAddAtEnd)->GetFileSystemIndex(),
+              ovAddDir(blind, "c:\\B", ovDirAddAtEnd)->GetFileSystemIndex());
+}
+
+TEST_F(Paths, PutANameWithoutRootOnTheRowOfItsFullPath) {
+    FakePlatform platform;
+    platform.fullPaths[u"ab"] = u"D:\\ab";
+    PathDirItemInfo::Owner rooted(new PathDirItemInfo(*path, u"ab", u"ab", -1, ovDirTypePath));
+    EXPECT_EQ(u"D:", path->GetFileSystemEntry(rooted->GetFileSystemIndex()).name);
+    EXPECT_EQ(u"D:\\ab", rooted->GetResolvedName());
+    PathDirItemInfo::Owner lost(new PathDirItemInfo(*path, u"cd", u"cd", -1, ovDirTypePath));
+    EXPECT_EQ(1, lost->GetFileSystemIndex());
+}
+
+} // namespace

@@ -1,0 +1,275 @@
+#include "support/path_fixture.hpp"
+
+#include "ovsel/model/nulldiriteminfo.hpp"
+#include "ovsel/reading/dirreader.hpp"
+#include "ovsel/reading/vfsmode.hpp"
+#include "support/fake_platform.hpp"
+
+namespace {
+
+class Reading : public PathFixture {
+  protected:
+    /// Every entry as "name kind [file kind] [?]", `?` for unconfirmed.
+    std::string Read(const std::string& dir) {
+        DirReader reader(*path, U(dir));
+        std::vector<std::string> entries;
+        for (reader.First(); !reader.IsDone(); reader.Next()) {
+            const DirItemInfo& item = reader.CurrentItem();
+            entries.push_back(N(item.name) + " " + std::to_string(item.kind) +
+                              (item.fileKind ? "/" + std::to_string(item.fileKind) : "") +
+                              (item.confirmed ? "" : "?"));
+        }
+        return Join(entries);
+    }
+};
+
+TEST_F(Reading, ClassifiesByAttributeThenByNameThenByLook) {
+    struct {
+        const char* entries;
+        const char* result;
+    } const rows[] = {
+        {"", ""},
+        {".=4000 ..=4000 .git=4000 .x", ""},
+        {"a.sv b.sv:C c.sv:N d.sv=8003", "a.sv 2 | b.sv 2/1 | c.sv 2/2 | d.sv 2/1"},
+        {"sub/ a.b/ @x.y/ Private/ @/", "sub 1 | a.b 1 | @x.y 1 | Private 1 | @ 1"},
+        {"@x=8000 +x=8000 private=8000", "@x 2 | +x 2 | private 2"},
+        {"@C/ +p/ private/", "@C 3 | +p 4 | private 5"},
+        {"@gone=4000 +gone=4000", "@gone 2? | +gone 2?"},
+        {"plain? sub? @C? @new? private?", "plain 2? | sub 2? | @C 3 | @new 2? | private 5"},
+        {".x=4000 a:N .y b=4000 .z=8001 c", "a 2/2 | b 1 | c 2"},
+        {"q=0001 r=0002", "q 2? | r 2?"},
+    };
+    for (const auto& row : rows) {
+        disk.Put("C:\\L", row.entries);
+        EXPECT_EQ(row.result, Read("C:\\L")) << row.entries;
+    }
+    disk.Put("C:\\M", "@C/ +p/ private/ sub/ f.sv");
+    disk.withAttributes = false;
+    EXPECT_EQ("@C 3 | +p 4 | private 5 | sub 2? | f.sv 2?", Read("C:\\M"));
+}
+
+TEST_F(Reading, AsksTheDiskAboutSpecialNamesOnly) {
+    disk.Put("C:\\L", "a b c sub/ @C/ +p/ private/ d?");
+    disk.existenceQueries = disk.listings = 0;
+    Read("C:\\L");
+    EXPECT_EQ(3, disk.existenceQueries);
+    EXPECT_EQ("C:\\L\\private", disk.lastQuery);
+    EXPECT_EQ(1, disk.listings);
+    EXPECT_EQ("", Read("C:\\nowhere")) << "the hook gives nothing";
+}
+
+TEST_F(Reading, TakesTheModeFromTheEnvironmentOnce) {
+    // The mode of this process has been asked for long ago; that nothing asks again is what can be seen here.
+    FakePlatform platform;
+    platform.environment["PATH_MGR_MODE"] = "vfs";
+    EXPECT_FALSE(IsVFSMode());
+    EXPECT_EQ(0, platform.calls["GetEnvironment"]);
+}
+
+class Records : public PathFixture {
+  protected:
+    /// All that a directory holds, in the order of its containers: files, packages, classes, private, plain.
+    std::string Contents(const ovDir& dir) {
+        std::vector<std::string> names;
+        for (std::int32_t group = 0; group <= DirChildGroupCount; ++group)
+            for (std::int32_t i = 0; const PathItemInfo* item = dir->GetItem(group, i); ++i) {
+                ustring name;
+                item->AppendName(name);
+                names.push_back(N(name));
+            }
+        return Join(names, " ");
+    }
+    std::string Reload(const ovDir& dir, const std::string& entries) {
+        disk.Put(N(ovGetDirName(dir)), entries);
+        dir->Reload({2, false, false});
+        dir->GetPathDir()->PlacePendingItems();
+        CheckIndex();
+        return Contents(dir);
+    }
+};
+
+TEST_F(Records, KeepWhatTheirKindAccepts) {
+    const char* all = "z.sv a sub/ @C/ +p/ private/";
+    disk.Put("C:\\A", all);
+    for (const char* child : {"C:\\A\\@C", "C:\\A\\+p", "C:\\A\\private"})
+        disk.Put(child, all);
+    const ovDir dir = Add("C:\\A");
+    EXPECT_EQ("z.sv a +p @C private sub", Contents(dir));
+    EXPECT_EQ("z.sv a private", Contents(Find("C:\\A\\@C")))
+        << "no class, package or plain directory in a class";
+    EXPECT_EQ("z.sv a +p @C private", Contents(Find("C:\\A\\+p"))) << "no plain directory in a package";
+    EXPECT_EQ("z.sv a", Contents(Find("C:\\A\\private"))) << "private is flat";
+    CheckIndex();
+
+    EXPECT_EQ("z.sv a +p @C private sub b", Reload(dir, std::string(all) + " b/"));
+    EXPECT_EQ("z.sv a b private", Reload(Find("C:\\A\\@C"), std::string(all) + " b"));
+    EXPECT_EQ("z.sv a", Reload(Find("C:\\A\\private"), all));
+}
+
+TEST_F(Records, GiveFilesTheirKindAndForgetItAtAReload) {
+    disk.Put("C:\\A", "c.sv:C n.sv:N private/");
+    disk.Put("C:\\A\\private", "c.sv:C f.sv");
+    const ovDir dir = Add("C:\\A");
+    const ovDir hidden = ovGetPrivateDir(dir);
+    const auto kinds = [](const ovDir& d) {
+        std::string text;
+        for (const PathFileItemInfo* file : d->GetFiles())
+            text += std::to_string(file->GetFileKind());
+        return text;
+    };
+    EXPECT_EQ("12", kinds(dir));
+    EXPECT_EQ("22", kinds(hidden)) << "a private file defines no class";
+    Reload(dir, "c.sv:C n.sv:N new.sv:C private/");
+    EXPECT_EQ("001", kinds(dir));
+    Reload(hidden, "c.sv:C new.sv:C");
+    EXPECT_EQ("02", kinds(hidden));
+}
+
+TEST_F(Records, SurviveReloadsAsTheSameObjectsInTheSameOrder) {
+    disk.Put("C:\\A", "m.sv c.sv x.sv @K/ @L/ sub/ private/");
+    disk.Put("C:\\A\\private", "secret.sv");
+    const ovDir dir = Add("C:\\A");
+    const ovDir k = Find("C:\\A\\@K"), hidden = ovGetPrivateDir(dir);
+    const PathItemInfo* c = dir->GetItem(DirChildFile, 1);
+    Listen();
+    EXPECT_EQ("c.sv x.sv b.sv +q @K new", Reload(dir, "b.sv c.sv new/ x.sv @K/ +q/"));
+    EXPECT_EQ("Added C:\\A\\+q | Removed C:\\A\\@L | Removed C:\\A\\private | Loaded C:\\A", TakeEvents());
+    EXPECT_EQ(c, dir->GetItem(DirChildFile, 0));
+    EXPECT_TRUE(ovIsDirHandleValid(k));
+    EXPECT_FALSE(ovIsDirHandleValid(hidden));
+    EXPECT_EQ(ovDirTypeNull, ovGetDirType(ovGetPrivateDir(dir)));
+    EXPECT_EQ(nullptr, path->FindNameInfo(u"secret"));
+
+    EXPECT_EQ("C.sv", Reload(dir, "C.sv")) << "another spelling is another file";
+    disk.dirs.erase("C:\\A");
+    dir->Reload({2, false, false});
+    EXPECT_EQ("", Contents(dir)) << "gone from the disk: empty, and still on the path";
+    EXPECT_EQ("C:\\cwd; C:\\A", PathText(path));
+}
+
+TEST_F(Records, FindFilesByStemOrByWholeName) {
+    disk.Put("C:\\A", "foo.sv foo.p foo FOO.sv a. a bar.sv foo.longer");
+    const ovDir dir = Add("C:\\A");
+    struct {
+        const char* name;
+        bool caseSensitive;
+        const char* result;
+    } const rows[] = {
+        {"foo", true, "foo.sv foo.p foo foo.longer"},
+        {"foo", false, "foo.sv foo.p foo FOO.sv foo.longer"},
+        {"foo.p", true, "foo.p"},
+        {"foo.SV", false, "foo.sv FOO.sv"},
+        {"foo.longer", true, "foo.longer"},
+        {"foo.long", true, ""},
+        {"a.", true, "a. a"},
+        {"fo", true, ""},
+        {"", true, "foo.sv foo.p foo FOO.sv a. a bar.sv foo.longer"},
+    };
+    for (const auto& row : rows) {
+        std::vector<std::string> names;
+        const PathFileItemInfo* file = nullptr;
+        while ((file = dir->FindNextFile(file, U(row.name), row.caseSensitive))) {
+            ustring name;
+            file->AppendName(name);
+            names.push_back(N(name));
+        }
+        EXPECT_EQ(row.result, Join(names, " ")) << row.name;
+    }
+    disk.Put("C:\\B", "foo.sv");
+    EXPECT_EQ(nullptr, dir->FindNextFile(Add("C:\\B")->GetFiles()[0], u"foo", true)) << "a file of elsewhere";
+}
+
+TEST_F(Records, SplitNamesAtTheLastDot) {
+    struct {
+        const char* diskName;
+        const char* name;
+        const char* extension; ///< null: none
+        const char* otherName; ///< near, and not the disk name
+    } const rows[] = {
+        {"foo.sv", "foo", "sv", "foo.s"},
+        {"foo.abcd", "foo", "abcd", "foo.abcde"},
+        {"foo.abcde", "foo", "abcde", "foo.abcd"},
+        {"foo", "foo", nullptr, "foo."},
+        {"foo.", "foo", "", "foo"},
+        {"a.b.c", "a.b", "c", "a.b"},
+        {"Foo.sv", "Foo", "sv", "foo.sv"},
+        {"a..", "a.", "", "a."},
+    };
+    for (const auto& row : rows) {
+        disk.Put("C:\\A", row.diskName);
+        const ovDir dir = Add("C:\\A");
+        const PathFileItemInfo* file = dir->GetFiles().at(0);
+        SCOPED_TRACE(row.diskName);
+        EXPECT_EQ(row.name, N(file->GetName()));
+        ASSERT_EQ(row.extension == nullptr, file->GetExtension() == nullptr);
+        if (row.extension)
+            EXPECT_EQ(row.extension, N(file->GetExtension()));
+        EXPECT_TRUE(file->MatchesDiskName(U(row.diskName)));
+        EXPECT_FALSE(file->MatchesDiskName(U(row.otherName)));
+        ustring full;
+        file->GetFullName(full);
+        EXPECT_EQ("C:\\A\\" + std::string(row.diskName), N(full));
+        ovRemoveDir(dir);
+    }
+    disk.Put("C:\\A", "foo.;x a.b/ @C/");
+    const ovDir dir = Add("C:\\A");
+    ustring full;
+    dir->GetFiles().at(0)->GetFullName(full);
+    EXPECT_EQ("C:\\A\\foo.", N(full)) << "an extension that begins with the mark reads as empty";
+    EXPECT_EQ(u".b", ustring(dir->GetSubDirs().at(0)->GetExtension())) << "with its dot, unlike a file's";
+    EXPECT_TRUE(dir->GetClassDirs()[0]->MatchesDiskName(u"@C"));
+    EXPECT_FALSE(dir->GetClassDirs()[0]->MatchesDiskName(u"C"));
+    EXPECT_FALSE(dir->GetClassDirs()[0]->MatchesDiskName(u""));
+    EXPECT_FALSE(path->GetNullDir()->MatchesDiskName(u""));
+}
+
+TEST_F(Records, LeaveAShellWhileAHandleHoldsThem) {
+    disk.Put("C:\\A", "@C/");
+    const ovDir dir = Add("C:\\A");
+    ovDir child = Find("C:\\A\\@C");
+    Reload(dir, "");
+    EXPECT_FALSE(child->IsLinked());
+    child = ovDir(); // deletes it; the sanitizer watches
+    dir->AddRef(), dir->Release();
+    EXPECT_TRUE(ovIsDirHandleValid(dir)) << "a live record does not go with its last handle";
+}
+
+TEST_F(Records, TellOfTheirChildrenFromBelow) {
+    Listen();
+    disk.Put("C:\\A", "@C/ +p/");
+    disk.Put("C:\\A\\@C", "private/");
+    ovDir dir = Add("C:\\A");
+    EXPECT_EQ("Added C:\\A\\@C\\private | Added C:\\A\\@C | Added C:\\A\\+p | Added C:\\A", TakeEvents());
+    ovRemoveDir(dir);
+    EXPECT_EQ("Removed C:\\A | Removed C:\\A\\+p | Removed C:\\A\\@C | Removed C:\\A\\@C\\private",
+              TakeEvents());
+}
+
+TEST_F(Records, HoldTheLastOfTwoPrivateDirectories) {
+    disk.Put("C:\\A", "private/ private/");
+    disk.Put("C:\\A\\private", "f.sv");
+    const ovDir dir = Add("C:\\A");
+    CheckIndex();
+    EXPECT_EQ("f.sv", Contents(ovGetPrivateDir(dir)));
+}
+
+TEST_F(Records, DoNotOutliveAHookThatThrows) {
+    disk.Put("C:\\A", "f.sv @C/ @D/");
+    static int calls = 0;
+    calls = 0;
+    ovSetIOFcns(
+        path,
+        [](ovPath asked, const ustring& name, unsigned short** words) {
+            if (++calls == 3)
+                throw std::runtime_error("the disk is on fire");
+            return FakeDisk::Read(asked, name, words);
+        },
+        nullptr, nullptr, nullptr, nullptr);
+    EXPECT_THROW(Add("C:\\A"), std::runtime_error);
+    CheckIndex();
+    EXPECT_EQ("C:\\cwd", PathText(path));
+    EXPECT_EQ(nullptr, path->FindNameInfo(u"f"));
+    EXPECT_EQ(ovDirTypePath, ovGetDirType(Add("C:\\A"))) << "the next try succeeds";
+}
+
+} // namespace

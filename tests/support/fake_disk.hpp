@@ -1,0 +1,109 @@
+#pragma once
+
+#include <cstring>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <ovsel/hooks.hpp>
+
+#include "host_interfaces/text.hpp"
+#include "host_interfaces/utility.hpp"
+
+/// A disk in memory behind the five I/O hooks, in the system's grammar. Listings keep the order in which they
+/// were written down; calls are counted.
+///
+/// @code
+/// disk.Put("C:\\A", "plot.sv @plot/ note? old.p:N");
+/// @endcode
+/// An entry is a file; `/` behind it makes it a directory (empty until it is put itself), `?` gives it the
+/// attribute word 0, `:C` and `:N` a file kind, and `=` followed by a number in hexadecimal any word.
+class FakeDisk {
+  public:
+    struct Entry {
+        std::string name;
+        unsigned short word;
+    };
+
+    static FakeDisk& Get() {
+        static FakeDisk disk;
+        return disk;
+    }
+
+    void Put(const std::string& dir, const std::string& entries) {
+        std::vector<Entry> listing;
+        std::istringstream words(entries);
+        for (std::string word; words >> word;)
+            listing.push_back(Parse(dir, word));
+        dirs[dir] = listing;
+    }
+
+    bool Install() { return ovSetDefaultIOFcns(&Read, &Accessibility, &Reserved, &Exists, &FileTime); }
+
+    std::map<std::string, std::vector<Entry>> dirs;
+    std::map<std::string, ovDirAccessibility> accessibility; ///< where it is not 1 or 4
+    bool withAttributes = true;
+    int listings = 0;
+    int existenceQueries = 0;
+    std::string lastQuery;
+
+    static char16_t* Read(ovPath, const ustring& dirName, unsigned short** attributes) {
+        FakeDisk& disk = Get();
+        ++disk.listings;
+        const auto found = disk.dirs.find(Narrow(dirName));
+        if (found == disk.dirs.end())
+            return nullptr;
+        ustring names;
+        for (const Entry& entry : found->second)
+            names += fl::i18n::to_ustring(entry.name.c_str()) + u'\0';
+        auto* block = static_cast<char16_t*>(HostCalloc(names.size() + 1, sizeof(char16_t)));
+        std::memcpy(block, names.data(), names.size() * sizeof(char16_t));
+        if (attributes && disk.withAttributes)
+            *attributes = Words(found->second);
+        return block;
+    }
+    static ovDirAccessibility Accessibility(ovPath, const ustring& name) {
+        const auto special = Get().accessibility.find(Narrow(name));
+        if (special != Get().accessibility.end())
+            return special->second;
+        return Get().dirs.count(Narrow(name)) ? ovDirAccessible : ovDirNonexistent;
+    }
+    static bool Reserved(const ustring&) { return false; }
+    static bool Exists(ovPath, const ustring& name) {
+        ++Get().existenceQueries;
+        Get().lastQuery = Narrow(name);
+        return Get().dirs.count(Get().lastQuery) != 0;
+    }
+    static long FileTime(ovPath, const ustring&) { return 0; }
+
+  private:
+    static std::string Narrow(const ustring& name) {
+        return fl::i18n::codecvt_ustring_to_narrow_string()(name);
+    }
+
+    static unsigned short* Words(const std::vector<Entry>& entries) {
+        auto* words = static_cast<unsigned short*>(HostCalloc(entries.size() + 1, sizeof(unsigned short)));
+        for (std::size_t i = 0; i < entries.size(); ++i)
+            words[i] = entries[i].word;
+        return words;
+    }
+
+    Entry Parse(const std::string& dir, std::string word) {
+        if (word.back() == '/') {
+            word.pop_back();
+            dirs.try_emplace(dir + "\\" + word);
+            return {word, 0x4000};
+        }
+        if (word.back() == '?')
+            return {word.substr(0, word.size() - 1), 0};
+        if (word.ends_with(":C"))
+            return {word.substr(0, word.size() - 2), 0x8001};
+        if (word.ends_with(":N"))
+            return {word.substr(0, word.size() - 2), 0x8002};
+        if (const auto at = word.find('='); at != std::string::npos)
+            return {word.substr(0, at),
+                    static_cast<unsigned short>(std::stoul(word.substr(at + 1), nullptr, 16))};
+        return {word, 0x8000};
+    }
+};

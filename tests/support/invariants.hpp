@@ -1,0 +1,96 @@
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+
+#include "ovsel/frame/pathinfo.hpp"
+#include "ovsel/frame/pathmgr.hpp"
+#include "ovsel/lookup/nametable.hpp"
+#include "ovsel/model/pathclassdiriteminfo.hpp"
+#include "ovsel/model/pathdiriteminfo.hpp"
+#include "ovsel/model/pathfileiteminfo.hpp"
+#include "ovsel/model/pathpackagediriteminfo.hpp"
+#include "ovsel/model/pathprivatediriteminfo.hpp"
+#include "ovsel/model/pathsubdiriteminfo.hpp"
+
+/// Checks the whole index of a path against its records and says in words what is wrong; an empty text is
+/// good news. May be called whenever no operation of the path is running.
+class InvariantCheck {
+  public:
+    explicit InvariantCheck(const ovPath& path) : m_manager(static_cast<PathMgr&>(**path)) {}
+
+    std::string Run() {
+        for (int i = 0; i < m_manager.GetPathEntryCount(); ++i)
+            if (PathDirItemInfo* entry = m_manager.GetPathEntry(i)) {
+                Expect(entry->GetOrder() == i && entry->GetPositionIn(m_manager.GetPathInfo()) == i,
+                       "order of " + Name(*entry));
+                Expect(!entry->HasPendingItems(), "pending items in " + Name(*entry));
+                CollectDir(*entry);
+            }
+        std::size_t chained = 0;
+        m_manager.GetNameTable().ForEach([&](const PathNameInfo& info) {
+            Expect(!info.HasNoItems(), "an entry without items: " + Text(info.GetKey()));
+            for (int c = 0; c < NameCategoryCount; ++c)
+                chained += CheckChain(info, static_cast<NameCategory>(c));
+        });
+        Expect(chained == m_owned.size(),
+               std::to_string(chained) + " items in chains, " + std::to_string(m_owned.size()) + " owned");
+        return m_faults;
+    }
+
+  private:
+    static std::string Text(const ustring& name) {
+        return fl::i18n::codecvt_ustring_to_narrow_string()(name);
+    }
+    static std::string Name(const PathItemInfo& item) {
+        ustring name;
+        item.GetFullName(name);
+        return Text(name);
+    }
+    void Expect(bool holds, const std::string& fault) {
+        if (!holds)
+            m_faults += fault + "\n";
+    }
+
+    void Collect(PathItemInfo* item, std::size_t place) {
+        Expect(item->IsLinked(), "owned and not linked: " + Name(*item));
+        m_owned[item] = place;
+    }
+    void CollectDir(PathAllDirItemInfo& dir) {
+        if (dir.IsPathDir())
+            Collect(&dir, 0);
+        for (std::int32_t group = 0; group < DirChildGroupCount; ++group)
+            for (std::int32_t i = 0; PathItemInfo* item = dir.GetItem(group, i); ++i) {
+                Expect(item->GetParent() == &dir, "parent of " + Name(*item));
+                Collect(item, static_cast<std::size_t>(i));
+                if (item->IsDirRecord())
+                    CollectDir(static_cast<PathAllDirItemInfo&>(*item));
+            }
+    }
+
+    std::size_t CheckChain(const PathNameInfo& info, NameCategory category) {
+        std::size_t length = 0;
+        const PathItemInfo* previous = nullptr;
+        for (PathItemInfo* item = info.GetChain(category); item;
+             previous = item, item = item->GetNext(), ++length) {
+            Expect(item->GetPrev() == previous, "previous link of " + Name(*item));
+            Expect(m_owned.count(item) != 0, "in a chain and not owned");
+            Expect(item->GetNameInfo() == &info && item->GetCategory() == category,
+                   "chain of " + Name(*item));
+            if (previous)
+                CheckNeighbours(*previous, *item);
+        }
+        return length;
+    }
+    /// Orders rise; what was linked later, and so stands later in its directory, comes first.
+    void CheckNeighbours(const PathItemInfo& left, const PathItemInfo& right) {
+        Expect(left.GetOrderNumber() <= right.GetOrderNumber(), "order along the chain at " + Name(right));
+        if (left.GetParent() && left.GetParent() == right.GetParent())
+            Expect(m_owned[&left] > m_owned[&right], "order within the run at " + Name(right));
+    }
+
+    PathMgr& m_manager;
+    std::map<const PathItemInfo*, std::size_t> m_owned; ///< with the place in the owner's container
+    std::string m_faults;
+};
