@@ -4,7 +4,7 @@ set -eu
 cd "$1/path_management/ovsel"
 status=0
 above="names|frame|model|reading|lookup"
-for layer in names frame; do
+for layer in names frame model reading; do
     above=${above#"$layer|"}
     if grep -nE "#include \"ovsel/($above)/" "$layer"/*.hpp; then
         echo "headers of $layer include from above"

@@ -6,8 +6,8 @@
 
 #include <ovsel/handles.hpp>
 
-#include "ovsel/lookup/namecategory.hpp"
 #include "ovsel/lookup/searchscope.hpp"
+#include "ovsel/model/namecategory.hpp"
 #include "ovsel/model/pathalldiriteminfo.hpp"
 
 class IPathManager;

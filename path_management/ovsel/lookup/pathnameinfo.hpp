@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "host_interfaces/ustring.hpp"
-#include "ovsel/lookup/namecategory.hpp"
+#include "ovsel/model/namecategory.hpp"
 
 class PathItemInfo;
 

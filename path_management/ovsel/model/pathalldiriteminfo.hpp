@@ -7,7 +7,6 @@
 #include <ovsel/handles.hpp>
 
 #include "ovsel/model/pathiteminfo.hpp"
-#include "ovsel/reading/diriteminfo.hpp"
 
 class IDirItemsIterator;
 class PathClassDirItemInfo;
@@ -15,6 +14,7 @@ class PathFileItemInfo;
 class PathPackageDirItemInfo;
 class PathPrivateDirItemInfo;
 class PathSubDirItemInfo;
+struct DirItemInfo;
 
 /// What is known of a directory's contents.
 enum DirState : std::uint32_t {

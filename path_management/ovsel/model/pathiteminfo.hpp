@@ -5,7 +5,7 @@
 
 #include "host_interfaces/storage.hpp"
 #include "host_interfaces/ustring.hpp"
-#include "ovsel/lookup/namecategory.hpp"
+#include "ovsel/model/namecategory.hpp"
 
 class IPathManager;
 class PathAllDirItemInfo;
