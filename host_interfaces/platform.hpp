@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <string_view>
 
 #include "host_interfaces/export.hpp"
 #include "host_interfaces/ustring.hpp"
@@ -15,6 +16,21 @@ namespace host {
 inline constexpr std::uint32_t DriveNoRoot = 1;
 inline constexpr std::uint32_t DriveFixed = 3;
 inline constexpr std::uint32_t DriveRemote = 4;
+
+/// Stands for one folder under watch, see IPlatform::FindFirstChangeNotification.
+using ChangeHandle = std::uintptr_t;
+inline constexpr ChangeHandle InvalidChangeHandle = ~ChangeHandle{0};
+
+/// Answers of IPlatform::WaitForSingleObject.
+inline constexpr std::uint32_t WaitObject0 = 0;
+inline constexpr std::uint32_t WaitTimeout = 258;
+inline constexpr std::uint32_t WaitFailed = 0xFFFFFFFF;
+
+/// What a handle is to report; the values of IPlatform::FindFirstChangeNotification's filter.
+inline constexpr std::uint32_t ChangeFileName = 0x1;
+inline constexpr std::uint32_t ChangeDirName = 0x2;
+inline constexpr std::uint32_t ChangeSize = 0x8;
+inline constexpr std::uint32_t ChangeLastWrite = 0x10;
 
 /// The seam between the library and the machine. An implementation may throw std::bad_alloc and nothing else.
 /// Called on the host's one thread; outlives every call that it serves.
@@ -42,6 +58,35 @@ class OVSEL_HOST_API IPlatform {
     /// Start of the character of narrow text that ends before @p p; @p start if there is none before it.
     /// @pre start <= p, and the bytes between are readable.
     virtual const char* PreviousCharacter(const char* start, const char* p) = 0;
+
+    /// Puts the folder @p dirName under watch: from here on, a change inside it signals the handle. A host
+    /// may report more than @p filter asks for, never less, and may signal without a change. The caller owns
+    /// the handle and gives it back by FindCloseChangeNotification.
+    /// @return InvalidChangeHandle if there is no such folder, if it cannot be watched, or if its changes
+    /// would not be told reliably.
+    virtual ChangeHandle FindFirstChangeNotification(const ustring& dirName, bool watchSubtree,
+                                                     std::uint32_t filter) = 0;
+
+    /// Arms a signalled handle again. What changed before this call may signal no more, so the caller looks
+    /// at the folder afterwards. @return false for what is no open handle.
+    virtual bool FindNextChangeNotification(ChangeHandle handle) = 0;
+
+    /// Gives a handle back. @return false for what is no open handle.
+    virtual bool FindCloseChangeNotification(ChangeHandle handle) = 0;
+
+    /// Is the handle signalled, or does it become so within the time? Leaves it signalled.
+    /// @return WaitObject0; WaitTimeout; WaitFailed when the handle can tell nothing at the moment, as after
+    /// the folder has gone, and for what is no open handle.
+    virtual std::uint32_t WaitForSingleObject(ChangeHandle handle, std::uint32_t milliseconds) = 0;
+
+    /// A refresh of many folders stands between the two. A host may take its news in at the beginning and
+    /// answer each wait of no time from memory until the end. The pairs do not nest.
+    virtual void BeginChangeChecks() {}
+    virtual void EndChangeChecks() {}
+
+    /// Makes a file that is not there yet, never through a link, writes @p text, and removes the file again.
+    /// @return false if it could not be made; nothing was touched then.
+    virtual bool WriteProbeFile(const ustring& name, std::string_view text) = 0;
 };
 
 /// The platform in force.

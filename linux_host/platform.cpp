@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "host_interfaces/filesystem.hpp"
+#include "linux_host/change_notification.hpp"
 #include "linux_host/drive_map.hpp"
 #include "linux_host/encoding.hpp"
 
@@ -50,6 +51,17 @@ class LinuxPlatform final : public IPlatform {
             }
         }
         return p > start ? p - 1 : start;
+    }
+
+    ChangeHandle FindFirstChangeNotification(const ustring&, bool, std::uint32_t) override {
+        return InvalidChangeHandle;
+    }
+    bool FindNextChangeNotification(ChangeHandle) override { return false; }
+    bool FindCloseChangeNotification(ChangeHandle) override { return false; }
+    std::uint32_t WaitForSingleObject(ChangeHandle, std::uint32_t) override { return WaitFailed; }
+
+    bool WriteProbeFile(const ustring& name, std::string_view text) override {
+        return linux_host::WriteProbeFile(name, text);
     }
 };
 

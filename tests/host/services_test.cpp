@@ -8,6 +8,7 @@
 #include "host_interfaces/scope_storage.hpp"
 #include "host_interfaces/utility.hpp"
 #include "linux_host/linux_host.hpp"
+#include "tests/support/fake_platform.hpp"
 
 namespace {
 
@@ -74,16 +75,9 @@ TEST(Printing, GoesToTheSinkWholeOrToStandardOutput) {
 }
 
 TEST(Platform, IsReplacedAndComesBack) {
-    struct Other : host::IPlatform {
-        std::uint32_t GetDriveType(const ustring&) override { return 0; }
-        ustring FullPath(const ustring&) override { return {}; }
-        std::int64_t CurrentTime() override { return 42; }
-        bool LocalTime(std::int64_t, std::tm&) override { return false; }
-        std::uint32_t CurrentProcessId() override { return 0; }
-        const char* GetEnvironment(const char*) override { return nullptr; }
-        const char* PreviousCharacter(const char* start, const char*) override { return start; }
-    } other;
-    host::IPlatform* own = host::SetPlatform(&other);
+    host::IPlatform* own = &host::Platform();
+    FakePlatform other;
+    other.now = 42;
     EXPECT_EQ(host::Platform().CurrentTime(), 42);
     EXPECT_EQ(host::SetPlatform(nullptr), &other);
     EXPECT_EQ(&host::Platform(), own);

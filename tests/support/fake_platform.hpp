@@ -5,6 +5,8 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "host_interfaces/platform.hpp"
 
@@ -24,6 +26,34 @@ class FakePlatform : public host::IPlatform {
     std::uint32_t processId = 4711;
     /// Is this byte the first of a two-byte character? By default text is single bytes.
     std::function<bool(unsigned char)> isLeadByte = [](unsigned char) { return false; };
+
+    /// One folder under watch, as the caller left it and the test set it.
+    struct Handle {
+        ustring name;
+        std::uint32_t answer =
+            host::WaitTimeout; ///< to a wait; arming again turns WaitObject0 into WaitTimeout
+    };
+    std::map<host::ChangeHandle, Handle> handles;  ///< the open ones, numbered from 1 and never reused
+    bool handlesRefused = false;                   ///< "no watch left"
+    std::function<bool(const ustring&)> refusesAt; ///< the same for some folders only
+    bool probeFilesRefused = false;                ///< "no write access"
+    bool probeFilesNotified = true;                ///< does writing one signal the handles on its folder?
+    std::vector<ustring> probeFiles;               ///< those written, by name
+    bool checking = false;                         ///< between BeginChangeChecks and EndChangeChecks
+
+    /// Lets all open handles on a folder answer @p answer from now on. @return how many there are.
+    int SetAnswer(const ustring& folder, std::uint32_t answer) {
+        int count = 0;
+        for (auto& [number, handle] : handles) {
+            if (handle.name == folder) {
+                handle.answer = answer;
+                ++count;
+            }
+        }
+        return count;
+    }
+    int Signal(const ustring& folder) { return SetAnswer(folder, host::WaitObject0); }
+    int Break(const ustring& folder) { return SetAnswer(folder, host::WaitFailed); }
 
     std::map<std::string, int> calls; ///< by name of the operation
 
@@ -61,7 +91,52 @@ class FakePlatform : public host::IPlatform {
         }
         return character;
     }
+    host::ChangeHandle FindFirstChangeNotification(const ustring& name, bool, std::uint32_t) override {
+        ++calls["FindFirstChangeNotification"];
+        if (handlesRefused || (refusesAt && refusesAt(name))) {
+            return host::InvalidChangeHandle;
+        }
+        handles[++m_lastHandle] = {name};
+        return m_lastHandle;
+    }
+    bool FindNextChangeNotification(host::ChangeHandle handle) override {
+        ++calls["FindNextChangeNotification"];
+        const auto found = handles.find(handle);
+        if (found != handles.end() && found->second.answer == host::WaitObject0) {
+            found->second.answer = host::WaitTimeout;
+        }
+        return found != handles.end();
+    }
+    bool FindCloseChangeNotification(host::ChangeHandle handle) override {
+        ++calls["FindCloseChangeNotification"];
+        return handles.erase(handle) == 1;
+    }
+    std::uint32_t WaitForSingleObject(host::ChangeHandle handle, std::uint32_t milliseconds) override {
+        ++calls[milliseconds == 0 ? "WaitForSingleObject" : "WaitForSingleObject with a time"];
+        const auto found = handles.find(handle);
+        return found == handles.end() ? host::WaitFailed : found->second.answer;
+    }
+    void BeginChangeChecks() override {
+        ++calls["BeginChangeChecks"];
+        checking = true;
+    }
+    void EndChangeChecks() override {
+        ++calls["EndChangeChecks"];
+        checking = false;
+    }
+    bool WriteProbeFile(const ustring& name, std::string_view) override {
+        ++calls["WriteProbeFile"];
+        if (probeFilesRefused) {
+            return false;
+        }
+        probeFiles.push_back(name);
+        if (probeFilesNotified) {
+            Signal(name.substr(0, name.find_last_of(u"\\/")));
+        }
+        return true;
+    }
 
   private:
     host::IPlatform* m_previous;
+    host::ChangeHandle m_lastHandle = 0;
 };
