@@ -212,7 +212,9 @@ void WriteAnswer(Output& output, const Options& options, const Answer& answer) {
         WriteWithReasons(output, answer, options.names.size() > 1);
     } else {
         output.Write(Shown(answer.candidates.front().path) + "\n");
-        NoteCurrentDirectory(answer);
+        const bool staysInFolder = options.scope == Scope::Private || options.scope == Scope::Dir;
+        if (!staysInFolder)
+            NoteCurrentDirectory(answer);
     }
 }
 
