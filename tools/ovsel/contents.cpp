@@ -12,6 +12,7 @@ namespace {
 
 using NameSet = std::unordered_set<ustring>;
 
+/// An empty name stands for every item, so the walk costs one step per entry and no look-up.
 Search EverythingIn(const ovDir& dir, ovExtensionList extensions) {
     return Search(ovCreateDirSearchIterator(dir, ustring(), extensions, ovCaseOfPath));
 }
@@ -23,11 +24,14 @@ NameSet FolderLinks(const ovDir& dir, const NameSet& files) {
     const auto listing = linux_host::ListDirectory(folder);
     if (!listing)
         return links;
+    // A root ends in its separator already.
     const ustring prefix = folder.back() == u'\\' ? folder : folder + u'\\';
     const char16_t* name = listing->names.c_str();
     for (const unsigned short word : listing->words) {
         ustring full = prefix + name;
         name += full.size() - prefix.size() + 1;
+        // Only where the system told no kind is there anything to ask, so an ordinary folder costs no
+        // question.
         if (word == 0 && files.count(full) != 0 && linux_host::DirectoryExists(full))
             links.insert(std::move(full));
     }
@@ -42,6 +46,7 @@ void ReadFilesAndSubFolders(const Session& session, const ovDir& dir, Contents& 
         if (links.count(file) == 0)
             contents.files.push_back(std::move(file));
 
+    // Special folders keep no plain sub-folders; showing a link to one there would be inconsistent.
     const bool showsSubFolders = ovIsSameDir(dir, ovGetPathDir(dir));
     if (!showsSubFolders)
         return;
@@ -73,7 +78,7 @@ Contents ReadContents(const Session& session, const ovDir& dir) {
         case ovDirTypeClass:
             contents.classes.push_back(*child);
             break;
-        default:
+        default: // a folder holds nothing else that has a record
             contents.privateFolder = *child;
             break;
         }
@@ -83,6 +88,7 @@ Contents ReadContents(const Session& session, const ovDir& dir) {
 
 std::vector<ovDir> FoldersBelow(const ovDir& dir) {
     std::vector<ovDir> folders = {dir};
+    // The list grows while it is walked, level by level; an index stays good where an iterator would not.
     for (std::size_t i = 0; i < folders.size(); ++i)
         for (Search search = EverythingIn(folders[i], nullptr); auto child = search.NextDir();)
             folders.push_back(*child);

@@ -8,8 +8,9 @@
 namespace tool {
 namespace {
 
+/// The figures of one line. Special folders count at any depth, files and sub-folders only directly inside.
 struct Counts {
-    std::size_t files = 0; ///< directly in the folder
+    std::size_t files = 0;
     std::size_t classes = 0;
     std::size_t packages = 0;
     std::size_t privateFiles = 0;
@@ -45,6 +46,7 @@ Counts CountIn(const Session& session, const ovDir& dir) {
     return counts;
 }
 
+/// The names of the fields are promised in the help; the words of the table are not.
 Json ToJson(const Counts& counts) {
     return {{"files", counts.files},
             {"classes", counts.classes},
@@ -53,6 +55,7 @@ Json ToJson(const Counts& counts) {
             {"subfolders", counts.subFolders}};
 }
 
+/// The folder stands last, so that its length and odd characters cannot move a column.
 std::string Line(const std::string& position, const char* kind, const Counts& counts,
                  const std::string& folder) {
     return fmt::format("{:>4}  {:<17} {:>7} {:>7} {:>8} {:>13} {:>11}  {}\n", position, kind, counts.files,
@@ -75,6 +78,7 @@ int RunDirs(Session& session, Output& output) {
         const bool isHidden = position == 0 && ovIsCWDHidden(session.Path());
         const std::string name = output.InForm(ovGetDirName(dir));
         if (output.IsNul()) {
+            // A script that takes these names for a path must not get a folder that plays no part in it.
             if (!isHidden)
                 output.WriteRecord(name);
             continue;
@@ -82,6 +86,7 @@ int RunDirs(Session& session, Output& output) {
         const Counts counts = CountIn(session, dir);
         totals += counts;
         if (isTable) {
+            // A hidden current directory keeps its line: that it is hidden may be what one is looking for.
             const char* kind = isHidden ? "hidden directory" : position == 0 ? "current directory" : "path";
             output.Write(Line(std::to_string(position), kind, counts, Shown(name)));
             continue;

@@ -7,6 +7,7 @@
 namespace tool {
 namespace {
 
+/// Memory may be what the tool ran out of, so that even the message may fail to be put together.
 int Report(ExitStatus status, const char* kind, const char* text) noexcept {
     try {
         Complain(std::string(kind) + text);
@@ -21,8 +22,9 @@ int Report(ExitStatus status, const char* kind, const char* text) noexcept {
 int Guard(const std::function<int()>& work) noexcept {
     try {
         return work();
+        // The order matters: each class before its base.
     } catch (const ReaderGone&) {
-        return ExitFound;
+        return ExitFound; // `head` has all it wanted
     } catch (const UsageError& error) {
         return Report(ExitUsage, "", error.what());
     } catch (const EnvironmentError& error) {

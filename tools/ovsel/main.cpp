@@ -8,6 +8,7 @@
 
 namespace {
 
+/// A new command needs a value of Command, a line here, and its options in AddCommands.
 int Answer(const tool::Options& options, tool::Session& session, tool::Output& output) {
     switch (options.command) {
     case tool::Command::Which:
@@ -24,6 +25,8 @@ int Run(int argc, const char* const* argv) {
     tool::Options options;
     if (const auto done = tool::ParseOptions(argc, argv, options))
         return *done;
+    // The session outlives the output, because it is asked until the last name is written; the statistics
+    // come last, behind the answer even where both streams lead to one terminal.
     tool::Session session(options);
     tool::Output output(options);
     const int status = Answer(options, session, output);

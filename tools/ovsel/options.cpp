@@ -79,7 +79,8 @@ const Choices<linux_host::DriveMap::Kind> MountKinds = {{"fixed", linux_host::Dr
                                                         {"remote", linux_host::DriveMap::Kind::Remote},
                                                         {"detect", linux_host::DriveMap::Kind::Detect}};
 
-/// An option that takes one of a few words.
+/// An option that takes one of a few words. CLI11 has checks of its own, but their messages repeat the
+/// option's whole table and show a wrong word unquoted.
 template <class Value>
 CLI::Option* AddChoice(CLI::App& app, const std::string& name, Value& target, const Choices<Value>& choices,
                        const std::string& help) {
@@ -104,6 +105,8 @@ Mount ParseMount(const std::string& text) {
     if (equals == std::string::npos)
         throw UsageError(fmt::format("--mount: {} is not ROOT=FOLDER[:fixed|remote|detect]", Shown(text)));
     Mount mount{text.substr(0, equals), text.substr(equals + 1), linux_host::DriveMap::Kind::Detect};
+    // A folder with a colon in its name needs a kind behind it, which keeps the rule simple: the last one
+    // counts.
     const std::size_t colon = mount.folder.rfind(':');
     if (colon == std::string::npos)
         return mount;
@@ -120,6 +123,7 @@ std::optional<std::vector<std::string>> ParseExtensions(const std::string& list)
         return std::nullopt;
     if (std::any_of(list.begin(), list.end(), [](char c) { return static_cast<unsigned char>(c) > 127; }))
         throw UsageError("--ext: extensions are ASCII");
+    // Empty parts stay: the library takes an empty extension for "none".
     std::vector<std::string> extensions;
     for (std::size_t begin = 0;;) {
         const std::size_t end = std::min(list.find(',', begin), list.size());
@@ -188,6 +192,7 @@ void AddOutputOptions(CLI::App& app, Options& options) {
 }
 
 void AddCommands(CLI::App& app, Options& options) {
+    // fallthrough lets the common options stand behind the command as well as before it.
     const auto add = [&](const char* name, Command command, const char* help) {
         CLI::App* sub = app.add_subcommand(name, help);
         sub->callback([&options, command] { options.command = command; });
@@ -223,6 +228,7 @@ class Help : public CLI::Formatter {
     }
 };
 
+/// An unknown command is the likeliest slip, and CLI11 would only say that one is missing.
 int ReportParseError(const CLI::ParseError& error, const CLI::App& app) {
     const std::vector<std::string> rest = app.remaining();
     if (app.get_subcommands().empty() && !rest.empty()) {
@@ -245,6 +251,7 @@ void RefuseBrackets(const Options& options, int argc, const char* const* argv) {
             throw UsageError(fmt::format("a NAME in brackets, [{}], needs its extension", Shown(name)));
 }
 
+/// What is wrong only in combination, or would be answered with something that nobody asked for.
 void CheckTogether(const Options& options) {
     if (options.json && options.nul)
         throw UsageError("--json and -0 exclude each other");
@@ -274,6 +281,7 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, Options& opti
     }
     RefuseBrackets(options, argc, argv);
     CheckTogether(options);
+    // Read last: a wrong command line is wrong in any environment.
     if (const char* path = std::getenv("OVSEL_PATH"))
         options.environmentPath = path;
     return std::nullopt;

@@ -20,6 +20,8 @@ namespace {
 ustring ToUnits(std::string_view text) { return fl::i18n::codecvt_narrow_string_to_ustring{}(text); }
 std::string ToBytes(const ustring& text) { return fl::i18n::codecvt_ustring_to_narrow_string{}(text); }
 
+/// A byte that is not UTF-8 travels as a low surrogate without its partner; that is also how it is
+/// recognised.
 bool IsHigh(char16_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
 bool IsLow(char16_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
 
@@ -42,6 +44,7 @@ bool IsDangerous(char16_t unit) {
            (unit >= 0x2066 && unit <= 0x2069) || unit == 0xFEFF;
 }
 
+/// Bytes rather than code points, since that is what every shell understands between `$'` and `'`.
 std::string EscapedUnit(char16_t unit) {
     switch (unit) {
     case u'\n':
@@ -61,6 +64,7 @@ std::string EscapedUnit(char16_t unit) {
 
 /// @param quotable also escape what would end or change a `$'...'`.
 std::string Escaped(const ustring& text, bool quotable, bool& changed) {
+    // Harmless text is gathered and converted in one go: pairs of surrogates must stay together.
     std::string result;
     ustring plain;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -78,6 +82,7 @@ std::string Escaped(const ustring& text, bool quotable, bool& changed) {
     return result + ToBytes(plain);
 }
 
+/// With padding, so that any decoder takes it.
 std::string Base64(std::string_view bytes) {
     static constexpr char Digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string result;
@@ -91,6 +96,8 @@ std::string Base64(std::string_view bytes) {
     return result;
 }
 
+/// --color stands above the environment, and NO_COLOR above the terminal; an empty NO_COLOR counts as not
+/// set.
 bool WantsColors(ColorWhen when) {
     if (when != ColorWhen::Auto)
         return when == ColorWhen::Always;
@@ -143,6 +150,7 @@ std::string Harmless(std::string_view message) {
     return Escaped(ToUnits(message), false, changed);
 }
 
+// One call per line, so that lines of several processes on one terminal do not mix.
 void Complain(const std::string& message) { fmt::print(stderr, "ovsel: {}\n", Harmless(message)); }
 
 Json JsonName(std::string_view name) {
@@ -162,6 +170,7 @@ std::string Output::InForm(const ustring& name) const {
     if (m_form == Form::Native)
         if (auto path = linux_host::DriveMap::ToPath(name))
             return *path;
+    // A name below no mapped root has no path, and its own form is better than nothing.
     return ToBytes(name);
 }
 
@@ -177,6 +186,7 @@ void Output::Write(std::string_view text) {
 
 void Output::WriteRecord(const std::string& name) { Write(name + '\0'); }
 
+// Indented: people read it too, and programs do not mind.
 void Output::WriteJson(const Json& document) { Write(document.dump(2) + '\n'); }
 
 void Output::Finish() {
@@ -185,6 +195,7 @@ void Output::Finish() {
 }
 
 void Output::Fail() const {
+    // Reached only where SIGPIPE is ignored; otherwise the signal has ended the tool already.
     if (errno == EPIPE)
         throw ReaderGone();
     throw EnvironmentError(std::string("standard output cannot be written: ") + std::strerror(errno));

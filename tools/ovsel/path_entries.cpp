@@ -24,6 +24,7 @@ namespace {
 
 bool IsSeparator(char c) { return c == '\\' || c == '/'; }
 
+/// Spelling alone cannot tell `C:\a` from a POSIX name, but nobody means a relative folder called `C:`.
 bool HasSystemRoot(std::string_view text) {
     const bool isDrive = text.size() >= 3 && ((text[0] | 0x20) >= 'a' && (text[0] | 0x20) <= 'z') &&
                          text[1] == ':' && IsSeparator(text[2]);
@@ -61,6 +62,8 @@ std::vector<std::string> PlainSubFolders(const std::string& folder) {
     return names;
 }
 
+/// In the order of a sorted recursive walk, parents first. It keeps a list of its own instead of calling
+/// itself, since the depth of a foreign tree is nobody's choice.
 void AddWithSubFolders(const std::string& folder, std::vector<PathEntry>& entries) {
     std::vector<std::string> pending = {folder};
     while (!pending.empty()) {
@@ -68,11 +71,13 @@ void AddWithSubFolders(const std::string& folder, std::vector<PathEntry>& entrie
         pending.pop_back();
         entries.push_back({next, next});
         const std::vector<std::string> names = PlainSubFolders(next);
+        // Taken from the back: the first name goes in last.
         for (auto name = names.rbegin(); name != names.rend(); ++name)
             pending.push_back(next == "/" ? next + *name : next + "/" + *name);
     }
 }
 
+/// Empty parts are dropped: `a::b` means two folders, and an empty one is never the current directory.
 std::vector<std::string> Split(const std::string& text, char separator) {
     std::vector<std::string> parts;
     for (std::size_t begin = 0; begin < text.size();) {
@@ -94,7 +99,7 @@ std::string ReadWhole(const std::string& file) {
     in.peek();
     if (in.bad() || (!isStandardInput && !opened.is_open()))
         throw EnvironmentError(fmt::format("--path-file {}: {}", Shown(file), std::strerror(errno)));
-    in.clear();
+    in.clear(); // an empty list is a list: peek has met its end
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
@@ -102,6 +107,7 @@ std::vector<std::string> ReadList(const std::string& file, bool nulSeparated) {
     const std::string text = ReadWhole(file);
     if (nulSeparated)
         return Split(text, '\0');
+    // Taken as lines, such a list would name folders that nobody has written down.
     if (text.find('\0') != std::string::npos)
         throw UsageError(
             fmt::format("--path-file {}: there is a NUL in it; -0 reads such lists", Shown(file)));
@@ -117,6 +123,7 @@ std::string AbsolutePath(const std::string& text) {
     if (HasSystemRoot(text))
         if (auto path = PathOfSystemName(text))
             return AbsolutePath(*path);
+    // The library keeps an absolute name as it is given, so that `a` and `a/` would be two folders to it.
     fs::path path = text;
     if (path.is_relative()) {
         std::error_code error;
@@ -142,6 +149,7 @@ std::optional<ustring> LibraryName(const std::string& path) {
 std::vector<PathEntry> CollectPathEntries(const Options& options) {
     std::vector<PathEntry> entries;
     const auto add = [&](const std::string& folder) { entries.push_back({folder, AbsolutePath(folder)}); };
+    // A name given twice may stand twice: the library takes the first and is silent about the second.
     for (const PathSource& source : options.sources) {
         switch (source.kind) {
         case PathSource::Kind::Folder:

@@ -9,6 +9,8 @@
 namespace tool {
 namespace {
 
+/// The kind of the folder tells the rank: each stage of a search looks at one kind only, and a private folder
+/// is the asker's own exactly if it lies in the asker's folder.
 Rank RankOf(const Session& session, const ovDir& dir, bool constructorsOnly) {
     switch (ovGetDirType(dir)) {
     case ovDirTypeCWD:
@@ -37,6 +39,7 @@ std::string NameBelowPath(const ovDir& dir) {
     return Shown(shown);
 }
 
+/// Positions are the library's own: 0 is kept for the current directory, the path begins at 1.
 std::string Location(std::size_t position) {
     return position == 0 ? "the current directory" : fmt::format("path position {}", position);
 }
@@ -45,6 +48,7 @@ std::string Text(Rank rank, std::size_t position, const ovDir& dir) {
     switch (rank) {
     case Rank::OwnPrivate:
         return "own private folder";
+    // A file of a class folder that bears the class's name: the name is said again, since that is the reason.
     case Rank::Constructor: {
         const std::string name = fl::i18n::codecvt_ustring_to_narrow_string{}(ovGetBaseDirName(dir));
         return fmt::format("constructor ({}/{}) in {}", NameBelowPath(dir), Shown(name), Location(position));
@@ -65,6 +69,7 @@ std::string Text(Rank rank, std::size_t position, const ovDir& dir) {
 
 } // namespace
 
+// Scripts compare these words: they are promised in the help and do not change with the texts above.
 const char* Reason::Code() const {
     switch (rank) {
     case Rank::OwnPrivate:

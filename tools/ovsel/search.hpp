@@ -6,7 +6,8 @@
 
 namespace tool {
 
-/// Owns one search of the library.
+/// Owns one search of the library and walks it. Like any search it must end before the path changes, and the
+/// tool's paths never do once they are loaded.
 class Search {
   public:
     struct File {
@@ -15,6 +16,7 @@ class Search {
         int match; ///< as ovFindNextFile answers
     };
 
+    /// Takes over what an ovCreate...SearchIterator function gave.
     explicit Search(ovSearch* search) : m_search(search) {}
     ~Search() { ovDestroySearch(&m_search); }
     Search(const Search&) = delete;
@@ -23,6 +25,7 @@ class Search {
     std::optional<File> NextFile() { return Next(ovFindNextFile); }
     /// The next file or plain sub-folder.
     std::optional<File> NextUnspecified() { return Next(ovFindNextUnspecified); }
+    /// The next class, package, private or path folder.
     std::optional<ovDir> NextDir() {
         ovDir dir;
         return ovFindNextDir(m_search, &dir) ? std::optional<ovDir>(dir) : std::nullopt;

@@ -56,6 +56,7 @@ double Milliseconds(std::chrono::steady_clock::duration duration) {
     return std::chrono::duration<double, std::milli>(duration).count();
 }
 
+/// Before the path is created, because a drive map must not change under a path.
 void ApplyMounts(const std::vector<Mount>& mounts) {
     for (const Mount& mount : mounts) {
         const ustring root = fl::i18n::to_ustring(mount.root.c_str());
@@ -65,6 +66,7 @@ void ApplyMounts(const std::vector<Mount>& mounts) {
     }
 }
 
+/// Of every extension: the figure says how much was read, not how much was asked for.
 std::size_t CountFiles(const std::vector<ovDir>& folders) {
     std::size_t count = 0;
     for (const ovDir& folder : folders)
@@ -78,13 +80,16 @@ std::size_t CountFiles(const std::vector<ovDir>& folders) {
 Session::Session(const Options& options) : m_anyExtension(!options.extensions) {
     if (options.extensions)
         m_extensions = *options.extensions;
+    // The list that the library takes holds pointers into m_extensions, which does not change any more.
     for (const std::string& extension : m_extensions)
         m_extensionList.push_back(extension.c_str());
     m_extensionList.push_back(nullptr);
 
+    // Standard output is for the answer alone, also where the library prints by itself.
     linux_host::SetPrintSink([](std::string_view text) { Complain(std::string(text)); });
     ApplyMounts(options.mounts);
     linux_hooks::InstallDefaultHooks();
+    // The third hook carries diagnostics of change detection; a tool that looks once has no use for them.
     ovSetMessageFcns(PrintMessage, PrintMessage, nullptr);
     m_path = ovCreatePathWithPreFrozen(0, "ovsel", static_cast<const char16_t*>(nullptr),
                                        options.ignoreCase ? ovCaseInsensitive : ovCaseSensitive, true);
@@ -107,6 +112,7 @@ Session::Session(const Options& options) : m_anyExtension(!options.extensions) {
 }
 
 Session::~Session() {
+    // Handles on folders stay safe without their path; they go first so that the path is the last to go.
     m_folders.clear();
     m_askerFolder = ovDir();
     ovRemovePath(m_path);
@@ -120,6 +126,7 @@ void Session::SetCurrentDirectory(const Options& options) {
         if (failure != nullptr)
             throw EnvironmentError(fmt::format("--cwd {}: {}", Shown(*options.cwd), failure));
     }
+    // Hiding empties the record that is there, so it comes after the change and not before.
     bool hide = options.hideCwd;
     if (ovGetCWDName(m_path).empty()) {
         StandInForCurrentDirectory(options);
@@ -153,6 +160,7 @@ void Session::AddFolders(const std::vector<PathEntry>& entries) {
     }
     g_subject.clear();
 
+    // A null record in return says either "rejected" or "known already"; the walk tells what is really there.
     const ovDir end = ovGetNullDir(m_path);
     for (ovDir dir = ovGetNextPathDir(end); dir != end; dir = ovGetNextPathDir(dir)) {
         m_positions[*dir] = m_folders.size();
@@ -164,6 +172,7 @@ void Session::AddFolders(const std::vector<PathEntry>& entries) {
 
 void Session::SetAsker(const std::string& file) {
     const std::string path = AbsolutePath(file);
+    // The file need not exist: only its folder plays a part in the answer.
     const std::size_t slash = path.rfind('/');
     if (const auto folder = linux_host::DriveMap::ToName(path.substr(0, slash == 0 ? 1 : slash)))
         m_askerFolderName = *folder;
@@ -172,6 +181,7 @@ void Session::SetAsker(const std::string& file) {
 std::size_t Session::PositionOf(const ovDir& dir) const { return m_positions.at(*ovGetPathDir(dir)); }
 
 void Session::PrintStats() const {
+    // Taken before the files are counted, which is no part of the answer.
     const auto answered = Clock::now();
     const linux_host::Counters now = linux_host::GetCounters();
     Complain(

@@ -41,6 +41,7 @@ class Session {
     void PrintStats() const;
 
   private:
+    /// @throws EnvironmentError when the directory of --cwd is refused.
     void SetCurrentDirectory(const Options& options);
     void StandInForCurrentDirectory(const Options& options);
     void AddFolders(const std::vector<PathEntry>& entries);
@@ -53,6 +54,7 @@ class Session {
     bool m_anyExtension;
     ovPath m_path;
     std::vector<ovDir> m_folders;
+    /// By record, as long as m_folders holds the handles.
     std::unordered_map<const PathAllDirItemInfo*, std::size_t> m_positions;
     ustring m_askerFolderName;
     ovDir m_askerFolder;

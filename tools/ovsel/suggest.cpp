@@ -12,6 +12,7 @@ constexpr std::size_t MaximumSuggestions = 3;
 
 /// Two swapped neighbours count as one edit, since that is the commonest slip of all.
 std::size_t EditDistance(std::string_view a, std::string_view b) {
+    // Three rows of the usual table are enough: a swap looks back two rows, everything else one.
     std::vector<std::size_t> before(b.size() + 1), last(b.size() + 1), row(b.size() + 1);
     for (std::size_t j = 0; j <= b.size(); ++j)
         last[j] = j;
@@ -34,8 +35,10 @@ std::size_t EditDistance(std::string_view a, std::string_view b) {
 std::vector<std::string> ClosestNames(std::string_view name, const std::vector<std::string>& known) {
     // Two edits make anything out of a name of two letters.
     const std::size_t limit = name.size() <= 3 ? 1 : 2;
+    // Ordered by distance and then by name, and a name that stands in many folders enters once.
     std::set<std::pair<std::size_t, std::string_view>> near;
     for (const std::string& candidate : known) {
+        // The lengths alone rule most names out, which keeps a miss on a long path cheap.
         if (std::max(candidate.size(), name.size()) - std::min(candidate.size(), name.size()) > limit)
             continue;
         if (const std::size_t distance = EditDistance(name, candidate); distance <= limit)

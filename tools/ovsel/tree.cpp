@@ -8,6 +8,7 @@
 namespace tool {
 namespace {
 
+/// What stands in front of an entry: its own branch, and below it the trunk of its parent or nothing.
 struct Branches {
     const char* middle;
     const char* last;
@@ -26,6 +27,7 @@ struct Entry {
     bool isFolder;
 };
 
+/// In the order of the drawing: what has a name of its own first, what only leads on last.
 std::vector<Entry> EntriesOf(const Contents& contents) {
     std::vector<Entry> entries;
     const auto add = [&](const ovDir& dir, Style style) {
@@ -44,6 +46,8 @@ std::vector<Entry> EntriesOf(const Contents& contents) {
     return entries;
 }
 
+/// Walks one folder of the path and writes while it walks, so that the first lines of a long path come at
+/// once. JSON is one document and has to be put together first.
 class TreeWriter {
   public:
     TreeWriter(const Options& options, const Session& session, Output& output)
@@ -61,6 +65,7 @@ class TreeWriter {
         DrawBelow(dir, "", 0);
     }
 
+    /// Where --depth cuts, the fields are missing rather than empty: nothing is known of them.
     Json Describe(const ovDir& dir, unsigned level) const {
         Json json{{"path", JsonName(m_output.InForm(ovGetDirName(dir)))}};
         if (level == m_depth)
@@ -76,6 +81,7 @@ class TreeWriter {
     }
 
   private:
+    /// As deep as the folders are nested, which the length of a path name limits.
     void DrawBelow(const ovDir& dir, const std::string& indent, unsigned level) {
         if (level == m_depth)
             return;
@@ -92,6 +98,7 @@ class TreeWriter {
         const std::string name = m_output.InForm(entry.name);
         if (m_output.IsNul())
             return m_output.WriteRecord(name);
+        // In the system's form `\\` separates, in POSIX paths no name on the path holds one.
         const std::string leaf = name.substr(name.find_last_of("/\\") + 1);
         m_output.Write(branch + m_output.Paint(entry.style, Shown(leaf)) + (entry.isFolder ? "/" : "") +
                        "\n");
@@ -125,6 +132,7 @@ int RunTree(const Options& options, Session& session, Output& output) {
     for (std::size_t position = 0; position < session.Folders().size(); ++position) {
         const ovDir& dir = session.Folders()[position];
         const bool isHidden = position == 0 && ovIsCWDHidden(session.Path());
+        // Hidden it holds nothing, and drawing it would say that the folder is empty.
         if (isHidden)
             continue;
         if (!output.IsJson()) {

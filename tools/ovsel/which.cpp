@@ -15,6 +15,7 @@
 namespace tool {
 namespace {
 
+/// One result, in the form in which it is shown.
 struct Candidate {
     std::string path;
     std::string folder;
@@ -34,6 +35,7 @@ std::string ToBytes(const ustring& text) { return fl::i18n::codecvt_ustring_to_n
 
 bool IsQualified(const std::string& name) { return name.find_first_of("/\\") != std::string::npos; }
 
+/// The library's search for a scope. Extensions are given apart, since folders are looked for without any.
 Search Find(const Session& session, Scope scope, const ustring& name, ovExtensionList extensions) {
     const ovPath& path = session.Path();
     switch (scope) {
@@ -74,6 +76,8 @@ std::string Qualifier(const ovDir& dir) {
     return qualifier;
 }
 
+/// A search for every item passes over packages, which only a qualified name can reach; so their folders are
+/// walked here.
 std::vector<std::string> QualifiedNames(const Session& session, const std::string& like) {
     std::vector<std::string> known;
     for (const ovDir& folder : session.Folders()) {
@@ -101,6 +105,7 @@ std::vector<std::string> SuggestionsFor(const Session& session, const Options& o
     return ClosestNames(name, known);
 }
 
+/// A name that exists but cannot be seen is the commonest riddle: say that it is there.
 std::size_t CountAnywhere(const Session& session, const std::string& name) {
     std::size_t count = 0;
     for (Search search = Find(session, Scope::All, ToUnits(name), session.Extensions()); search.NextFile();)
@@ -111,6 +116,7 @@ std::size_t CountAnywhere(const Session& session, const std::string& name) {
 Answer Ask(const Session& session, const Options& options, const Output& output, const std::string& name) {
     Answer answer;
     answer.query = name;
+    // A qualified name is looked up everywhere, whatever the scope, and then finds more of a class than that.
     const bool constructorsOnly = options.scope == Scope::Visible && !options.dirs && !IsQualified(name);
     const auto take = [&](const ovDir& dir, const ustring& found, int match) {
         answer.candidates.push_back({output.InForm(found), output.InForm(ovGetDirName(dir)), match,
@@ -130,6 +136,7 @@ Answer Ask(const Session& session, const Options& options, const Output& output,
          auto file = search.NextFile();)
         if (!take(file->folder, file->name, file->match))
             break;
+    // Looking for the near misses costs a walk over the path, which only a miss has to pay.
     if (answer.candidates.empty()) {
         answer.suggestions = SuggestionsFor(session, options, name);
         answer.outOfSight = CountAnywhere(session, name);
@@ -166,6 +173,7 @@ Json ToJson(const Answer& answer, bool all) {
     return json;
 }
 
+/// Reasons are ASCII and stand before the paths: they can be aligned by counting bytes, paths cannot.
 void WriteWithReasons(Output& output, const Answer& answer, bool underHeading) {
     if (underHeading)
         output.Write(output.Paint(Style::Heading, Shown(answer.query)) + "\n");
@@ -212,6 +220,7 @@ void WriteAnswer(Output& output, const Options& options, const Answer& answer) {
         WriteWithReasons(output, answer, options.names.size() > 1);
     } else {
         output.Write(Shown(answer.candidates.front().path) + "\n");
+        // Where one folder was asked for by name, nothing was decided by where the caller stands.
         const bool staysInFolder = options.scope == Scope::Private || options.scope == Scope::Dir;
         if (!staysInFolder)
             NoteCurrentDirectory(answer);
@@ -221,6 +230,7 @@ void WriteAnswer(Output& output, const Options& options, const Answer& answer) {
 } // namespace
 
 int RunWhich(const Options& options, Session& session, Output& output) {
+    // All names are answered even if the first is missing: the status is one, the lines are many.
     bool allFound = true;
     Json answers = Json::array();
     for (const std::string& name : options.names) {
