@@ -60,6 +60,8 @@ class OVSEL_API ovPath {
     /// Lets go of the old path, becomes null, and then takes what @p other holds at that moment.
     void copy(const ovPath& other);
 
+    bool operator==(const ovPath& other) const { return m_manager == other.m_manager; }
+    bool operator!=(const ovPath& other) const { return m_manager != other.m_manager; }
     bool operator==(const IPathManager* manager) const { return m_manager == manager; }
     bool operator!=(const IPathManager* manager) const { return m_manager != manager; }
 

@@ -21,7 +21,8 @@ enum ovEventType : std::uint32_t {
     ovEventPathReplaceEnd = 6,    ///< none
     ovEventCWDChangeEnd = 7,      ///< none
     ovEventRefreshEnd = 8,        ///< as for ovEventRefreshBegin
-    ovEventPathRemoved = 9        ///< none: the path still answers; nothing more is told afterwards
+    ovEventPathRemoved = 9 ///< none; a handle on the path that is taken now must not be kept: the path still
+                           ///< answers; nothing more is told afterwards
 };
 
 /// The token of a registration. It keeps the path's memory alive as long as it exists.

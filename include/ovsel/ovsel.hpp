@@ -27,6 +27,7 @@
 /// Nothing here looks at the disk behind the host's back, starts a thread, or locks: a path and all its
 /// handles belong to one thread at a time.
 
+#include <ovsel/classfiles.hpp>
 #include <ovsel/cwd.hpp>
 #include <ovsel/cwdevent.hpp>
 #include <ovsel/handles.hpp>
@@ -35,4 +36,7 @@
 #include <ovsel/names.hpp>
 #include <ovsel/pathlist.hpp>
 #include <ovsel/paths.hpp>
+#include <ovsel/refresh.hpp>
+#include <ovsel/refreshpolicy.hpp>
 #include <ovsel/search.hpp>
+#include <ovsel/timestamps.hpp>

@@ -2,8 +2,14 @@
 
 #include <cstdint>
 
+#include <ovsel/export.hpp>
+#include <ovsel/handles.hpp>
+
 /// @file
-/// How directories that the operating system does not report on are checked for changes.
+/// How directories are checked for changes when the operating system does not report on them.
+///
+/// Every directory that is not frozen asks for a notification handle when it is read. One that gets none is
+/// checked by a policy: local directories are read again at each refresh; remote ones by what is set here.
 
 /// How a directory is checked.
 enum ovRefreshPolicy : std::uint32_t {
@@ -21,3 +27,18 @@ enum ovWarnInvalidCNH : std::uint32_t {
     ovWarnCNHOnce = 1, ///< once for each file system
     ovWarnCNHAlways = 2
 };
+
+/// Sets the policy of a remote current directory that has no notification handle.
+/// @param policy ovRefreshNotified changes nothing and only asks.
+/// @return the policy that held so far.
+/// @pre @p path is a path in service.
+OVSEL_API ovRefreshPolicy ovNonNotifiedRemoteCWDRefreshPolicy(ovPath path, ovRefreshPolicy policy);
+
+/// The same for all other remote directories, those that are there already included. Prints "asserted here"
+/// on a null or removed path, which must not be given.
+OVSEL_API ovRefreshPolicy ovNonNotifiedRemotePathRefreshPolicy(ovPath path, ovRefreshPolicy policy);
+
+/// Sets when a directory without a handle is worth a warning through the warning hook. There is no value for
+/// a pure question.
+/// @return the mode that held so far.
+OVSEL_API ovWarnInvalidCNH ovSetNotificationHandleWarnings(ovPath path, ovWarnInvalidCNH mode);

@@ -82,8 +82,8 @@ OVSEL_API int ovFindNextFile(ovSearch* search, ovDir* dir, char* name);
 /// for (int match; (match = ovFindNextFileBounded(search, &dir, other)) != 0;)
 ///     if (match < best) { best = match; name = other; }
 /// @endcode
-/// A search without a name ends such a walk with a null record in @p dir but returns the rank of the file that it
-/// holds back; test the directory there.
+/// A search without a name ends such a walk with a null record in @p dir but returns the rank of the file
+/// that it holds back; test the directory there.
 /// @pre @p dir is not null.
 OVSEL_API int ovFindNextFileBounded(ovSearch* search, ovDir* dir, ustring& name);
 OVSEL_API int ovFindNextFileBounded(ovSearch* search, ovDir* dir, char* name);

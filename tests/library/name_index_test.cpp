@@ -128,7 +128,7 @@ TEST_F(NameIndex, StaysInPathOrderThroughEveryChangeOfThePath) {
     // A file that appears later stands in front of its directory's older ones.
     disk.Put("C:\\A", "f.sv f.p f.new");
     const ovDir a = Find("C:\\A");
-    a->Reload({2, false, false});
+    a->Reload({ovRefreshReload, false, false});
     a->GetPathDir()->PlacePendingItems();
     EXPECT_EQ("-1 C:\\E\\f.p | -1 C:\\E\\f.sv | -1 C:\\B\\f.p | -1 C:\\B\\f.sv | "
               "-1 C:\\A\\f.new | -1 C:\\A\\f.p | -1 C:\\A\\f.sv | -1 C:\\D\\f.p | -1 C:\\D\\f.sv",

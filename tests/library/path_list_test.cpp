@@ -169,6 +169,11 @@ TEST_F(PathList, FindsRecordsByFullNameUnderThePathsRule) {
     EXPECT_EQ(-1, type(u"C:\\A\\C", ovDirTypeClass)) << "the sentinel is needed";
     EXPECT_EQ(static_cast<int>(ItemClass::PackageDir), type(u"C:\\A\\+p", ovDirTypePackage));
     EXPECT_EQ(-1, type(u"C:\\A\\+p", static_cast<ovDirType>(7)));
+    EXPECT_EQ(-1, type(u"C:\\A", ovDirTypePrivate));
+    disk.Put("C:\\B", "private/");
+    const ovDir b = ovAddDir(blind, "C:\\B", ovDirAddAtEnd);
+    EXPECT_EQ(b->GetPrivateDir(), blind->FindDirFullName(u"C:\\B\\PRIVATE", ovDirTypePrivate))
+        << "asked for by type, the leaf is not looked at";
 }
 
 TEST_F(PathList, HoldsTheCurrentDirectoryASecondTime) {

@@ -173,7 +173,6 @@ TEST_F(Paths, ShareARowForEachFileSystem) {
 }
 
 TEST_F(Paths, PutANameWithoutRootOnTheRowOfItsFullPath) {
-    FakePlatform platform;
     platform.fullPaths[u"ab"] = u"D:\\ab";
     PathDirItemInfo::Owner rooted(new PathDirItemInfo(*path, u"ab", u"ab", -1, ovDirTypePath));
     EXPECT_EQ(u"D:", path->GetFileSystemEntry(rooted->GetFileSystemIndex()).name);

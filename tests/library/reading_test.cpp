@@ -60,7 +60,6 @@ TEST_F(Reading, AsksTheDiskAboutSpecialNamesOnly) {
 
 TEST_F(Reading, TakesTheModeFromTheEnvironmentOnce) {
     // The mode of this process has been asked for long ago; that nothing asks again is what can be seen here.
-    FakePlatform platform;
     platform.environment["PATH_MGR_MODE"] = "vfs";
     EXPECT_FALSE(IsVFSMode());
     EXPECT_EQ(0, platform.calls["GetEnvironment"]);
@@ -81,7 +80,7 @@ class Records : public PathFixture {
     }
     std::string Reload(const ovDir& dir, const std::string& entries) {
         disk.Put(N(ovGetDirName(dir)), entries);
-        dir->Reload({2, false, false});
+        dir->Reload({ovRefreshReload, false, false});
         dir->GetPathDir()->PlacePendingItems();
         CheckIndex();
         return Contents(dir);
@@ -142,7 +141,7 @@ TEST_F(Records, SurviveReloadsAsTheSameObjectsInTheSameOrder) {
 
     EXPECT_EQ("C.sv", Reload(dir, "C.sv")) << "another spelling is another file";
     disk.dirs.erase("C:\\A");
-    dir->Reload({2, false, false});
+    dir->Reload({ovRefreshReload, false, false});
     EXPECT_EQ("", Contents(dir)) << "gone from the disk: empty, and still on the path";
     EXPECT_EQ("C:\\cwd; C:\\A", PathText(path));
 }

@@ -1,5 +1,7 @@
 #include "support/path_fixture.hpp"
 
+#include <utility>
+
 #include "ovsel/lookup/ovsearch.hpp"
 #include "ovsel/lookup/pathitemiterators.hpp"
 
@@ -286,6 +288,40 @@ TEST_F(PathFixture, SearchesLookAtAnAssumedFileOnce) {
     EXPECT_EQ("", Search(ovCreateAllSearchIterator(path, u"x", nullptr, ovCaseOfPath)).All());
     EXPECT_EQ(u"x", Find("C:\\B")->GetSubDirs().at(0)->GetName()) << "entered under the stem";
     CheckIndex();
+}
+
+TEST_F(PathFixture, SearchesSurviveLookUpsBesideThem) {
+    disk.Put("C:\\A", "foo.p foo? foo.sv bar? zoo.sv");
+    disk.Put("C:\\A\\foo", ""), disk.Put("C:\\A\\bar", "");
+    Add("C:\\A");
+    Search outer(ovCreateAllSearchIterator(path, u"foo", nullptr, ovCaseOfPath));
+    EXPECT_EQ("-1 C:\\A\\foo.sv", outer.Step());
+    ovDir dir;
+    ustring name;
+    EXPECT_EQ(0, ovFindFirstFileInAll(path, u"foo", Extensions{""}, &dir, name))
+        << "it is a directory after all";
+    EXPECT_EQ("-1 C:\\A\\foo.p", outer.Step())
+        << "what was next is passed over, and what is behind it is not";
+    Search all(ovCreatePathOnlySearchIterator(path, u"", nullptr, ovCaseOfPath));
+    for (const char* file : {"foo.p", "foo.sv", "bar"})
+        EXPECT_EQ("-1 C:\\A\\" + std::string(file), all.Step());
+    EXPECT_EQ(0, ovFindFirstFileInAll(path, u"bar", nullptr, &dir, name));
+    all.Step(&ovFindNextFileBounded);
+
+    static bool asks = true;
+    ovSetIOFcns(
+        path, nullptr, nullptr, nullptr,
+        [](ovPath asked, const ustring& full) {
+            ustring found;
+            if (std::exchange(asks, false))
+                ovFindFirstFileInAll(asked, u"x", nullptr, nullptr, found);
+            return FakeDisk::Exists(asked, full);
+        },
+        nullptr);
+    disk.Put("C:\\B", "x?"), disk.Put("C:\\B\\x", "");
+    Add("C:\\B");
+    EXPECT_EQ(0, ovFindFirstFileInAll(path, u"x", nullptr, &dir, name))
+        << "the hook looks the name up itself";
 }
 
 TEST_F(SearchFixture, DescribesItemsForAWriter) {

@@ -45,7 +45,9 @@ class FakeDisk {
     std::map<std::string, ovDirAccessibility> accessibility; ///< where it is not 1 or 4
     bool withAttributes = true;
     int listings = 0;
+    std::map<std::string, long> times; ///< any other name has none
     int existenceQueries = 0;
+    int timeQueries = 0;
     std::string lastQuery;
 
     static char16_t* Read(ovPath, const ustring& dirName, unsigned short** attributes) {
@@ -75,7 +77,11 @@ class FakeDisk {
         Get().lastQuery = Narrow(name);
         return Get().dirs.count(Get().lastQuery) != 0;
     }
-    static long FileTime(ovPath, const ustring&) { return 0; }
+    static long FileTime(ovPath, const ustring& name) {
+        ++Get().timeQueries;
+        const auto found = Get().times.find(Narrow(name));
+        return found == Get().times.end() ? 0 : found->second;
+    }
 
   private:
     static std::string Narrow(const ustring& name) {

@@ -6,6 +6,7 @@
 
 #include "host_interfaces/filesystem.hpp"
 #include "support/fake_disk.hpp"
+#include "support/fake_platform.hpp"
 #include "support/invariants.hpp"
 #include "support/texts.hpp"
 
@@ -81,6 +82,7 @@ class PathFixture : public testing::Test {
         return text;
     }
 
+    FakePlatform platform;
     FakeDisk& disk = FakeDisk::Get();
     ovPath owner;
     ovPath path;

@@ -18,6 +18,19 @@
 namespace {
 
 const char NoDirectorySpecified[] = "No directory specified";
+const char FailedToChange[] = "Failed to change current directory";
+
+/// Holds a flag up as long as it lives.
+class Raised {
+  public:
+    explicit Raised(bool& flag) : m_flag(flag) { m_flag = true; }
+    ~Raised() { m_flag = false; }
+    Raised(const Raised&) = delete;
+    Raised& operator=(const Raised&) = delete;
+
+  private:
+    bool& m_flag;
+};
 
 /// The text for the result of an accessibility test or of a change of the process's directory; null for
 /// success.
@@ -61,6 +74,8 @@ ustring ProcessDirectory() {
 } // namespace
 
 const char* PathInfo::SetCWD(const ustring& name) {
+    if (m_changingCWD)
+        return FailedToChange; // asked by a callback while the slot is empty
     ustring resolved;
     if (const char* error = ResolveCWDName(name, resolved))
         return error;
@@ -83,27 +98,46 @@ const char* PathInfo::ResolveCWDName(const ustring& name, ustring& resolved) con
         working = ProcessDirectory();
     resolved = fl::filesystem::make_native_form(working, true);
     if (resolved.empty())
-        return "Failed to change current directory";
+        return FailedToChange;
     return ErrorText(m_manager->GetDirAccessibility(resolved));
 }
 
 void PathInfo::InstallCWD(const ustring& name) {
-    const ustring leaf(FilePartOf(name));
     m_manager->NotifyInterests(m_manager->GetNullDir(), ovEventCWDChangeBegin);
+    if (!m_manager->IsValid())
+        return; // a callback has removed the path
+    const ovDir record(ReplaceCWD(name));
+    if (!*record)
+        return;
+    m_manager->NotifyInterests(*record, ovEventDirAdded);
+    m_manager->NotifyInterests(m_manager->GetNullDir(), ovEventCWDChangeEnd);
+}
+
+/// Ends the old record and reads the new one; null if a callback has removed the path meanwhile.
+PathDirItemInfo* PathInfo::ReplaceCWD(const ustring& name) {
+    const Raised changing(m_changingCWD);
     if (m_entries.empty())
         m_entries.push_back(nullptr);
     else if (m_entries.front())
         m_entries.front()->Destroy();
     m_entries.front() = nullptr;
-    m_entries.front() = new PathDirItemInfo(m_manager, name, leaf, 0, ovDirTypePath);
-    PathDirItemInfo* record = m_entries.front();
+    if (!m_manager->IsValid())
+        return nullptr;
+    auto* record = new PathDirItemInfo(m_manager, name, FilePartOf(name), 0, ovDirTypePath);
+    m_entries.front() = record;
     m_manager->RegisterDirRecord(record);
     record->SetPositionIn(this, 0);
-    record->Load(m_manager->GetFreezeAllAddedDirectories() || record->IsPreFrozen());
-    if (IsActive())
-        record->PlacePendingItems();
-    m_manager->NotifyInterests(record, ovEventDirAdded);
-    m_manager->NotifyInterests(m_manager->GetNullDir(), ovEventCWDChangeEnd);
+    const ovDir held(record);
+    try {
+        record->Load(m_manager->GetFreezeAllAddedDirectories() || record->IsPreFrozen());
+    } catch (...) {
+        record->PlacePendingItems(); // what has been read stays
+        throw;
+    }
+    if (!IsActive())
+        return nullptr;
+    record->PlacePendingItems();
+    return record;
 }
 
 const char* ovSetCWDName(ovPath path, const ustring& name) {
@@ -129,8 +163,10 @@ ustring ovGetCWDName(ovPath path) {
 }
 
 char* ovGetCWDName(ovPath path, char* buffer, unsigned size) {
+    if (size == 0)
+        return nullptr;
     const std::string name = fl::i18n::codecvt_ustring_to_narrow_string()(ovGetCWDName(path));
-    if (name.empty() || size == 0)
+    if (name.empty())
         return nullptr;
     const std::size_t length = std::min<std::size_t>(name.size(), size - 1);
     std::memcpy(buffer, name.data(), length);

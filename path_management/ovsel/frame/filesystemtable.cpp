@@ -4,7 +4,10 @@
 
 #include "ovsel/names/nameequality.hpp"
 
-FileSystemTable::FileSystemTable() : m_rows{{u"File System Array Header"}, {u"Unknown File System"}} {}
+FileSystemTable::FileSystemTable() : m_rows(2) {
+    m_rows[0].name = u"File System Array Header";
+    m_rows[UnknownRow].name = u"Unknown File System";
+}
 
 std::int32_t FileSystemTable::RowOf(const ustring& fileSystemName, bool caseSensitive) {
     const auto found = std::find_if(m_rows.begin() + 2, m_rows.end(), [&](const FileSystemEntry& row) {
@@ -12,7 +15,7 @@ std::int32_t FileSystemTable::RowOf(const ustring& fileSystemName, bool caseSens
     });
     const auto index = found - m_rows.begin();
     if (found == m_rows.end())
-        m_rows.push_back({fileSystemName});
+        m_rows.emplace_back().name = fileSystemName;
     return static_cast<std::int32_t>(index);
 }
 

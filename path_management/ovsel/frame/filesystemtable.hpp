@@ -5,9 +5,13 @@
 
 #include "host_interfaces/ustring.hpp"
 
-/// One drive or server on which directories of a path lie.
+/// One drive or server on which directories of a path lie, with what change detection has met there.
 struct FileSystemEntry {
     ustring name;
+    std::int32_t m_handlesObtained = 0; ///< ever; releasing one does not count back
+    std::int32_t m_handleFailures = 0;
+    std::int32_t m_warnings = 0; ///< as rationing counts them
+    std::uint32_t m_probeState = 0;
 };
 
 /// The file systems that a path has met. Row 0 is a header that nothing matches, row 1 takes directories

@@ -7,6 +7,7 @@
 
 #include <ovsel/hooks.hpp>
 #include <ovsel/interest.hpp>
+#include <ovsel/refresh.hpp>
 #include <ovsel/refreshpolicy.hpp>
 
 #include "host_interfaces/storage.hpp"
@@ -20,6 +21,7 @@ class PathDirItemInfo;
 class PathInfo;
 class PathItemInfo;
 class PathNameInfo;
+enum DirState : std::uint32_t;
 struct FileSystemEntry;
 
 /// Which path-level records a look-up by full name takes.
@@ -63,6 +65,9 @@ class IPathManager {
     virtual ovRefreshPolicy GetNonNotifiedPathRefreshPolicy() const = 0;
     virtual void SetNonNotifiedPathRefreshPolicy(ovRefreshPolicy policy) = 0;
     virtual ovRefreshPolicy GetNonNotifiedRemoteCWDRefreshPolicy() const = 0;
+    virtual void ApplyRefreshPolicyToPathEntry(int index, ovRefreshPolicy policy) = 0;
+    /// To every record but the null record, and to what lies below them.
+    virtual void ApplyRefreshPolicyToAllDirs(ovRefreshPolicy policy) = 0;
     virtual void SetNonNotifiedRemoteCWDRefreshPolicy(ovRefreshPolicy policy) = 0;
     virtual ovRefreshPolicy GetNonNotifiedRemotePathRefreshPolicy() const = 0;
     virtual int GetNotifiedDirCount() const = 0;
@@ -123,6 +128,9 @@ class IPathManager {
     /// Null at or past the end, and for the current-directory slot while that is empty. @pre index >= 0
     virtual PathDirItemInfo* GetPathEntry(int index) const = 0;
     virtual bool ReplacePath(const ustring& path) = 0;
+    virtual void RefreshAllDirectories(ovDirRefreshType type) = 0;
+    /// Marks every directory of the path as @p state, DirRecheck or DirChanged.
+    virtual void SetAllChanged(DirState state) = 0;
 
     virtual PathDirItemInfo* FindDirByIRI(const foundation::storage::vfs::AbsoluteIRI& location,
                                           DirScope scope) const = 0;
@@ -138,6 +146,12 @@ class IPathManager {
     virtual std::unique_ptr<IDirItemsIterator>
     CreateDirItemsIterator(const foundation::storage::vfs::AbsoluteIRI& location) = 0;
     virtual void SetDirItemsIteratorFactory(std::unique_ptr<IDirItemsIteratorFactory> factory) = 0;
+    /// Searches tell when they begin and end: an item that one of them takes away may be the next of another.
+    virtual void SearchBegins() = 0;
+    virtual void SearchEnds() = 0;
+    /// Deletes an unlinked item that no handle holds when the last search has ended; at once if there is
+    /// none.
+    virtual void DeleteAfterSearches(PathItemInfo* item) = 0;
     /// Makes a directory name absolute; a failure is reported as a warning, save for those that have no
     /// message.
     virtual void ResolveDirLocation(DirLocation& result, const ustring& name) = 0;

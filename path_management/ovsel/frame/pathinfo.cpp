@@ -15,7 +15,9 @@
 #include "ovsel/names/ovselconstants.hpp"
 #include "ovsel/names/pathnames.hpp"
 
-PathInfo::~PathInfo() {
+PathInfo::~PathInfo() { Clear(); }
+
+void PathInfo::Clear() {
     for (std::size_t i = m_entries.size(); i-- > 0;)
         if (m_entries[i])
             RemoveDir(m_entries[i]);
@@ -62,12 +64,17 @@ PathDirItemInfo* PathInfo::AddDir(const ustring& name, bool atBegin, bool freeze
     PathDirItemInfo::Owner record(
         new PathDirItemInfo(m_manager, location.fullName, leaf, position, ovDirTypePath));
     record->Load(freeze || record->IsPreFrozen());
+    if (!m_manager->IsValid())
+        return nullptr; // a callback has removed the path
 
     MakeRoom(m_entries);
     m_manager->RegisterDirRecord(record.get());
     Insert(record.get(), position);
     PathDirItemInfo* added = record.release();
+    const ovDir held(added);
     m_manager->NotifyInterests(added, ovEventDirAdded);
+    if (added->GetPositionIn(this) < 0)
+        return nullptr; // whoever was told has removed it
     if (IsActive())
         added->PlacePendingItems();
     return added;
@@ -81,8 +88,9 @@ void PathInfo::Insert(PathDirItemInfo* record, int position) {
 }
 
 void PathInfo::RemoveDir(PathDirItemInfo* record) {
-    if (record->IsBeingDestroyed())
-        return; // asked for again by a callback that is being told
+    // A callback may ask again while it is being told, or before the record has entered the list.
+    if (record->IsBeingDestroyed() || record->GetPositionIn(this) < 0)
+        return;
     record->AddRef();
     record->Destroy();
     const auto position = static_cast<std::size_t>(record->GetPositionIn(this));
@@ -127,6 +135,8 @@ void PathInfo::MoveEntryToEnd(PathDirItemInfo* record) {
 
 bool PathInfo::ReplacePath(const ustring& path) {
     m_manager->NotifyInterests(m_manager->GetNullDir(), ovEventPathReplaceBegin);
+    if (!m_manager->IsValid())
+        return false;
     SetReplaceMarks(true);
     bool changed = false;
     if (!ReplaceByTokens(path, changed))
@@ -140,7 +150,8 @@ bool PathInfo::ReplacePath(const ustring& path) {
 /// @return false if a name that is too long ended the work.
 bool PathInfo::ReplaceByTokens(const ustring& path, bool& changed) {
     constexpr char16_t separator = u';';
-    for (std::size_t start = path.find_first_not_of(separator); start != ustring::npos;) {
+    std::size_t start = path.find_first_not_of(separator);
+    while (start != ustring::npos && m_manager->IsValid()) {
         const std::size_t end = std::min(path.find(separator, start), path.size());
         const ustring token = path.substr(start, end - start);
         if (token.size() > MaxDirNameLength) {

@@ -2,8 +2,11 @@
 
 #include <vector>
 
+#include <ovsel/refresh.hpp>
+
 #include "host_interfaces/ustring.hpp"
 
+enum DirState : std::uint32_t;
 class IPathManager;
 class PathDirItemInfo;
 
@@ -13,7 +16,6 @@ class PathDirItemInfo;
 class PathInfo {
   public:
     explicit PathInfo(IPathManager* manager) : m_manager(manager) {}
-    /// Removes the entries from the last to the first.
     virtual ~PathInfo();
 
     PathInfo(const PathInfo&) = delete;
@@ -29,7 +31,11 @@ class PathInfo {
     /// @pre @p record is an entry of this list.
     virtual void RemoveDir(PathDirItemInfo* record);
 
+    /// Removes the entries from the last to the first.
+    void Clear();
     bool ReplacePath(const ustring& path);
+    void RefreshAllDirectories(ovDirRefreshType type);
+    void SetAllChanged(DirState state);
     PathDirItemInfo* GetPathEntry(int index) const {
         return static_cast<std::size_t>(index) < m_entries.size() ? m_entries[static_cast<std::size_t>(index)]
                                                                   : nullptr;
@@ -48,7 +54,9 @@ class PathInfo {
     bool RemoveMarked();
     const char* ResolveCWDName(const ustring& name, ustring& resolved) const;
     void InstallCWD(const ustring& name);
+    PathDirItemInfo* ReplaceCWD(const ustring& name);
 
     IPathManager* const m_manager;
     std::vector<PathDirItemInfo*> m_entries;
+    bool m_changingCWD = false; ///< the slot is between two directories
 };

@@ -24,7 +24,7 @@ ovDir NextPathDir(IPathManager& manager, const ovDir& dir) {
 ovDir ovAddDir(ovPath path, const ustring& name, ovDirAddLocn location) {
     const ustring native = fl::filesystem::make_native_form(name, true);
     if (native.empty())
-        return ovGetNullDir(path);
+        return ovDir(path->GetNullDir());
     return OrNullDir(**path, path->AddDir(native, location == ovDirAddAtBegin));
 }
 

@@ -22,7 +22,7 @@ namespace vfs = foundation::storage::vfs;
 PathMgr::PathMgr(const char* name, const char16_t* preFrozenPrefix, ovCaseSensitivity caseSensitivity,
                  bool disableTempFileProbe)
     : m_nameIndex(std::make_unique<NameTable>()),
-      m_pathInfo(std::make_unique<PathInfo>(this)),
+      m_pathInfo(std::make_shared<PathInfo>(this)),
       m_isCaseSensitive(caseSensitivity == ovCaseSensitive),
       m_hooks(IOHooks::Defaults()),
       m_name(name),
@@ -38,7 +38,7 @@ PathMgr::PathMgr(const char* name, const char16_t* preFrozenPrefix, ovCaseSensit
         TearDown();
         throw;
     }
-    m_refCount = 0;
+    --m_refCount; // a hook may have kept a handle
 }
 
 void PathMgr::EnterService() {
@@ -82,7 +82,8 @@ void PathMgr::TearDown() {
     if (PathRegistry::Find(m_name) == this)
         PathRegistry::Erase(m_name);
     // The field is null while the list goes, so that nothing is placed in chains that are being taken apart.
-    std::unique_ptr<PathInfo>(std::move(m_pathInfo)).reset();
+    if (const auto list = std::exchange(m_pathInfo, nullptr))
+        list->Clear();
     if (NullDirItemInfo* null = GetNullDir())
         null->Destroy();
     m_dirRecords.clear();
@@ -173,27 +174,44 @@ PathDirItemInfo* PathMgr::GetCWD() const {
     return cwd ? cwd : GetNullDir();
 }
 
-const char* PathMgr::SetCWD(const ustring& name) { return m_pathInfo->SetCWD(name); }
+const char* PathMgr::SetCWD(const ustring& name) { return std::shared_ptr(m_pathInfo)->SetCWD(name); }
 
 void PathMgr::HideCWD(bool hide) {
     SetFlag(CWDHidden, hide);
     if (hide)
-        GetCWD()->ClearContents();
+        if (const ovDir held(GetCWD()); *held)
+            held->ClearContents();
 }
 
 PathDirItemInfo* PathMgr::AddDir(const ustring& name, bool atBegin) {
-    return m_pathInfo->AddDir(name, atBegin, GetFreezeAllAddedDirectories());
+    return std::shared_ptr(m_pathInfo)->AddDir(name, atBegin, GetFreezeAllAddedDirectories());
 }
 
-void PathMgr::RemoveDir(PathDirItemInfo* record) { m_pathInfo->RemoveDir(record); }
+void PathMgr::RemoveDir(PathDirItemInfo* record) { std::shared_ptr(m_pathInfo)->RemoveDir(record); }
 
-void PathMgr::RemoveDirByName(const ustring& name) { m_pathInfo->RemoveDirByName(name); }
+void PathMgr::RemoveDirByName(const ustring& name) { std::shared_ptr(m_pathInfo)->RemoveDirByName(name); }
 
 PathDirItemInfo* PathMgr::GetPathEntry(int index) const {
     return m_pathInfo ? m_pathInfo->GetPathEntry(index) : nullptr;
 }
 
-bool PathMgr::ReplacePath(const ustring& path) { return m_pathInfo->ReplacePath(path); }
+bool PathMgr::ReplacePath(const ustring& path) { return std::shared_ptr(m_pathInfo)->ReplacePath(path); }
+
+void PathMgr::RefreshAllDirectories(ovDirRefreshType type) {
+    std::shared_ptr(m_pathInfo)->RefreshAllDirectories(type);
+}
+
+void PathMgr::SetAllChanged(DirState state) { m_pathInfo->SetAllChanged(state); }
+
+void PathMgr::ApplyRefreshPolicyToPathEntry(int index, ovRefreshPolicy policy) {
+    if (PathDirItemInfo* entry = GetPathEntry(index))
+        entry->ApplyRefreshPolicy(policy);
+}
+
+void PathMgr::ApplyRefreshPolicyToAllDirs(ovRefreshPolicy policy) {
+    for (std::size_t i = 1; i < m_dirRecords.size(); ++i)
+        m_dirRecords[i]->ApplyRefreshPolicyToTree(policy);
+}
 
 PathDirItemInfo* PathMgr::FindDirByIRI(const vfs::AbsoluteIRI& location, DirScope scope) const {
     return FullNameLookup(*this).FindPathDir(vfs::fromAbsoluteIRI(location), location.getName(), scope);
@@ -222,6 +240,20 @@ std::unique_ptr<IDirItemsIterator> PathMgr::CreateDirItemsIterator(const vfs::Ab
 
 void PathMgr::SetDirItemsIteratorFactory(std::unique_ptr<IDirItemsIteratorFactory> factory) {
     m_dirItemsIteratorFactory = std::move(factory);
+}
+
+void PathMgr::SearchEnds() {
+    if (--m_searchCount > 0)
+        return;
+    for (PathItemInfo* item : std::exchange(m_itemsToDelete, {}))
+        item->DeleteIfUnreferenced();
+}
+
+void PathMgr::DeleteAfterSearches(PathItemInfo* item) {
+    if (m_searchCount > 0)
+        m_itemsToDelete.push_back(item);
+    else
+        item->DeleteIfUnreferenced();
 }
 
 namespace {

@@ -48,6 +48,8 @@ class PathMgr final : public IPathManager {
     ovRefreshPolicy GetNonNotifiedRemoteCWDRefreshPolicy() const override {
         return m_nonNotifiedRemoteCWDRefreshPolicy;
     }
+    void ApplyRefreshPolicyToPathEntry(int index, ovRefreshPolicy policy) override;
+    void ApplyRefreshPolicyToAllDirs(ovRefreshPolicy policy) override;
     void SetNonNotifiedRemoteCWDRefreshPolicy(ovRefreshPolicy policy) override {
         m_nonNotifiedRemoteCWDRefreshPolicy = policy;
     }
@@ -107,6 +109,8 @@ class PathMgr final : public IPathManager {
     void RemoveDirByName(const ustring& name) override;
     PathDirItemInfo* GetPathEntry(int index) const override;
     bool ReplacePath(const ustring& path) override;
+    void RefreshAllDirectories(ovDirRefreshType type) override;
+    void SetAllChanged(DirState state) override;
 
     PathDirItemInfo* FindDirByIRI(const foundation::storage::vfs::AbsoluteIRI& location,
                                   DirScope scope) const override;
@@ -119,6 +123,9 @@ class PathMgr final : public IPathManager {
     std::unique_ptr<IDirItemsIterator>
     CreateDirItemsIterator(const foundation::storage::vfs::AbsoluteIRI& location) override;
     void SetDirItemsIteratorFactory(std::unique_ptr<IDirItemsIteratorFactory> factory) override;
+    void SearchBegins() override { ++m_searchCount; }
+    void SearchEnds() override;
+    void DeleteAfterSearches(PathItemInfo* item) override;
     void ResolveDirLocation(DirLocation& result, const ustring& name) override;
 
     /// For checks of the whole index.
@@ -145,7 +152,8 @@ class PathMgr final : public IPathManager {
     bool m_isDying = false;
     bool m_isBeingRemoved = false;
     std::unique_ptr<NameTable> m_nameIndex;
-    std::unique_ptr<PathInfo> m_pathInfo;
+    /// Shared with the operations that run on it: one of their callbacks may take the path out of service.
+    std::shared_ptr<PathInfo> m_pathInfo;
     /// The null record first, then every path-level record that is alive.
     std::vector<PathDirItemInfo*> m_dirRecords;
     bool m_isCaseSensitive;
@@ -155,6 +163,8 @@ class PathMgr final : public IPathManager {
     InterestSlots m_interests;
     std::shared_ptr<foundation::storage::vfs::StorageSystem> m_storageSystem;
     std::unique_ptr<IDirItemsIteratorFactory> m_dirItemsIteratorFactory;
+    std::int32_t m_searchCount = 0;
+    std::vector<PathItemInfo*> m_itemsToDelete; ///< when the last search has ended
     FileSystemTable m_fileSystems;
     ovRefreshPolicy m_nonNotifiedCWDRefreshPolicy = ovRefreshAlways;
     ovRefreshPolicy m_nonNotifiedPathRefreshPolicy = ovRefreshAlways;

@@ -9,7 +9,8 @@ namespace {
 using Map = boost::unordered_flat_map<std::string, IPathManager*>;
 
 Map& Paths() {
-    static Map paths;
+    // Never destroyed: a host's global handle may let go of its path after this.
+    static Map& paths = *new Map;
     return paths;
 }
 

@@ -48,46 +48,45 @@ void PathItemInfo::PlaceInChain() {
     const std::int32_t order = GetOrderNumber();
     PathItemInfo* const before = m_prev;
     const std::int32_t previous = before ? before->GetOrderNumber() : 0;
-    if (order != previous) {
-        PathItemInfo* last = this;
-        while (last->m_next && last->m_next->GetOrderNumber() == order)
-            last = last->m_next;
-        PathItemInfo* const after = last->m_next;
+    if (order == previous)
+        return;
+    PathItemInfo* last = this;
+    while (last->m_next && last->m_next->GetOrderNumber() == order)
+        last = last->m_next;
+    PathItemInfo* const after = last->m_next;
 
-        const auto cut = [&] {
-            if (before)
-                before->m_next = after;
-            if (after)
-                after->m_prev = before;
-        };
-        const auto splice = [&](PathItemInfo* left, PathItemInfo* right) {
-            m_prev = left;
-            if (left)
-                left->m_next = this;
-            last->m_next = right;
-            if (right)
-                right->m_prev = last;
-        };
-
-        if (after && order > after->GetOrderNumber()) {
-            cut();
-            PathItemInfo* left = after;
-            while (left->m_next && left->m_next->GetOrderNumber() < order)
-                left = left->m_next;
-            splice(left, left->m_next);
-        } else if (before && order < previous) {
-            cut();
-            PathItemInfo* right = before;
-            while (right->m_prev && right->m_prev->GetOrderNumber() > order)
-                right = right->m_prev;
-            splice(right->m_prev, right);
-        }
+    if (after && order > after->GetOrderNumber()) {
+        PathItemInfo* left = after;
+        while (left->m_next && left->m_next->GetOrderNumber() < order)
+            left = left->m_next;
+        MoveRun(last, left, left->m_next);
+    } else if (before && order < previous) {
+        PathItemInfo* right = before;
+        while (right->m_prev && right->m_prev->GetOrderNumber() > order)
+            right = right->m_prev;
+        MoveRun(last, right->m_prev, right);
     }
-    PathItemInfo* first = this;
-    while (first->m_prev)
-        first = first->m_prev;
-    // The run may have been at the head and left it to another: that one is found from the new place.
-    m_nameInfo->SetChain(GetCategory(), first);
+}
+
+/// Takes the run from this item to @p last out of the chain and puts it between two neighbours, either of
+/// which may be an end of the chain.
+void PathItemInfo::MoveRun(PathItemInfo* last, PathItemInfo* left, PathItemInfo* right) {
+    PathItemInfo* const before = m_prev;
+    PathItemInfo* const after = last->m_next;
+    if (before)
+        before->m_next = after;
+    if (after)
+        after->m_prev = before;
+    m_prev = left;
+    last->m_next = right;
+    if (left)
+        left->m_next = this;
+    if (right)
+        right->m_prev = last;
+    if (!left)
+        m_nameInfo->SetChain(GetCategory(), this);
+    else if (!before)
+        m_nameInfo->SetChain(GetCategory(), after);
 }
 
 void PathDirItemInfo::PlacePendingItems() {

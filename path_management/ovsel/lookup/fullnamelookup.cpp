@@ -93,8 +93,8 @@ PathItemInfo* FullNameLookup::FindDirOfType(std::u16string_view fullName, std::u
 /// What a name that does not end in `private` means gives the parent of the first `private` behind it, that
 /// one the parent of the next, and so on: a loop, since a name may end in any number of them.
 PathItemInfo* FullNameLookup::FindPrivateDir(std::u16string_view fullName) const {
-    std::u16string_view parentName = fullName;
-    std::size_t depth = 0;
+    std::u16string_view parentName = DirPartOf(fullName);
+    std::size_t depth = 1;
     for (; FilePartOf(parentName) == PrivateDirName; ++depth)
         parentName = DirPartOf(parentName);
     PathItemInfo* found = FindByForm(parentName);

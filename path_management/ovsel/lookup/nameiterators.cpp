@@ -35,13 +35,18 @@ std::span<const NameCategory> CategoriesOf(SearchScope scope) {
 } // namespace
 
 bool NameIteratorImpl::Accept() {
+    if (!m_current->IsLinked())
+        return false; // another search has found out that it is a directory
     if (!NamesEqual(m_current->GetName(), m_query, m_caseSensitive))
         return false;
     if (!m_includeCWD && m_current->GetPathDir()->GetDirType() == ovDirTypeCWD)
         return false;
     if (m_current->IsVerified() || !m_current->IsFile())
         return true;
-    if (!IsReallyDirectory()) {
+    const bool isDirectory = IsReallyDirectory();
+    if (!m_current->IsLinked())
+        return false; // the host has looked the name up while it was asked
+    if (!isDirectory) {
         m_current->SetVerified(true);
         return true;
     }

@@ -47,6 +47,7 @@ ovSearchContextI::ovSearchContextI(SearchQuestion question)
     const fl::i18n::codecvt_ascii_to_ustring convert;
     for (ovExtensionList next = question.extensions; next && *next; ++next)
         m_extensions.push_back(convert(**next == '.' ? *next + 1 : *next));
+    m_path->SearchBegins(); // last, since the end is told by the destructor only
 }
 
 /// The first unit is never taken for a separator or a dot.

@@ -2,6 +2,7 @@
 
 #include <boost/container/small_vector.hpp>
 
+#include "ovsel/frame/ipathmanager.hpp"
 #include "ovsel/lookup/ovsearch.hpp"
 #include "ovsel/lookup/searchscope.hpp"
 #include "ovsel/model/pathiteminfo.hpp"
@@ -27,6 +28,10 @@ struct SearchQuestion {
 /// sorts.
 class ovSearchContextI : public ovSearch {
   public:
+    ~ovSearchContextI() override { m_path->SearchEnds(); }
+    ovSearchContextI(const ovSearchContextI&) = delete;
+    ovSearchContextI& operator=(const ovSearchContextI&) = delete;
+
     ustring GetCurrentItemInfo(std::int32_t& itemClass, std::int32_t& fileKind) override;
     ovDir FindNextFile(ustring& fullName, std::int32_t* match) override;
     ovDir FindNextFileBounded(ustring& fullName, std::int32_t* match) override;

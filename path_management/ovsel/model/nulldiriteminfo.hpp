@@ -10,7 +10,7 @@ class NullDirItemInfo final : public PathDirItemInfo {
         : PathDirItemInfo(manager, ustring(), u"", -1, ovDirTypeNull) {}
 
     void AppendName(ustring&) const override {}
-    bool MatchesDiskName(const ustring&) const override { return false; }
+    bool MatchesDiskName(std::u16string_view) const override { return false; }
     /// It is in no chain, and nobody is told.
     void Destroy() override {
         MarkUnlinked();

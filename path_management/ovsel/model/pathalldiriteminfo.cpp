@@ -20,6 +20,7 @@
 #include "ovsel/names/pathnames.hpp"
 #include "ovsel/reading/dirreader.hpp"
 #include "ovsel/reading/idiritemsiterator.hpp"
+#include "ovsel/reading/reloadindex.hpp"
 #include "ovsel/reading/vfsmode.hpp"
 
 namespace {
@@ -85,9 +86,10 @@ void MarkStale(const std::vector<Child*>& children) {
         child->SetStale(true);
 }
 
+/// Visits the entries until the directory that they are read for is removed by a callback.
 template <class Visit>
-void ForEachEntry(IDirItemsIterator& items, Visit visit) {
-    for (items.First(); !items.IsDone(); items.Next())
+void ForEachEntry(const PathAllDirItemInfo& dir, IDirItemsIterator& items, Visit visit) {
+    for (items.First(); !items.IsDone() && dir.IsLinked(); items.Next())
         visit(items.CurrentItem());
 }
 
@@ -102,6 +104,7 @@ PathAllDirItemInfo::PathAllDirItemInfo(IPathManager* manager, const ustring& ful
                                        std::u16string_view leaf, ovDirType type)
     : PathItemInfo(manager, nullptr, leaf, true, type != ovDirTypeNull, ItemClassOf(type)),
       m_dirType(type),
+      m_changeSeen(false),
       m_remote(ovIsWinPathRemote(fullName)),
       m_beingDestroyed(false),
       m_replaceMark(false) {}
@@ -111,6 +114,7 @@ PathAllDirItemInfo::PathAllDirItemInfo(IPathManager* manager, PathAllDirItemInfo
                                        std::u16string_view name, bool confirmed, ovDirType type)
     : PathItemInfo(manager, parent, name, confirmed, true, ItemClassOf(type)),
       m_dirType(type),
+      m_changeSeen(false),
       m_remote(parent->GetPathDir()->IsRemote()),
       m_beingDestroyed(false),
       m_replaceMark(false) {}
@@ -156,17 +160,6 @@ PathPackageDirItemInfo* PathAllDirItemInfo::FindPackageDir(std::u16string_view n
     return FindByName(m_packageDirs, name);
 }
 
-PathSubDirItemInfo* PathAllDirItemInfo::FindSubDir(std::u16string_view name) const {
-    return FindByName(m_subDirs, name);
-}
-
-PathFileItemInfo* PathAllDirItemInfo::FindFileEntry(const ustring& diskName) const {
-    const auto found = std::find_if(m_files.begin(), m_files.end(), [&](const PathFileItemInfo* file) {
-        return file->MatchesDiskName(diskName);
-    });
-    return found == m_files.end() ? nullptr : *found;
-}
-
 PathFileItemInfo* PathAllDirItemInfo::FindNextFile(const PathFileItemInfo* after, std::u16string_view name,
                                                    bool caseSensitive) const {
     auto file = m_files.begin();
@@ -192,6 +185,10 @@ PathFileItemInfo* PathAllDirItemInfo::FindNextFile(const PathFileItemInfo* after
 
 void PathAllDirItemInfo::Load(bool freeze) {
     ReadFromSource(freeze);
+    if (!IsLinked())
+        return; // removed by a callback meanwhile
+    StartChangeDetection(!freeze);
+    m_changeSeen = false;
     m_state = m_state == DirUnloaded && freeze ? DirFrozen : DirLoaded;
 }
 
@@ -212,7 +209,7 @@ void PathAllDirItemInfo::ReadFromSource(bool freeze) {
 }
 
 void PathAllDirItemInfo::ReadContents(IDirItemsIterator& items, bool freeze) {
-    ForEachEntry(items, [&](const DirItemInfo& entry) {
+    ForEachEntry(*this, items, [&](const DirItemInfo& entry) {
         switch (entry.kind) {
         case DirItemUnknown:
         case DirItemSubdir:
@@ -238,9 +235,18 @@ void PathAllDirItemInfo::ReadContents(IDirItemsIterator& items, bool freeze) {
 }
 
 void PathAllDirItemInfo::Reload(const RefreshOptions& options) {
+    if (!m_changeSeen) {
+        // The change was declared; what detection may have to say of it is consumed, and not listened to.
+        const DirState declared = m_state;
+        CheckChanged();
+        m_state = declared;
+    }
+    m_changeSeen = false;
     SetStale(false);
     MarkAllStale();
     ReloadFromSource(options);
+    if (!IsLinked())
+        return; // removed by a callback meanwhile
     RemoveStaleChildren();
     GetManager()->NotifyInterests(this, ovEventDirContentsLoaded);
     m_state = options.freeze ? DirFrozen : DirLoaded;
@@ -249,35 +255,37 @@ void PathAllDirItemInfo::Reload(const RefreshOptions& options) {
 void PathAllDirItemInfo::ReloadFromSource(const RefreshOptions& options) {
     ustring fullName;
     GetFullName(fullName);
+    ReloadIndex index(*this);
     if (!IsVFSMode()) {
         DirReader reader(GetManager(), fullName);
-        ReloadContents(reader, options);
+        ReloadContents(reader, options, index);
         return;
     }
     const auto location =
         foundation::storage::vfs::toAbsoluteIRI(u"file", fl::filesystem::make_native_form(fullName, true));
     if (const auto items = GetManager()->CreateDirItemsIterator(location))
-        ReloadContents(*items, options);
+        ReloadContents(*items, options, index);
 }
 
-void PathAllDirItemInfo::ReloadContents(IDirItemsIterator& items, const RefreshOptions& options) {
-    ForEachEntry(items, [&](const DirItemInfo& entry) {
+void PathAllDirItemInfo::ReloadContents(IDirItemsIterator& items, const RefreshOptions& options,
+                                        ReloadIndex& index) {
+    ForEachEntry(*this, items, [&](const DirItemInfo& entry) {
         switch (entry.kind) {
         case DirItemFile:
-            FindOrAddFile(entry, entry.fileKind);
+            FindOrAddFile(entry, entry.fileKind, index);
             break;
         case DirItemClassDir:
-            FindOrAddClassDir(WithoutSentinel(entry), options, entry.confirmed);
+            FindOrAddClassDir(WithoutSentinel(entry), options, entry.confirmed, index);
             break;
         case DirItemPackageDir:
-            FindOrAddPackageDir(WithoutSentinel(entry), options, entry.confirmed);
+            FindOrAddPackageDir(WithoutSentinel(entry), options, entry.confirmed, index);
             break;
         case DirItemPrivateDir:
             FindOrAddPrivateDir(entry.name, options, entry.confirmed);
             break;
         default:
             if (IsPathDir())
-                FindOrAddSubDir(entry);
+                FindOrAddSubDir(entry, index);
             break;
         }
     });
@@ -293,6 +301,7 @@ void PathAllDirItemInfo::MarkAllStale() {
 }
 
 void PathAllDirItemInfo::RemoveStaleChildren() {
+    ++m_removals;
     EndStale(m_files);
     EndStale(m_packageDirs);
     EndStale(m_classDirs);
@@ -304,6 +313,7 @@ void PathAllDirItemInfo::RemoveStaleChildren() {
 }
 
 void PathAllDirItemInfo::ClearContents() {
+    ++m_removals;
     EndBehind(m_files, 0);
     EndBehind(m_packageDirs, 0);
     EndBehind(m_classDirs, 0);
@@ -323,6 +333,7 @@ void PathAllDirItemInfo::Destroy() {
 
 void PathAllDirItemInfo::DestroySilently() {
     ClearContents();
+    ReleaseNotification();
     UnlinkFromNameInfo();
     if (IsPathDir())
         GetManager()->UnregisterDirRecord(static_cast<PathDirItemInfo*>(this));
@@ -354,26 +365,34 @@ PathAllDirItemInfo::LoadedChild(std::u16string_view name, bool freeze, bool conf
     return child;
 }
 
+/// @return the child, or null if a party that was told of it has removed it.
 template <class Child>
-void PathAllDirItemInfo::AddChild(std::vector<Child*>& children, std::u16string_view name, bool freeze,
-                                  bool confirmed) {
+Child* PathAllDirItemInfo::AddChild(std::vector<Child*>& children, std::u16string_view name, bool freeze,
+                                    bool confirmed) {
     auto child = LoadedChild<Child>(name, freeze, confirmed);
+    if (!IsLinked())
+        return nullptr; // a party that was told of something below has removed this directory
     MakeRoom(children);
     children.push_back(child.get());
-    GetManager()->NotifyInterests(child.release(), ovEventDirAdded);
+    const ovDir held(child.get());
+    GetManager()->NotifyInterests(child.get(), ovEventDirAdded);
+    Child* added = child.release();
+    return added->IsLinked() ? added : nullptr;
 }
 
-void PathAllDirItemInfo::AddClassDir(std::u16string_view name, bool freeze, bool confirmed) {
-    if (m_dirType != ovDirTypeClass)
-        AddChild(m_classDirs, name, freeze, confirmed);
+PathClassDirItemInfo* PathAllDirItemInfo::AddClassDir(std::u16string_view name, bool freeze, bool confirmed) {
+    return m_dirType == ovDirTypeClass ? nullptr : AddChild(m_classDirs, name, freeze, confirmed);
 }
 
-void PathAllDirItemInfo::AddPackageDir(std::u16string_view name, bool freeze, bool confirmed) {
-    AddChild(m_packageDirs, name, freeze, confirmed);
+PathPackageDirItemInfo* PathAllDirItemInfo::AddPackageDir(std::u16string_view name, bool freeze,
+                                                          bool confirmed) {
+    return AddChild(m_packageDirs, name, freeze, confirmed);
 }
 
 void PathAllDirItemInfo::AddPrivateDir(std::u16string_view name, bool freeze, bool confirmed) {
     auto child = LoadedChild<PathPrivateDirItemInfo>(name, freeze, confirmed);
+    if (!IsLinked())
+        return;
     if (m_privateDir)
         m_privateDir->DestroySilently(); // a source that lists two: the last one holds
     m_privateDir = child.release();
@@ -385,28 +404,31 @@ void PathAllDirItemInfo::AddSubDir(std::u16string_view name, bool confirmed) {
     m_subDirs.push_back(new PathSubDirItemInfo(GetManager(), this, name, confirmed));
 }
 
-void PathAllDirItemInfo::FindOrAddFile(const DirItemInfo& entry, std::uint32_t fileKind) {
-    PathFileItemInfo* file = FindFileEntry(entry.name);
-    if (!file)
-        return AddFile(entry, fileKind);
+void PathAllDirItemInfo::FindOrAddFile(const DirItemInfo& entry, std::uint32_t fileKind, ReloadIndex& index) {
+    PathFileItemInfo* file = index.FindFile(entry.name);
+    if (!file) {
+        AddFile(entry, fileKind);
+        index.Enter(m_files.back());
+        return;
+    }
     file->SetStale(false);
     file->SetFileKind(FileKindUnknown); // it may have been rewritten
 }
 
 void PathAllDirItemInfo::FindOrAddClassDir(std::u16string_view name, const RefreshOptions& options,
-                                           bool confirmed) {
-    if (PathClassDirItemInfo* child = FindClassDir(name))
+                                           bool confirmed, ReloadIndex& index) {
+    if (PathClassDirItemInfo* child = index.FindClassDir(name))
         child->SetStale(false);
-    else
-        AddClassDir(name, options.freeze, confirmed);
+    else if (PathClassDirItemInfo* added = AddClassDir(name, options.freeze, confirmed))
+        index.Enter(added);
 }
 
 void PathAllDirItemInfo::FindOrAddPackageDir(std::u16string_view name, const RefreshOptions& options,
-                                             bool confirmed) {
-    if (PathPackageDirItemInfo* child = FindPackageDir(name))
+                                             bool confirmed, ReloadIndex& index) {
+    if (PathPackageDirItemInfo* child = index.FindPackageDir(name))
         child->SetStale(false);
-    else
-        AddPackageDir(name, options.freeze, confirmed);
+    else if (PathPackageDirItemInfo* added = AddPackageDir(name, options.freeze, confirmed))
+        index.Enter(added);
 }
 
 void PathAllDirItemInfo::FindOrAddPrivateDir(std::u16string_view name, const RefreshOptions& options,
@@ -417,14 +439,19 @@ void PathAllDirItemInfo::FindOrAddPrivateDir(std::u16string_view name, const Ref
         AddPrivateDir(name, options.freeze, confirmed);
 }
 
-void PathAllDirItemInfo::FindOrAddSubDir(const DirItemInfo& entry) {
-    if (PathSubDirItemInfo* child = FindSubDir(entry.name))
+void PathAllDirItemInfo::FindOrAddSubDir(const DirItemInfo& entry, ReloadIndex& index) {
+    if (PathSubDirItemInfo* child = index.FindSubDir(entry.name)) {
         child->SetStale(false);
-    else
-        AddSubDir(entry.name, entry.confirmed);
+        return;
+    }
+    AddSubDir(entry.name, entry.confirmed);
+    index.Enter(m_subDirs.back());
 }
 
-void PathAllDirItemInfo::RemoveFile(const PathItemInfo* file) { std::erase(m_files, file); }
+void PathAllDirItemInfo::RemoveFile(const PathItemInfo* file) {
+    ++m_removals;
+    std::erase(m_files, file);
+}
 
 const ustring& PathAllDirItemInfo::ResolveName() {
     constexpr std::size_t longestResolvedName = 260;

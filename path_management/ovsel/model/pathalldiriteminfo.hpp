@@ -5,7 +5,10 @@
 #include <vector>
 
 #include <ovsel/handles.hpp>
+#include <ovsel/refresh.hpp>
+#include <ovsel/refreshpolicy.hpp>
 
+#include "host_interfaces/platform.hpp"
 #include "ovsel/model/pathiteminfo.hpp"
 
 class IDirItemsIterator;
@@ -14,6 +17,7 @@ class PathFileItemInfo;
 class PathPackageDirItemInfo;
 class PathPrivateDirItemInfo;
 class PathSubDirItemInfo;
+class ReloadIndex;
 struct DirItemInfo;
 
 /// What is known of a directory's contents.
@@ -37,7 +41,7 @@ enum DirChildGroup : std::int32_t {
 
 /// How a directory is to be refreshed.
 struct RefreshOptions {
-    std::uint32_t type = 0;
+    ovDirRefreshType type = ovRefreshCheck;
     bool freeze = false;    ///< what is read becomes frozen
     bool recursive = false; ///< go on into package, class and private directories
 };
@@ -74,8 +78,6 @@ class PathAllDirItemInfo : public PathItemInfo {
 
     PathClassDirItemInfo* FindClassDir(std::u16string_view name) const;
     PathPackageDirItemInfo* FindPackageDir(std::u16string_view name) const;
-    PathSubDirItemInfo* FindSubDir(std::u16string_view name) const;
-    PathFileItemInfo* FindFileEntry(const ustring& diskName) const;
     /// The next file behind @p after (null: from the first) of that name. An empty name matches all files;
     /// one without a dot every file of that stem; one with a dot the file of that stem and extension.
     PathFileItemInfo* FindNextFile(const PathFileItemInfo* after, std::u16string_view name,
@@ -97,9 +99,39 @@ class PathAllDirItemInfo : public PathItemInfo {
     void RemoveFile(const PathItemInfo* file);
 
     DirState GetState() const { return m_state; }
+    bool IsFrozen() const { return m_state == DirFrozen; }
+
+    // Time stamps, notification, refreshing and freezing stand with the reading of directories.
+
+    /// The name under which the directory is watched.
+    ustring GetCheckName() const;
+    /// Counts changes and checks; what a file's stamp remembers of its directory.
+    std::uint32_t GetChangeTick() const { return m_changeTick; }
+    ovRefreshPolicy GetRefreshPolicy() const { return m_refreshPolicy; }
+    bool HasNotificationHandle() const { return m_notificationHandle != host::InvalidChangeHandle; }
+
+    /// Decides how the directory is checked from now on: by a handle if it gets one, else by policy. @p watch
+    /// false: not at all.
+    void StartChangeDetection(bool watch);
+    /// Has the directory changed? Consumes what the answer rests on.
+    bool CheckChanged();
+    /// For a remote directory without a handle, after the host has changed a policy.
+    void ApplyRefreshPolicy(ovRefreshPolicy policy);
+    void ApplyRefreshPolicyToTree(ovRefreshPolicy policy);
+
+    /// This directory alone, told as one refresh.
+    void RefreshDirectory(ovDirRefreshType type);
+    /// With all below it.
+    void RefreshTree(ovDirRefreshType type);
+    /// A mark for the next refresh, for directories that are loaded and not frozen.
+    void SetChangeState(DirState state);
+    void SetChangeStateTree(DirState state);
+    /// @return whether it was frozen before.
+    bool SetFrozen(bool freeze);
     std::int32_t GetFileSystemIndex() const { return m_fileSystemIndex; }
     void SetFileSystemIndex(std::int32_t index) { m_fileSystemIndex = index; }
     bool IsRemote() const { return m_remote; }
+    std::uint32_t GetRemovals() const { return m_removals; }
     /// Fills m_resolvedName from the platform and returns it; empty if the name cannot be made absolute.
     const ustring& ResolveName();
     const ustring& GetResolvedName() const { return m_resolvedName; }
@@ -117,28 +149,50 @@ class PathAllDirItemInfo : public PathItemInfo {
     /// A record for each entry of the source; nothing is looked up.
     virtual void ReadContents(IDirItemsIterator& items, bool freeze);
     /// Finds or makes a record for each entry, and unmarks it.
-    virtual void ReloadContents(IDirItemsIterator& items, const RefreshOptions& options);
+    /// @p index is what the directory holds already.
+    virtual void ReloadContents(IDirItemsIterator& items, const RefreshOptions& options, ReloadIndex& index);
 
     void AddFile(const DirItemInfo& entry, std::uint32_t fileKind);
-    void AddClassDir(std::u16string_view name, bool freeze, bool confirmed);
-    void AddPackageDir(std::u16string_view name, bool freeze, bool confirmed);
+    /// Null in a class directory, which has no class directories.
+    PathClassDirItemInfo* AddClassDir(std::u16string_view name, bool freeze, bool confirmed);
+    PathPackageDirItemInfo* AddPackageDir(std::u16string_view name, bool freeze, bool confirmed);
     void AddPrivateDir(std::u16string_view name, bool freeze, bool confirmed);
-    void FindOrAddFile(const DirItemInfo& entry, std::uint32_t fileKind);
-    void FindOrAddClassDir(std::u16string_view name, const RefreshOptions& options, bool confirmed);
-    void FindOrAddPackageDir(std::u16string_view name, const RefreshOptions& options, bool confirmed);
+    void FindOrAddFile(const DirItemInfo& entry, std::uint32_t fileKind, ReloadIndex& index);
+    void FindOrAddClassDir(std::u16string_view name, const RefreshOptions& options, bool confirmed,
+                           ReloadIndex& index);
+    void FindOrAddPackageDir(std::u16string_view name, const RefreshOptions& options, bool confirmed,
+                             ReloadIndex& index);
     void FindOrAddPrivateDir(std::u16string_view name, const RefreshOptions& options, bool confirmed);
-    void FindOrAddSubDir(const DirItemInfo& entry);
+    void FindOrAddSubDir(const DirItemInfo& entry, ReloadIndex& index);
 
     /// What ends every record, whether anybody is told or not.
     void DestroySilently();
 
   private:
+    void RecordDirTimeStamp();
+    bool CheckTimeStamp(const ustring& name);
+    bool NoChangeSeen();
+    void ProbeNotification(const ustring& name);
+    void HandleRefused(const ustring& name);
+    bool CheckNotification();
+    bool TakeAsChanged();
+    void ReleaseNotification();
+    ovRefreshPolicy PolicyWithoutHandle() const;
+    bool IsWarningDue() const;
+
+    bool Refresh(const RefreshOptions& options);
+    bool RefreshChildren(const RefreshOptions& options);
+    bool IsChanged();
+    bool SetFrozenTree(bool freeze, const RefreshOptions& options);
+    void SetFrozenOne(bool freeze, const RefreshOptions& options);
+    RefreshOptions OptionsFor(ovDirRefreshType type, bool recursive) const;
+
     void ReadFromSource(bool freeze);
     void ReloadFromSource(const RefreshOptions& options);
     void MarkAllStale();
     void RemoveStaleChildren();
     template <class Child>
-    void AddChild(std::vector<Child*>& children, std::u16string_view name, bool freeze, bool confirmed);
+    Child* AddChild(std::vector<Child*>& children, std::u16string_view name, bool freeze, bool confirmed);
     template <class Child>
     std::unique_ptr<Child, Discard> LoadedChild(std::u16string_view name, bool freeze, bool confirmed);
 
@@ -148,9 +202,17 @@ class PathAllDirItemInfo : public PathItemInfo {
     std::vector<PathClassDirItemInfo*> m_classDirs;
     std::vector<PathSubDirItemInfo*> m_subDirs;
     PathPrivateDirItemInfo* m_privateDir = nullptr;
+    std::int32_t m_dirTimeStamp = 0; ///< reference time, seconds since the epoch
+    std::uint32_t m_changeTick = 0;
     DirState m_state = DirUnloaded;
+    ovRefreshPolicy m_refreshPolicy = ovRefreshAlways;
+    host::ChangeHandle m_notificationHandle = host::InvalidChangeHandle;
     ustring m_resolvedName;
     std::int32_t m_fileSystemIndex = 0;
+    /// Moves whenever a child may have gone, so that an index of the children can tell that it is out of
+    /// date.
+    std::uint32_t m_removals = 0;
+    bool m_changeSeen : 1; ///< the last check has consumed the change that led to the present reload
     bool m_remote : 1;
     bool m_beingDestroyed : 1;
 

@@ -18,9 +18,8 @@ void PathClassDirItemInfo::AppendName(ustring& path) const {
     path += GetName();
 }
 
-bool PathClassDirItemInfo::MatchesDiskName(const ustring& name) const {
-    return !name.empty() && name.front() == OvselConstants::U16_OOPSENTINEL[0] &&
-           std::u16string_view(name).substr(1) == GetName();
+bool PathClassDirItemInfo::MatchesDiskName(std::u16string_view name) const {
+    return !name.empty() && name.front() == OvselConstants::U16_OOPSENTINEL[0] && name.substr(1) == GetName();
 }
 
 void PathClassDirItemInfo::ReadContents(IDirItemsIterator& items, bool freeze) {
@@ -33,11 +32,12 @@ void PathClassDirItemInfo::ReadContents(IDirItemsIterator& items, bool freeze) {
     }
 }
 
-void PathClassDirItemInfo::ReloadContents(IDirItemsIterator& items, const RefreshOptions& options) {
+void PathClassDirItemInfo::ReloadContents(IDirItemsIterator& items, const RefreshOptions& options,
+                                          ReloadIndex& index) {
     for (items.First(); !items.IsDone(); items.Next()) {
         const DirItemInfo& entry = items.CurrentItem();
         if (entry.kind == DirItemFile)
-            FindOrAddFile(entry, entry.fileKind);
+            FindOrAddFile(entry, entry.fileKind, index);
         else if (entry.kind == DirItemPrivateDir)
             FindOrAddPrivateDir(entry.name, options, entry.confirmed);
     }

@@ -11,9 +11,9 @@ class PathClassDirItemInfo final : public PathAllDirItemInfo {
                          bool confirmed);
 
     void AppendName(ustring& path) const override;
-    bool MatchesDiskName(const ustring& name) const override;
+    bool MatchesDiskName(std::u16string_view name) const override;
 
   private:
     void ReadContents(IDirItemsIterator& items, bool freeze) override;
-    void ReloadContents(IDirItemsIterator& items, const RefreshOptions& options) override;
+    void ReloadContents(IDirItemsIterator& items, const RefreshOptions& options, ReloadIndex& index) override;
 };

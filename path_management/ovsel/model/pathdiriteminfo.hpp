@@ -22,7 +22,7 @@ class PathDirItemInfo : public PathAllDirItemInfo {
                     std::int32_t position, ovDirType type);
 
     void AppendName(ustring& path) const override;
-    bool MatchesDiskName(const ustring& name) const override { return name == m_fullName; }
+    bool MatchesDiskName(std::u16string_view name) const override { return name == m_fullName; }
 
     /// The absolute name as given.
     const ustring& GetStoredFullName() const { return m_fullName; }

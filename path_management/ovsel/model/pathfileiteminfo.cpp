@@ -4,6 +4,7 @@
 
 #include <ovsel/names.hpp>
 
+#include "ovsel/frame/ipathmanager.hpp"
 #include "ovsel/model/pathdiriteminfo.hpp"
 
 namespace {
@@ -48,13 +49,13 @@ void PathFileItemInfo::AppendName(ustring& path) const {
         path.append(1, u'.').append(extension);
 }
 
-bool PathFileItemInfo::MatchesDiskName(const ustring& name) const {
+bool PathFileItemInfo::MatchesDiskName(std::u16string_view name) const {
     const ustring& stem = GetName();
     const char16_t* extension = GetExtension();
     if (!extension)
         return name == stem;
     return name.size() > stem.size() && name[stem.size()] == u'.' && name.starts_with(stem) &&
-           std::u16string_view(name).substr(stem.size() + 1) == extension;
+           name.substr(stem.size() + 1) == extension;
 }
 
 void PathFileItemInfo::Remove() {
@@ -71,5 +72,7 @@ void PathFileItemInfo::ConvertToSubDir() {
     // The directory comes first, so that the name entry never stands empty.
     GetParent()->AddSubDir(GetName(), true);
     GetPathDir()->PlacePendingItems();
-    RemoveFromParent();
+    GetParent()->RemoveFile(this);
+    UnlinkKeepingNext();
+    GetManager()->DeleteAfterSearches(this);
 }

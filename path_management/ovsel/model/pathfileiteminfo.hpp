@@ -15,7 +15,7 @@ class PathFileItemInfo final : public PathItemInfo {
                      std::u16string_view diskName, bool confirmed, std::uint32_t fileKind);
 
     void AppendName(ustring& path) const override;
-    bool MatchesDiskName(const ustring& name) const override;
+    bool MatchesDiskName(std::u16string_view name) const override;
     /// The extension without its dot, empty if the name ends in a dot, null if it has none.
     const char16_t* GetExtension() const override;
 

@@ -30,7 +30,7 @@ PathItemInfo::PathItemInfo(IPathManager* manager, PathAllDirItemInfo* parent, st
 
 void PathItemInfo::AppendName(ustring& path) const { ovConcatPathName(path, GetName()); }
 
-bool PathItemInfo::MatchesDiskName(const ustring& name) const { return name == GetName(); }
+bool PathItemInfo::MatchesDiskName(std::u16string_view name) const { return name == GetName(); }
 
 const char16_t* PathItemInfo::GetExtension() const {
     const ustring& name = GetName();

@@ -32,7 +32,7 @@ class PathItemInfo {
     /// Appends the name that the item has on disk to a path that is being built.
     virtual void AppendName(ustring& path) const;
     /// Is this exactly the item's name on disk? Never a matter of case.
-    virtual bool MatchesDiskName(const ustring& name) const;
+    virtual bool MatchesDiskName(std::u16string_view name) const;
     /// The text from the name's last dot on, dot included; null without a dot. Files answer without the dot.
     virtual const char16_t* GetExtension() const;
 
@@ -82,6 +82,13 @@ class PathItemInfo {
     void PlaceInChain();
     /// Takes the item out of its chain; a name entry whose last item this was goes too.
     void UnlinkFromNameInfo();
+    /// The same for an item that a search has come upon: it still knows what was next, for others that stand
+    /// at it.
+    void UnlinkKeepingNext() {
+        PathItemInfo* const next = m_next;
+        UnlinkFromNameInfo();
+        m_next = next;
+    }
 
   protected:
     /// @p parent is null for path-level records. @p registerName false leaves the record without a name
@@ -98,6 +105,7 @@ class PathItemInfo {
 
     void AppendFullName(ustring& out) const;
     PathItemInfo* Unlink();
+    void MoveRun(PathItemInfo* last, PathItemInfo* left, PathItemInfo* right);
 
     std::int32_t m_refCount = 0;
     std::uint32_t m_linked : 1;

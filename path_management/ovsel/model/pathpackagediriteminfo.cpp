@@ -18,7 +18,7 @@ void PathPackageDirItemInfo::AppendName(ustring& path) const {
     path += GetName();
 }
 
-bool PathPackageDirItemInfo::MatchesDiskName(const ustring& name) const {
+bool PathPackageDirItemInfo::MatchesDiskName(std::u16string_view name) const {
     return !name.empty() && name.front() == OvselConstants::U16_OBJPKGSENTINEL[0] &&
-           std::u16string_view(name).substr(1) == GetName();
+           name.substr(1) == GetName();
 }

@@ -10,5 +10,5 @@ class PathPackageDirItemInfo final : public PathAllDirItemInfo {
                            bool confirmed);
 
     void AppendName(ustring& path) const override;
-    bool MatchesDiskName(const ustring& name) const override;
+    bool MatchesDiskName(std::u16string_view name) const override;
 };

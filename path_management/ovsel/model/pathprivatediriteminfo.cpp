@@ -19,8 +19,9 @@ void PathPrivateDirItemInfo::ReadContents(IDirItemsIterator& items, bool) {
             AddFile(items.CurrentItem(), FileKindNoClass);
 }
 
-void PathPrivateDirItemInfo::ReloadContents(IDirItemsIterator& items, const RefreshOptions&) {
+void PathPrivateDirItemInfo::ReloadContents(IDirItemsIterator& items, const RefreshOptions&,
+                                            ReloadIndex& index) {
     for (items.First(); !items.IsDone(); items.Next())
         if (items.CurrentItem().kind == DirItemFile)
-            FindOrAddFile(items.CurrentItem(), FileKindNoClass);
+            FindOrAddFile(items.CurrentItem(), FileKindNoClass, index);
 }

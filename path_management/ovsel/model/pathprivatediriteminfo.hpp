@@ -10,5 +10,5 @@ class PathPrivateDirItemInfo final : public PathAllDirItemInfo {
 
   private:
     void ReadContents(IDirItemsIterator& items, bool freeze) override;
-    void ReloadContents(IDirItemsIterator& items, const RefreshOptions& options) override;
+    void ReloadContents(IDirItemsIterator& items, const RefreshOptions& options, ReloadIndex& index) override;
 };

@@ -1,0 +1,85 @@
+#include "ovsel/reading/reloadindex.hpp"
+
+#include "ovsel/model/pathclassdiriteminfo.hpp"
+#include "ovsel/model/pathfileiteminfo.hpp"
+#include "ovsel/model/pathpackagediriteminfo.hpp"
+#include "ovsel/model/pathsubdiriteminfo.hpp"
+
+ReloadIndex::ReloadIndex(const PathAllDirItemInfo& dir) : m_dir(dir), m_removals(dir.GetRemovals()) {
+    Fill();
+}
+
+std::u16string_view ReloadIndex::Name::operator()(const PathItemInfo* item) const { return item->GetName(); }
+
+std::size_t ReloadIndex::FileHash::operator()(const PathFileItemInfo* file) const {
+    const ustring& stem = file->GetName();
+    std::size_t seed = boost::hash_range(stem.begin(), stem.end());
+    if (const char16_t* extension = file->GetExtension()) {
+        boost::hash_combine(seed, u'.');
+        const std::u16string_view text(extension);
+        boost::hash_range(seed, text.begin(), text.end());
+    }
+    return seed;
+}
+
+bool ReloadIndex::FileEqual::operator()(const PathFileItemInfo* a, const PathFileItemInfo* b) const {
+    const char16_t* left = a->GetExtension();
+    const char16_t* right = b->GetExtension();
+    if (!left || !right)
+        return !left && !right && a->GetName() == b->GetName();
+    return a->GetName() == b->GetName() && std::u16string_view(left) == right;
+}
+
+bool ReloadIndex::FileEqual::operator()(std::u16string_view diskName, const PathFileItemInfo* file) const {
+    return file->MatchesDiskName(diskName);
+}
+
+void ReloadIndex::Fill() {
+    // A set keeps the first of equals.
+    m_files.reserve(m_dir.GetFiles().size());
+    m_files.insert(m_dir.GetFiles().begin(), m_dir.GetFiles().end());
+    m_classDirs.insert(m_dir.GetClassDirs().begin(), m_dir.GetClassDirs().end());
+    m_packageDirs.insert(m_dir.GetPackageDirs().begin(), m_dir.GetPackageDirs().end());
+    m_subDirs.insert(m_dir.GetSubDirs().begin(), m_dir.GetSubDirs().end());
+}
+
+void ReloadIndex::RefillIfOutdated() {
+    if (m_removals == m_dir.GetRemovals())
+        return;
+    m_removals = m_dir.GetRemovals();
+    m_files.clear();
+    m_classDirs.clear();
+    m_packageDirs.clear();
+    m_subDirs.clear();
+    Fill();
+}
+
+namespace {
+
+template <class Set>
+auto Probe(const Set& set, std::u16string_view name) -> typename Set::value_type {
+    const auto found = set.find(name);
+    return found == set.end() ? nullptr : *found;
+}
+
+} // namespace
+
+PathFileItemInfo* ReloadIndex::FindFile(std::u16string_view diskName) {
+    RefillIfOutdated();
+    return Probe(m_files, diskName);
+}
+
+PathClassDirItemInfo* ReloadIndex::FindClassDir(std::u16string_view name) {
+    RefillIfOutdated();
+    return Probe(m_classDirs, name);
+}
+
+PathPackageDirItemInfo* ReloadIndex::FindPackageDir(std::u16string_view name) {
+    RefillIfOutdated();
+    return Probe(m_packageDirs, name);
+}
+
+PathSubDirItemInfo* ReloadIndex::FindSubDir(std::u16string_view name) {
+    RefillIfOutdated();
+    return Probe(m_subDirs, name);
+}

@@ -1,0 +1,141 @@
+#include "support/path_fixture.hpp"
+
+#include <set>
+
+#include <boost/numeric/conversion/cast.hpp>
+
+#include "ovsel/model/pathfileiteminfo.hpp"
+
+namespace {
+
+class ClassFiles : public PathFixture {
+  protected:
+    ClassFiles() { ovSetIsClassFcn(&Ask); }
+    ~ClassFiles() override { ovSetIsClassFcn(nullptr); }
+
+    /// The hook: a file is a class if its name is among these.
+    static bool Ask(const ustring& file) {
+        ++asked;
+        return classes.count(N(file)) != 0;
+    }
+    std::string Where(const char* name) {
+        ustring file = u"untouched";
+        const bool found = ovGetClassFile(path, name, file, extensions);
+        EXPECT_EQ(found, ovDoesClassFileExist(path, name, extensions)) << name;
+        return found ? N(file) : "";
+    }
+    static inline std::set<std::string> classes;
+    static inline int asked = 0;
+    const Extensions extensions{"svapp", "svx", "sv", "p"};
+};
+
+TEST_F(ClassFiles, AreFoundInFoldersAndAmongPlainFiles) {
+    disk.Put("C:\\A", "@Both/ Both.sv Plain.sv Text.txt @Empty/ Odd.sv");
+    disk.Put("C:\\A\\@Both", "Both.sv Both.p method.sv");
+    disk.Put("C:\\B", "@Later/ Later.sv Both.sv @Odd/ Shadow.sv");
+    disk.Put("C:\\B\\@Later", "Later.sv");
+    disk.Put("C:\\B\\@Odd", "Odd.txt Odd.sv");
+    disk.Put("C:\\D", "@Shadow/ Later.sv");
+    disk.Put("C:\\D\\@Shadow", "Shadow.sv");
+    Add("C:\\A"), Add("C:\\B"), Add("C:\\D");
+    classes = {"C:\\A\\@Both\\Both.p",      "C:\\A\\Both.sv",          "C:\\A\\Plain.sv",
+               "C:\\A\\Text.txt",           "C:\\B\\@Later\\Later.sv", "C:\\D\\Later.sv",
+               "C:\\D\\@Shadow\\Shadow.sv", "C:\\B\\@Odd\\Odd.sv"};
+    struct {
+        const char* name;
+        const char* file;
+    } const rows[] = {
+        {"Both", "C:\\A\\@Both\\Both.p"},     // at one place the folder wins, and in it the later extension
+        {"Plain", "C:\\A\\Plain.sv"},         //
+        {"Text", ""},                         // not in the list
+        {"Empty", ""},                        //
+        {"Later", "C:\\B\\@Later\\Later.sv"}, // earlier on the path than the plain one
+        {"Odd", "C:\\B\\@Odd\\Odd.sv"},       // a plain file that is no class hides nothing
+        {"Shadow", "C:\\D\\@Shadow\\Shadow.sv"}, //
+        {"both", ""},                            //
+        {"B\xc3\xb6th", ""},                     //
+        {"", ""},                                //
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(row.file, Where(row.name)) << row.name;
+    classes.insert("C:\\A\\Odd.sv");
+    EXPECT_EQ("C:\\B\\@Odd\\Odd.sv", Where("Odd")) << "the host's answer is remembered";
+    ovRemoveDir(Find("C:\\A")), Add("C:\\A", ovDirAddAtBegin);
+    EXPECT_EQ("C:\\A\\Odd.sv", Where("Odd")) << "a plain class file earlier on the path wins";
+}
+
+TEST_F(ClassFiles, InPackagesAreFoundByDottedNames) {
+    disk.Put("C:\\A", "+a/");
+    disk.Put("C:\\A\\+a", "+b/ N.sv");
+    disk.Put("C:\\A\\+a\\+b", "N.sv M.sv");
+    disk.Put("C:\\B", "+a/ +ab/");
+    disk.Put("C:\\B\\+a", "+b/ @N/ L.sv");
+    disk.Put("C:\\B\\+a\\+b", "N.sv @M/");
+    disk.Put("C:\\B\\+a\\+b\\@M", "M.sv");
+    disk.Put("C:\\B\\+a\\@N", "N.p");
+    Add("C:\\A"), Add("C:\\B");
+    classes = {"C:\\B\\+a\\+b\\N.sv", "C:\\B\\+a\\+b\\@M\\M.sv", "C:\\B\\+a\\@N\\N.p", "C:\\B\\+a\\L.sv"};
+    EXPECT_EQ("", Where("a.b.N")) << "only the first plain file in path order counts, and it is no class";
+    EXPECT_EQ("C:\\B\\+a\\+b\\@M\\M.sv", Where("a.b.M"));
+    EXPECT_EQ("C:\\B\\+a\\@N\\N.p", Where("a.N"));
+    EXPECT_EQ("C:\\B\\+a\\L.sv", Where("a.L"));
+    for (const char* name : {"a.x.N", "x.N", "a..N", ".N", "a.", ".", "b.N"})
+        EXPECT_EQ("", Where(name)) << name;
+}
+
+TEST_F(ClassFiles, DoNotCountInACurrentDirectoryThatIsItselfSpecial) {
+    disk.Put("C:\\@X", "Here.sv");
+    classes = {"C:\\@X\\Here.sv"};
+    ovSetCWDName(path, u"C:\\@X");
+    EXPECT_EQ("", Where("Here"));
+}
+
+TEST_F(ClassFiles, AskTheHostOnceUntilTheDirectoryIsReadAgain) {
+    disk.Put("C:\\A", "@K/ N.sv:C O.sv:N T.txt");
+    disk.Put("C:\\A\\@K", "K.sv");
+    const ovDir dir = Add("C:\\A");
+    classes = {"C:\\A\\@K\\K.sv", "C:\\A\\O.sv", "anything"};
+    ovSetIsClassFcn(nullptr);
+    EXPECT_EQ("", Where("K")) << "nobody can say";
+    ovSetIsClassFcn(&Ask);
+    asked = 0;
+    EXPECT_EQ("C:\\A\\@K\\K.sv", Where("K"));
+    EXPECT_EQ(1, asked);
+    EXPECT_EQ("C:\\A\\N.sv", Where("N")) << "known without asking";
+    EXPECT_EQ("", Where("O"));
+    EXPECT_EQ(1, asked);
+    ovRefreshDirectory(dir, ovRefreshReload);
+    EXPECT_EQ("C:\\A\\O.sv", Where("O")) << "read again, asked again";
+    EXPECT_EQ(2, asked);
+
+    struct {
+        const char16_t* name;
+        const char16_t* fullName;
+        bool result;
+        int asks;
+    } const rows[] = {{u"O", u"", true, 0},          {u"N.sv", u"anything", true, 1},
+                      {u"N.sv", u"", true, 0},       {u"T.txt", u"anything", false, 0},
+                      {u"T", u"anything", false, 0}, {u"missing", u"", false, 0}};
+    for (const auto& row : rows) {
+        asked = 0;
+        EXPECT_EQ(row.result, ovIsFileClassdef(dir, row.fullName, row.name)) << N(row.name);
+        EXPECT_EQ(row.asks, asked) << N(row.name);
+    }
+    EXPECT_FALSE(ovIsFileClassdef(ovGetNullDir(path), "anything", "N"));
+    EXPECT_FALSE(ovIsFileClassdef(ovDir(), "anything", "N"));
+}
+
+TEST_F(ClassFiles, AreCutToTheCallersBuffer) {
+    disk.Put("C:\\A", "N.sv:C");
+    Add("C:\\A");
+    char buffer[16] = "old";
+    EXPECT_TRUE(ovGetClassFile(path, "N", buffer, sizeof buffer, extensions));
+    EXPECT_STREQ("C:\\A\\N.sv", buffer);
+    EXPECT_TRUE(ovGetClassFile(path, "N", buffer, 4, extensions));
+    EXPECT_STREQ("C:\\", buffer);
+    EXPECT_FALSE(ovGetClassFile(path, "M", buffer, sizeof buffer, extensions));
+    EXPECT_STREQ("", buffer);
+    EXPECT_THROW(ovGetClassFile(path, "N", buffer, -1, extensions), boost::numeric::negative_overflow);
+}
+
+} // namespace
