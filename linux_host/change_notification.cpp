@@ -1,11 +1,228 @@
 #include "linux_host/change_notification.hpp"
 
+#include <algorithm>
+#include <chrono>
 #include <fcntl.h>
+#include <limits>
+#include <linux/magic.h>
+#include <sys/statfs.h>
 #include <unistd.h>
 
+#include "linux_host/counters.hpp"
 #include "linux_host/drive_map.hpp"
+#include "linux_host/recent_listings.hpp"
 
 namespace linux_host {
+
+namespace {
+
+/// A handle is a place in the lower half and that place's generation, never all ones, in the upper.
+constexpr int HalfBits = 32;
+static_assert(sizeof(host::ChangeHandle) * 8 == 2 * HalfBits);
+constexpr std::uint32_t LastGeneration = 0x7FFFFFFF;
+
+testing::NotificationFaults& Faults() {
+    static testing::NotificationFaults faults;
+    return faults;
+}
+
+/// Do changes on a file system reach inotify, whoever makes them? Watches are accepted everywhere, but on
+/// these others write past us, or the kernel makes up the contents as they are read.
+bool TellsItsChanges(const std::string& folder) {
+    constexpr std::uint32_t MadeUp[] = {PROC_SUPER_MAGIC,    SYSFS_MAGIC,   CGROUP_SUPER_MAGIC,
+                                        CGROUP2_SUPER_MAGIC, DEBUGFS_MAGIC, TRACEFS_MAGIC};
+    struct ::statfs status {};
+    ++CountersInForce().systemCalls;
+    if (::statfs(folder.c_str(), &status) != 0) {
+        return false;
+    }
+    const auto type = FaultsInForce().fileSystem.value_or(static_cast<std::uint32_t>(status.f_type));
+    return !IsRemoteFileSystem(type) &&
+           std::find(std::begin(MadeUp), std::end(MadeUp), type) == std::end(MadeUp);
+}
+
+bool Status(const std::string& path, struct ::stat& status) {
+    ++CountersInForce().systemCalls;
+    return ::stat(path.c_str(), &status) == 0;
+}
+
+} // namespace
+
+const testing::NotificationFaults& FaultsInForce() { return Faults(); }
+
+void testing::SetNotificationFaults(const NotificationFaults& faults) { Faults() = faults; }
+
+void testing::RestartNotification() { ChangeNotification::Get().Restart(); }
+
+ChangeNotification& ChangeNotification::Get() {
+    static auto& notification = *new ChangeNotification;
+    return notification;
+}
+
+host::ChangeHandle ChangeNotification::Open(const ustring& name) {
+    ResolvedPath resolved = ResolveName(name);
+    if (resolved.fault != PathFault::None) {
+        return host::InvalidChangeHandle;
+    }
+    // Old events must not reach a new owner of a watch, nor old names be taken for true.
+    Take(0);
+    const std::uint32_t number = FreePlace();
+    m_folders[number].path = std::move(resolved.path);
+    if (!Attach(number)) {
+        m_folders[number] = {};
+        m_free.push_back(number);
+        return host::InvalidChangeHandle;
+    }
+    State& state = m_states[number];
+    state.open = true;
+    state.generation = state.generation % LastGeneration + 1;
+    ++CountersInForce().handles;
+    return host::ChangeHandle{state.generation} << HalfBits | number;
+}
+
+bool ChangeNotification::Rearm(host::ChangeHandle handle) {
+    State* const state = Find(handle);
+    if (state == nullptr) {
+        return false;
+    }
+    state->signalled = false;
+    // The mount table tells of mounts; where there is none to be read, this is the last occasion to notice.
+    state->dead = state->dead || !LeadsToItsFolder(NumberOf(*state));
+    return true;
+}
+
+bool ChangeNotification::Close(host::ChangeHandle handle) {
+    State* const state = Find(handle);
+    if (state == nullptr) {
+        return false;
+    }
+    state->open = false;
+    const std::uint32_t number = NumberOf(*state);
+    m_folders[number] = {};
+    m_free.push_back(number);
+    --CountersInForce().handles;
+    if (m_names.NeedsTaking()) {
+        Take(0);
+    }
+    return true;
+}
+
+std::uint32_t ChangeNotification::Wait(host::ChangeHandle handle, std::uint32_t milliseconds) {
+    const State* const state = Find(handle);
+    if (state == nullptr) {
+        return host::WaitFailed;
+    }
+    if (!m_checking || milliseconds > 0) {
+        Take(0);
+    }
+    const std::uint32_t number = NumberOf(*state);
+    std::uint32_t answer = Answer(number);
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
+    while (answer == host::WaitTimeout && milliseconds > 0) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+        if (left <= 0) {
+            break;
+        }
+        Take(static_cast<int>(std::min<std::int64_t>(left, std::numeric_limits<int>::max())));
+        answer = Answer(number);
+    }
+    return answer;
+}
+
+void ChangeNotification::BeginChecks() {
+    Take(0);
+    m_checking = true;
+}
+
+ChangeNotification::State* ChangeNotification::Find(host::ChangeHandle handle) {
+    const auto number = static_cast<std::uint32_t>(handle);
+    if (number >= m_states.size()) {
+        return nullptr;
+    }
+    State& state = m_states[number];
+    return state.open && state.generation == handle >> HalfBits ? &state : nullptr;
+}
+
+std::uint32_t ChangeNotification::NumberOf(const State& state) const {
+    return static_cast<std::uint32_t>(&state - m_states.data());
+}
+
+std::uint32_t ChangeNotification::FreePlace() {
+    if (m_free.empty()) {
+        m_folders.emplace_back();
+        m_states.resize(m_folders.size());
+        m_free.reserve(m_folders.capacity());
+        return static_cast<std::uint32_t>(m_folders.size() - 1);
+    }
+    const std::uint32_t number = m_free.back();
+    m_free.pop_back();
+    return number;
+}
+
+/// Takes the watches of a handle's name in place of those that it has.
+bool ChangeNotification::Attach(std::uint32_t number) {
+    Folder& folder = m_folders[number];
+    struct ::stat status {};
+    // In the second round nothing of what is known is relied on: a name may have changed where nobody told
+    // us.
+    for (const bool trusting : {true, false}) {
+        if (!trusting) {
+            m_names.LoseAll();
+        }
+        std::optional<WatchedNames::Anchor> anchor;
+        if (TellsItsChanges(folder.path)) {
+            anchor = m_names.Attach(folder.path, number);
+        }
+        // The new watches come before the old ones go, so that those in both stay.
+        folder.anchor = anchor ? *std::move(anchor) : WatchedNames::Anchor();
+        if (!anchor || !Status(folder.path, status)) {
+            break;
+        }
+        if (folder.anchor.IsFolder(status)) {
+            m_states[number] = {.generation = m_states[number].generation,
+                                .open = m_states[number].open,
+                                .signalled = !IsAsListed(status),
+                                .dead = false,
+                                .blind = folder.anchor.IsBlind()};
+            return true;
+        }
+    }
+    folder.anchor = {};
+    return false;
+}
+
+bool ChangeNotification::LeadsToItsFolder(std::uint32_t number) const {
+    struct ::stat status {};
+    return Status(m_folders[number].path, status) && m_folders[number].anchor.IsFolder(status);
+}
+
+std::uint32_t ChangeNotification::Answer(std::uint32_t number) {
+    State& state = m_states[number];
+    if (state.blind && !state.dead && !LeadsToItsFolder(number)) {
+        m_names.LoseAll();
+    }
+    if (state.dead) {
+        if (!Attach(number)) {
+            return host::WaitFailed;
+        }
+        state.signalled = true;
+    }
+    return state.signalled ? host::WaitObject0 : host::WaitTimeout;
+}
+
+/// Takes the events in. Where something was mounted, names lead elsewhere without one.
+void ChangeNotification::Take(int milliseconds) {
+    if (!m_names.Take(milliseconds)) {
+        return;
+    }
+    for (std::uint32_t number = 0; number < m_states.size(); ++number) {
+        if (m_states[number].open && !m_states[number].dead && !LeadsToItsFolder(number)) {
+            m_names.LoseAll();
+            return;
+        }
+    }
+}
 
 bool WriteProbeFile(const ustring& name, std::string_view text) {
     const ResolvedPath resolved = ResolveName(name);

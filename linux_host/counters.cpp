@@ -9,6 +9,11 @@ Counters& CountersInForce() {
 
 Counters GetCounters() { return CountersInForce(); }
 
-void ResetCounters() { CountersInForce() = {}; }
+void ResetCounters() {
+    Counters fresh;
+    fresh.watches = CountersInForce().watches;
+    fresh.handles = CountersInForce().handles;
+    CountersInForce() = fresh;
+}
 
 } // namespace linux_host

@@ -253,7 +253,7 @@ std::uint32_t RootType(const ustring& root) {
     return type;
 }
 
-bool LiesOnRemoteFileSystem(const std::string& folder) {
+bool IsRemoteFileSystem(std::uint32_t type) {
     // Those that linux/magic.h does not name; values as the kernel reports them.
     constexpr std::uint32_t Lustre = 0x0BD00BD0;
     constexpr std::uint32_t Gfs2 = 0x01161970;
@@ -273,12 +273,13 @@ bool LiesOnRemoteFileSystem(const std::string& folder) {
                                         Lustre,
                                         Gfs2,
                                         BeeGfs};
-    struct statfs status {};
-    if (::statfs(folder.c_str(), &status) != 0) {
-        return false;
-    }
-    const auto type = static_cast<std::uint32_t>(status.f_type);
     return std::find(std::begin(Remote), std::end(Remote), type) != std::end(Remote);
+}
+
+bool LiesOnRemoteFileSystem(const std::string& folder) {
+    struct statfs status {};
+    return ::statfs(folder.c_str(), &status) == 0 &&
+           IsRemoteFileSystem(static_cast<std::uint32_t>(status.f_type));
 }
 
 } // namespace linux_host

@@ -35,7 +35,11 @@ ResolvedPath ResolveName(const ustring& name);
 /// is remote if any of its mapped shares is.
 std::uint32_t RootType(const ustring& root);
 
-/// Does the folder lie on a file system whose changes others may make: network, cluster, user space?
+/// Is this a type of file system, as statfs tells it, whose changes others may make: network, cluster, user
+/// space?
+bool IsRemoteFileSystem(std::uint32_t type);
+
+/// Does the folder lie on such a file system?
 bool LiesOnRemoteFileSystem(const std::string& folder);
 
 } // namespace linux_host

@@ -81,9 +81,16 @@ struct Counters {
     std::uint64_t specialFiles = 0;     ///< entries left out: sockets, pipes, devices
     std::uint64_t ancestorLinks = 0;    ///< entries left out: special folders that are their own ancestors
     std::uint64_t existenceQueries = 0; ///< questions whether a name is a directory
+    std::uint64_t events = 0;           ///< change events read
+    std::uint64_t overflows = 0;        ///< times that the system lost events, and every handle was signalled
+    std::uint64_t systemCalls = 0;      ///< made for change notification
+    std::uint64_t watches = 0;          ///< directories under watch at present
+    std::uint64_t handles = 0;          ///< change handles open at present
 };
 
 OVSEL_HOST_API Counters GetCounters();
+
+/// Sets the counts to zero; what is held at present stays.
 OVSEL_HOST_API void ResetCounters();
 
 /// Makes the scope of that number the current one of this thread, for programs with several interpreters;
@@ -92,5 +99,24 @@ OVSEL_HOST_API std::size_t EnterScope(std::size_t scope);
 
 /// Ends a scope and destroys what it holds.
 OVSEL_HOST_API void DestroyScope(std::size_t scope);
+
+/// For tests: what a machine rarely does on demand.
+namespace testing {
+
+struct NotificationFaults {
+    /// So many directories may be under watch; the next one finds the limit of the system reached.
+    std::size_t mostWatches = static_cast<std::size_t>(-1);
+    /// The type, as statfs tells it, that every file system is taken for.
+    std::optional<std::uint32_t> fileSystem = std::nullopt;
+};
+
+/// Puts the faults in force in place of the earlier ones.
+OVSEL_HOST_API void SetNotificationFaults(const NotificationFaults& faults);
+
+/// Closes the descriptors of change notification until the next handle is opened, as a child process must
+/// that moves to other mounts. @pre no handle is open.
+OVSEL_HOST_API void RestartNotification();
+
+} // namespace testing
 
 } // namespace linux_host

@@ -11,6 +11,7 @@
 #include "linux_host/drive_map.hpp"
 #include "linux_host/encoding.hpp"
 #include "linux_host/linux_host.hpp"
+#include "linux_host/recent_listings.hpp"
 
 namespace linux_host {
 
@@ -200,6 +201,7 @@ std::optional<Listing> ListDirectory(const ustring& name) {
         return std::nullopt;
     }
     ++CountersInForce().listings;
+    RememberListing(::dirfd(directory.get()));
     ListingBuilder builder(::dirfd(directory.get()), resolved.path);
     bool started = false;
     errno = 0;

@@ -53,16 +53,24 @@ class LinuxPlatform final : public IPlatform {
         return p > start ? p - 1 : start;
     }
 
-    ChangeHandle FindFirstChangeNotification(const ustring&, bool, std::uint32_t) override {
-        return InvalidChangeHandle;
+    ChangeHandle FindFirstChangeNotification(const ustring& dirName, bool watchSubtree,
+                                             std::uint32_t /* all kinds are reported */) override {
+        return watchSubtree ? InvalidChangeHandle : Changes().Open(dirName);
     }
-    bool FindNextChangeNotification(ChangeHandle) override { return false; }
-    bool FindCloseChangeNotification(ChangeHandle) override { return false; }
-    std::uint32_t WaitForSingleObject(ChangeHandle, std::uint32_t) override { return WaitFailed; }
+    bool FindNextChangeNotification(ChangeHandle handle) override { return Changes().Rearm(handle); }
+    bool FindCloseChangeNotification(ChangeHandle handle) override { return Changes().Close(handle); }
+    std::uint32_t WaitForSingleObject(ChangeHandle handle, std::uint32_t milliseconds) override {
+        return Changes().Wait(handle, milliseconds);
+    }
+    void BeginChangeChecks() override { Changes().BeginChecks(); }
+    void EndChangeChecks() override { Changes().EndChecks(); }
 
     bool WriteProbeFile(const ustring& name, std::string_view text) override {
         return linux_host::WriteProbeFile(name, text);
     }
+
+  private:
+    static linux_host::ChangeNotification& Changes() { return linux_host::ChangeNotification::Get(); }
 };
 
 LinuxPlatform& OwnPlatform() {

@@ -17,23 +17,32 @@ inline ustring NameOf(const TempTree& tree, const std::string& path = {}) {
     return linux_host::DriveMap::ToName(tree.Path(path)).value();
 }
 
-inline constexpr int CannotDropPrivileges = 125;
+inline constexpr int CannotPrepare = 125;
+inline constexpr int CannotDropPrivileges = CannotPrepare;
+inline constexpr ::uid_t Nobody = 65534;
 
-/// What @p question answers (0 to 124) to somebody whom permissions bind: root passes every check, so that it
-/// is asked in a child process of the user nobody then.
-inline int AskUnprivileged(const std::function<int()>& question) {
-    if (::geteuid() != 0) {
-        return question();
-    }
+/// What @p question answers (0 to 124) in a child process, once @p prepare has succeeded there.
+inline int AskInChild(const std::function<bool()>& prepare, const std::function<int()>& question) {
     const ::pid_t child = ::fork();
     if (child == 0) {
-        constexpr ::uid_t Nobody = 65534;
-        const bool dropped = ::setgroups(0, nullptr) == 0 && ::setgid(Nobody) == 0 && ::setuid(Nobody) == 0;
-        ::_exit(dropped ? question() : CannotDropPrivileges);
+        try {
+            ::_exit(prepare() ? question() : CannotPrepare);
+        } catch (...) {
+            ::_exit(CannotPrepare + 1); // the tests behind this one are the parent's
+        }
     }
     int status = 0;
     const bool ended = ::waitpid(child, &status, 0) == child && WIFEXITED(status);
     return ended ? WEXITSTATUS(status) : -1;
+}
+
+/// What @p question answers to somebody whom permissions bind: root passes every check, so that it is asked
+/// in a child process of the user nobody then.
+inline int AskUnprivileged(const std::function<int()>& question) {
+    const auto drop = [] {
+        return ::setgroups(0, nullptr) == 0 && ::setgid(Nobody) == 0 && ::setuid(Nobody) == 0;
+    };
+    return ::geteuid() != 0 ? question() : AskInChild(drop, question);
 }
 
 } // namespace test

@@ -1,0 +1,388 @@
+// Change handles on the real kernel: what signals them, what kills them, what they cost.
+
+#include <gtest/gtest.h>
+#include <linux/magic.h>
+#include <memory>
+#include <sched.h>
+#include <sys/mount.h>
+
+#include "host_interfaces/platform.hpp"
+#include "host_test.hpp"
+
+namespace {
+
+using host::ChangeHandle;
+using test::NameOf;
+using test::TempTree;
+
+host::IPlatform& Platform() { return host::Platform(); }
+linux_host::Counters Counters() { return linux_host::GetCounters(); }
+
+/// One handle, closed with this object. New ones begin signalled unless listed, so it is armed at once.
+class Watch {
+  public:
+    explicit Watch(const ustring& name)
+        : m_handle(Platform().FindFirstChangeNotification(name, false, host::ChangeFileName)) {
+        Platform().FindNextChangeNotification(m_handle);
+    }
+    ~Watch() { Platform().FindCloseChangeNotification(m_handle); }
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+
+    bool Refused() const { return m_handle == host::InvalidChangeHandle; }
+
+    std::string State(std::uint32_t milliseconds = 0) const {
+        const std::uint32_t answer = Platform().WaitForSingleObject(m_handle, milliseconds);
+        return answer == host::WaitObject0 ? "signalled" : answer == host::WaitTimeout ? "quiet" : "dead";
+    }
+    /// The states that so many refreshes see.
+    std::string Polls(int count) const {
+        std::string states = Poll();
+        for (int i = 1; i < count; ++i) {
+            states += " " + Poll();
+        }
+        return states;
+    }
+    /// The state as a refresh sees it, which arms the handle again.
+    std::string Poll(std::uint32_t milliseconds = 0) const {
+        const std::string state = State(milliseconds);
+        if (state == "signalled" && State() != state) {
+            return "signalled only once";
+        }
+        Platform().FindNextChangeNotification(m_handle);
+        return state;
+    }
+
+  private:
+    ChangeHandle m_handle;
+};
+
+/// Tests leave nothing behind: no watch, no handle, no fault, no descriptor but those of the first use.
+class ChangeHandles : public testing::Test {
+  protected:
+    ChangeHandles() {
+        Watch warming(u"C:\\");
+        m_descriptors = Descriptors();
+        linux_host::ResetCounters();
+    }
+    ~ChangeHandles() override {
+        linux_host::testing::SetNotificationFaults({});
+        EXPECT_EQ(Counters().watches, 0U);
+        EXPECT_EQ(Counters().handles, 0U);
+        EXPECT_EQ(Descriptors(), m_descriptors);
+    }
+
+    static std::ptrdiff_t Descriptors() {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    }
+
+  private:
+    std::ptrdiff_t m_descriptors;
+};
+
+TEST_F(ChangeHandles, AreSignalledByWhatHappensInTheFolderAndByNothingElse) {
+    TempTree tree{"p/d/file", "p/d/other", "p/d/sub/file", "p/sibling/file", "p/file", "q/"};
+    Watch watch(NameOf(tree, "p/d"));
+    struct Row {
+        const char* label;
+        std::function<void()> change;
+        const char* state;
+    };
+    const Row table[] = {
+        {"nothing", [] {}, "quiet"},
+        {"created", [&] { tree.Add({"p/d/new"}); }, "signalled"},
+        {"rewritten in place", [&] { tree.Write("p/d/file", "text"); }, "signalled"},
+        {"truncated", [&] { std::filesystem::resize_file(tree.Path("p/d/file"), 0); }, "signalled"},
+        {"time set back", [&] { tree.SetTime("p/d/file", 1); }, "signalled"},
+        {"permissions", [&] { tree.Permit("p/d/file", 0600); }, "signalled"},
+        {"renamed inside", [&] { tree.Rename("p/d/new", "p/d/newer"); }, "signalled"},
+        {"moved out", [&] { tree.Rename("p/d/newer", "q/newer"); }, "signalled"},
+        {"moved in", [&] { tree.Rename("q/newer", "p/d/newer"); }, "signalled"},
+        {"removed", [&] { tree.Remove("p/d/newer"); }, "signalled"},
+        {"folder made", [&] { tree.Add({"p/d/folder/"}); }, "signalled"},
+        {"read", [&] { linux_host::ListDirectory(NameOf(tree, "p/d")); }, "quiet"},
+        {"file of a sub-folder", [&] { tree.Write("p/d/sub/file", "text"); }, "quiet"},
+        {"file beside it", [&] { tree.Write("p/file", "text"); }, "quiet"},
+        {"folder beside it", [&] { tree.Rename("p/sibling", "p/d2"); }, "quiet"},
+        {"folder beside its parent", [&] { tree.Rename("q", "r"); }, "quiet"},
+    };
+    for (const Row& row : table) {
+        row.change();
+        EXPECT_EQ(watch.Poll(), row.state) << row.label;
+        EXPECT_EQ(watch.Poll(), "quiet") << row.label;
+    }
+}
+
+TEST_F(ChangeHandles, DieWithTheirNameAndLiveAgainWithIt) {
+    struct Row {
+        const char* label;
+        std::function<void(TempTree&)> lose, restore;
+    };
+    const auto rename = [](const char* from, const char* to) {
+        return [=](TempTree& tree) { tree.Rename(from, to); };
+    };
+    const auto point = [](const char* target) {
+        return [=](TempTree& tree) {
+            tree.Remove("link");
+            std::filesystem::create_symlink(target, tree.Path("link"));
+        };
+    };
+    const Row table[] = {
+        {"deleted", [](TempTree& tree) { tree.Remove("a/b/d"); },
+         [](TempTree& tree) { tree.Add({"a/b/d/"}); }},
+        {"deleted with its parents", [](TempTree& tree) { tree.Remove("a"); },
+         [](TempTree& tree) { tree.Add({"a/b/d/"}); }},
+        {"moved away", rename("a/b/d", "d"), rename("d", "a/b/d")},
+        {"moved away, another in its place", rename("a/b/d", "d"),
+         [](TempTree& tree) { tree.Add({"a/b/d/"}); }},
+        {"parent renamed", rename("a/b", "a/c"), rename("a/c", "a/b")},
+        {"parent of the parent renamed", rename("a", "c"), rename("c", "a")},
+        {"link turned", point("none"), point("other")},
+        {"link's folder moved", rename("a", "other/a"), point("other/a")},
+    };
+    for (const Row& row : table) {
+        TempTree tree{"a/b/d/", "other/b/d/", "link -> a"};
+        const Watch named(NameOf(tree, "a/b/d")), linked(NameOf(tree, "link/b/d"));
+        const bool byLink = std::string_view(row.label).starts_with("link");
+        const Watch& watch = byLink ? linked : named;
+        row.lose(tree);
+        EXPECT_EQ(watch.Polls(2), "dead dead") << row.label;
+        row.restore(tree);
+        EXPECT_EQ(watch.Polls(2), "signalled quiet") << row.label;
+        tree.Write((byLink ? "link" : "a") + std::string("/b/d/new"), "");
+        EXPECT_EQ(watch.Polls(2), "signalled quiet") << row.label;
+    }
+}
+
+TEST_F(ChangeHandles, OfOneFolderShareItsWatchUntilTheLastIsClosed) {
+    for (const int owners : {2, 10}) {
+        for (const int stride : {1, 3, 7, 9}) { // orders of closing, each prime to the number of owners
+            TempTree tree{"d/", "link -> d"};
+            std::vector<std::unique_ptr<Watch>> watches;
+            for (int i = 0; i < owners; ++i) {
+                watches.push_back(std::make_unique<Watch>(NameOf(tree, i % 2 == 0 ? "d" : "link")));
+            }
+            const std::uint64_t held = Counters().watches;
+            for (int closed = 0, next = 0; closed < owners; ++closed, next = (next + stride) % owners) {
+                tree.Write("d/file" + std::to_string(closed), "");
+                for (const auto& watch : watches) {
+                    EXPECT_TRUE(watch == nullptr || watch->Poll() == "signalled")
+                        << owners << " by " << stride;
+                }
+                EXPECT_EQ(Counters().watches, held);
+                watches[static_cast<std::size_t>(next)].reset();
+            }
+            EXPECT_EQ(Counters().watches, 0U);
+        }
+    }
+}
+
+TEST_F(ChangeHandles, AreRefusedWhereNothingCanBeToldAndNothingIsKept) {
+    TempTree tree{"d/file", "round -> round", "lost -> none"};
+    for (const ustring& name :
+         {NameOf(tree, "none"), NameOf(tree, "d/file"), NameOf(tree, "round"), NameOf(tree, "lost"),
+          ustring(u"C:\\proc"), ustring(u"C:\\proc\\self\\fd"), ustring(u"C:\\sys"), ustring(u"Q:\\"),
+          ustring(), NameOf(tree) + ustring(u"\\d\0", 3)}) {
+        EXPECT_TRUE(Watch(name).Refused()) << testing::PrintToString(name);
+    }
+    EXPECT_EQ(Platform().FindFirstChangeNotification(NameOf(tree), true, 0), host::InvalidChangeHandle);
+    for (const std::int64_t type : std::initializer_list<std::int64_t>{NFS_SUPER_MAGIC, FUSE_SUPER_MAGIC,
+                                                                       SMB2_SUPER_MAGIC, SYSFS_MAGIC}) {
+        linux_host::testing::SetNotificationFaults({.fileSystem = static_cast<std::uint32_t>(type)});
+        EXPECT_TRUE(Watch(NameOf(tree, "d")).Refused()) << type;
+    }
+    EXPECT_EQ(Counters().watches, 0U);
+}
+
+TEST_F(ChangeHandles, TakeNothingWhenTheLimitIsReachedMidway) {
+    TempTree tree;
+    std::vector<std::unique_ptr<Watch>> watches;
+    Watch standing(NameOf(tree));
+    const std::uint64_t needed = Counters().watches;
+    for (const unsigned limit : {0U, 1U, 100U}) {
+        linux_host::testing::SetNotificationFaults({.mostWatches = needed + limit});
+        int granted = 0;
+        for (int i = 0; i < 60; ++i) {
+            const std::string folder = "p" + std::to_string(i);
+            tree.Write(folder + "/d/file", "");
+            watches.push_back(std::make_unique<Watch>(NameOf(tree, folder + "/d")));
+            granted += watches.back()->Refused() ? 0 : 1;
+            EXPECT_EQ(Counters().watches, needed + 2 * static_cast<std::size_t>(granted));
+        }
+        EXPECT_EQ(granted, limit / 2) << "two watches each, or none";
+        EXPECT_TRUE(limit < 2 || watches.front()->Poll() == "quiet");
+        standing.Poll();
+        tree.Write("limit" + std::to_string(limit), "");
+        EXPECT_EQ(standing.Polls(2), "signalled quiet") << "the others live on";
+        watches.clear();
+    }
+}
+
+TEST_F(ChangeHandles, AreAllSignalledOnceWhenEventsAreLost) {
+    long most = 0;
+    std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> most;
+    TempTree tree = TempTree::InMemory();
+    tree.Add({"busy/", "still/", "p/doomed/"});
+    Watch busy(NameOf(tree, "busy")), still(NameOf(tree, "still")), doomed(NameOf(tree, "p/doomed"));
+    for (long i = 0; i <= most / 2; ++i) {
+        std::filesystem::create_directory(tree.Path("busy/d"));
+        std::filesystem::remove(tree.Path("busy/d"));
+    }
+    tree.Remove("p");
+    EXPECT_EQ(busy.Poll() + " " + still.Poll() + " " + doomed.Poll(), "signalled signalled dead");
+    EXPECT_EQ(busy.Poll() + " " + still.Poll() + " " + doomed.Poll(), "quiet quiet dead");
+    EXPECT_EQ(Counters().overflows, 1U);
+    tree.Add({"still/file", "p/doomed/"});
+    EXPECT_EQ(busy.Poll() + " " + still.Poll() + " " + doomed.Poll(), "quiet signalled signalled");
+}
+
+TEST_F(ChangeHandles, BeginSignalledUnlessTheFolderIsSurelyAsItWasListed) {
+    TempTree tree{"d/file"};
+    const ustring name = NameOf(tree, "d");
+    const auto begin = [&] {
+        const ChangeHandle handle = Platform().FindFirstChangeNotification(name, false, 0);
+        const std::uint32_t answer = Platform().WaitForSingleObject(handle, 0);
+        Platform().FindCloseChangeNotification(handle);
+        return answer == host::WaitTimeout ? "quiet" : answer == host::WaitObject0 ? "signalled" : "dead";
+    };
+    /// Until a further change would have a time of its own; not long, unless the disk keeps whole seconds.
+    const auto age = [&] {
+        struct ::stat status {};
+        ::timespec now{};
+        ::stat(tree.Path("d").c_str(), &status);
+        const double grain = status.st_ctim.tv_nsec == 0 ? 2.1 : 0.02;
+        do {
+            ::clock_gettime(CLOCK_REALTIME_COARSE, &now);
+        } while (double(now.tv_sec - status.st_ctim.tv_sec) +
+                     double(now.tv_nsec - status.st_ctim.tv_nsec) * 1e-9 <
+                 grain);
+    };
+    EXPECT_STREQ(begin(), "signalled") << "never listed";
+    age();
+    linux_host::ListDirectory(name);
+    EXPECT_STREQ(begin(), "quiet");
+    linux_host::ListDirectory(name);
+    tree.Add({"d/new"});
+    EXPECT_STREQ(begin(), "signalled") << "changed in between";
+    linux_host::ListDirectory(name);
+    EXPECT_STREQ(begin(), "signalled") << "changed just before";
+    age();
+    linux_host::ListDirectory(name);
+    tree.Rename("d", "e");
+    tree.Add({"d/"});
+    EXPECT_STREQ(begin(), "signalled") << "another folder";
+}
+
+TEST_F(ChangeHandles, CostARefreshThatFindsNothingOneSystemCallHoweverManyTheyAre) {
+    TempTree tree = TempTree::InMemory();
+    std::vector<std::unique_ptr<Watch>> watches;
+    for (const std::size_t count : {10U, 1000U}) {
+        while (watches.size() < count) {
+            const std::string folder = "d" + std::to_string(watches.size());
+            std::filesystem::create_directory(tree.Path(folder));
+            watches.push_back(std::make_unique<Watch>(NameOf(tree, folder)));
+        }
+        Platform().BeginChangeChecks();
+        Platform().EndChangeChecks();
+        linux_host::ResetCounters();
+        Platform().BeginChangeChecks();
+        tree.Write("d7/late", "");
+        for (const auto& watch : watches) {
+            EXPECT_EQ(watch->State(), "quiet") << "news since the beginning wait for the next time";
+        }
+        Platform().EndChangeChecks();
+        EXPECT_EQ(Counters().systemCalls, 1U) << count;
+        EXPECT_EQ(Counters().handles, count);
+        EXPECT_EQ(watches[7]->Poll(), "signalled");
+    }
+}
+
+TEST_F(ChangeHandles, AreToldApartFromClosedOnesAndFromNumbersThatNeverWereOne) {
+    TempTree tree;
+    const ChangeHandle first = Platform().FindFirstChangeNotification(NameOf(tree), false, 0);
+    EXPECT_TRUE(Platform().FindCloseChangeNotification(first));
+    const ChangeHandle second = Platform().FindFirstChangeNotification(NameOf(tree), false, 0);
+    for (const ChangeHandle handle : {first, second + 1, ChangeHandle{0}, host::InvalidChangeHandle}) {
+        EXPECT_EQ(Platform().WaitForSingleObject(handle, 0), host::WaitFailed);
+        EXPECT_FALSE(Platform().FindNextChangeNotification(handle));
+        EXPECT_FALSE(Platform().FindCloseChangeNotification(handle));
+    }
+    EXPECT_TRUE(Platform().FindCloseChangeNotification(second));
+}
+
+TEST_F(ChangeHandles, HearOfTheProbeWhichTouchesNothingThatWasThere) {
+    TempTree tree{"d/", "kept"};
+    Watch watch(NameOf(tree, "d"));
+    EXPECT_EQ(watch.Poll(1), "quiet") << "time is up";
+    EXPECT_TRUE(Platform().WriteProbeFile(NameOf(tree, "d/probe"), "text"));
+    EXPECT_EQ(watch.Poll(1000), "signalled");
+    EXPECT_EQ(watch.Poll(), "quiet") << "consumed whole";
+    EXPECT_TRUE(std::filesystem::is_empty(tree.Path("d")));
+
+    tree.Add({"d/link -> ../kept", "d/lost -> ../none", "d/file"});
+    for (const char* name : {"d/link", "d/lost", "d/file", "none/probe"}) {
+        EXPECT_FALSE(Platform().WriteProbeFile(NameOf(tree, name), "text")) << name;
+    }
+    EXPECT_TRUE(std::filesystem::is_symlink(tree.Path("d/link")) &&
+                std::filesystem::exists(tree.Path("d/file")));
+    EXPECT_TRUE(std::filesystem::is_empty(tree.Path("kept")) && !std::filesystem::exists(tree.Path("none")));
+}
+
+TEST_F(ChangeHandles, AskForTheirNameBeneathAFolderThatMayNotBeRead) {
+    TempTree tree{"shut/a/d/", "shut/b/d/", "shut/link -> a", "unlisted/"};
+    tree.Permit("", 0755);
+    tree.Permit("unlisted", 0711);
+    for (const char* path : {"shut", "shut/a", "shut/b", "shut/a/d", "shut/b/d"}) {
+        EXPECT_TRUE(::geteuid() != 0 || ::chown(tree.Path(path).c_str(), test::Nobody, test::Nobody) == 0);
+    }
+    tree.Permit("shut", 0300);
+    const int answer = test::AskUnprivileged([&] {
+        linux_host::testing::RestartNotification();
+        const Watch watch(NameOf(tree, "shut/link/d"));
+        bool right = watch.Poll() == "quiet" &&
+                     (::geteuid() != test::Nobody || Watch(NameOf(tree, "unlisted")).Refused());
+        tree.Remove("shut/link");
+        tree.Add({"shut/link -> b"});
+        right = right && watch.Polls(2) == "signalled quiet";
+        tree.Write("shut/b/d/file", "");
+        right = right && watch.Polls(2) == "signalled quiet";
+        tree.Rename("shut/b", "shut/c");
+        right = right && watch.Poll() == "dead";
+        tree.Rename("shut/c", "shut/b");
+        return right && watch.Polls(2) == "signalled quiet" ? 0 : 1;
+    });
+    if (answer == test::CannotPrepare) {
+        GTEST_SKIP() << "cannot become another user";
+    }
+    EXPECT_EQ(answer, 0);
+}
+
+TEST_F(ChangeHandles, NoticeMountsOverTheirFolderAndTheirEnd) {
+    TempTree tree{"p/d/", "elsewhere/"};
+    const auto mount = [&](const char* path) {
+        return ::mount("tmpfs", tree.Path(path).c_str(), "tmpfs", 0, nullptr) == 0;
+    };
+    // Mounts of its own, unseen by others.
+    const auto separate = [] {
+        return ::unshare(CLONE_NEWNS) == 0 && ::mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    };
+    const int answer = test::AskInChild(separate, [&] {
+        linux_host::testing::RestartNotification();
+        const Watch watch(NameOf(tree, "p/d"));
+        bool right = mount("elsewhere") && watch.Poll() == "quiet";
+        right = right && mount("p/d") && watch.Poll() == "signalled";
+        tree.Write("p/d/file", "");
+        right = right && watch.Polls(2) == "signalled quiet";
+        right = right && ::umount(tree.Path("p/d").c_str()) == 0 && watch.Poll() == "signalled";
+        right = right && mount("p") && watch.Poll() == "dead";
+        right = right && ::umount(tree.Path("p").c_str()) == 0 && watch.Poll() == "signalled";
+        tree.Write("p/d/file", "");
+        return right && watch.Polls(2) == "signalled quiet" ? 0 : 1;
+    });
+    if (answer == test::CannotPrepare) {
+        GTEST_SKIP() << "may not mount";
+    }
+    EXPECT_EQ(answer, 0);
+}
+
+} // namespace
