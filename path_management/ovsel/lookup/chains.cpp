@@ -94,7 +94,7 @@ void PathDirItemInfo::PlacePendingItems() {
         item->PlaceInChain();
         item->m_pending = false;
     }
-    m_pendingItems.clear();
+    m_pendingItems = {}; // a directory is filled once; the room would stay for good
 }
 
 void PathAllDirItemInfo::PlaceAllItems() {

@@ -71,7 +71,8 @@ void NameIteratorImpl::StepToNext() {
 }
 
 GeneralNameIteratorImpl::GeneralNameIteratorImpl(IPathManager& manager, const PathNameInfo* info,
-                                                 const ustring& query, SearchScope scope, bool caseSensitive)
+                                                 const std::u16string_view& query, SearchScope scope,
+                                                 bool caseSensitive)
     : NameIteratorImpl(manager, info, query, caseSensitive) {
     if (!info)
         return;
@@ -101,7 +102,7 @@ PathItemInfo* GeneralNameIteratorImpl::Next(CategoryMask categories, std::uint32
 }
 
 ConstructorNameIteratorImpl::ConstructorNameIteratorImpl(IPathManager& manager, const PathNameInfo* info,
-                                                         const ustring& query, bool caseSensitive)
+                                                         const std::u16string_view& query, bool caseSensitive)
     : NameIteratorImpl(manager, info, query, caseSensitive) {
     if (info)
         m_next = info->GetChain(NameNestedFile);
@@ -124,7 +125,8 @@ PathItemInfo* ConstructorNameIteratorImpl::Next(CategoryMask categories, std::ui
 }
 
 DirScopeNameIteratorImpl::DirScopeNameIteratorImpl(IPathManager& manager, const PathNameInfo* info,
-                                                   const ustring& query, const ovDir& dir, bool caseSensitive)
+                                                   const std::u16string_view& query, const ovDir& dir,
+                                                   bool caseSensitive)
     : NameIteratorImpl(manager, info, query, caseSensitive),
       m_dir(dir),
       m_kind(info ? DirChildFile : DirChildGroupCount) {}

@@ -31,8 +31,9 @@ class NameIteratorImpl {
     virtual void ItemRemoved() {}
 
   protected:
-    /// @p info is what the index has under @p query; null for a name that it does not know.
-    NameIteratorImpl(IPathManager& manager, const PathNameInfo* info, const ustring& query,
+    /// @p info is what the index has under @p query; null for a name that it does not know. The name may
+    /// change while the iterator lives, and is then compared as it is.
+    NameIteratorImpl(IPathManager& manager, const PathNameInfo* info, const std::u16string_view& query,
                      bool caseSensitive)
         : m_manager(manager), m_query(query), m_caseSensitive(caseSensitive), m_nameInfo(info) {}
     NameIteratorImpl(const NameIteratorImpl&) = default;
@@ -45,7 +46,7 @@ class NameIteratorImpl {
 
     IPathManager& m_manager;
     bool m_includeCWD = true;
-    const ustring& m_query;
+    const std::u16string_view& m_query;
     const bool m_caseSensitive;
     PathItemInfo* m_current = nullptr;
     PathItemInfo* m_next = nullptr; ///< read ahead, since Accept may end the current item
@@ -58,7 +59,7 @@ class NameIteratorImpl {
 /// Chains in the order that the scope fixes, each in path order.
 class GeneralNameIteratorImpl final : public NameIteratorImpl {
   public:
-    GeneralNameIteratorImpl(IPathManager& manager, const PathNameInfo* info, const ustring& query,
+    GeneralNameIteratorImpl(IPathManager& manager, const PathNameInfo* info, const std::u16string_view& query,
                             SearchScope scope, bool caseSensitive);
 
     /// A category whose bit is clear when its turn comes is passed over for good; a chain once entered is
@@ -74,8 +75,8 @@ class GeneralNameIteratorImpl final : public NameIteratorImpl {
 /// Files of the name in class directories of the same name, in path order.
 class ConstructorNameIteratorImpl final : public NameIteratorImpl {
   public:
-    ConstructorNameIteratorImpl(IPathManager& manager, const PathNameInfo* info, const ustring& query,
-                                bool caseSensitive);
+    ConstructorNameIteratorImpl(IPathManager& manager, const PathNameInfo* info,
+                                const std::u16string_view& query, bool caseSensitive);
 
     PathItemInfo* Next(CategoryMask categories, std::uint32_t itemKinds) override;
 
@@ -86,8 +87,8 @@ class ConstructorNameIteratorImpl final : public NameIteratorImpl {
 /// The items of the name in one directory, in its own order.
 class DirScopeNameIteratorImpl final : public NameIteratorImpl {
   public:
-    DirScopeNameIteratorImpl(IPathManager& manager, const PathNameInfo* info, const ustring& query,
-                             const ovDir& dir, bool caseSensitive);
+    DirScopeNameIteratorImpl(IPathManager& manager, const PathNameInfo* info,
+                             const std::u16string_view& query, const ovDir& dir, bool caseSensitive);
 
     PathItemInfo* Next(CategoryMask categories, std::uint32_t itemKinds) override;
     /// The files have closed up, so that the next one stands where the current one stood.

@@ -1,13 +1,11 @@
 #include "ovsel/lookup/ovnamesearchcontexti.hpp"
 
-#include <utility>
-
 #include "ovsel/frame/ipathmanager.hpp"
 #include "ovsel/model/pathprivatediriteminfo.hpp"
 
 namespace Quorrant::ovsel {
 
-ovNameSearchContextI::ovNameSearchContextI(SearchQuestion question)
+ovNameSearchContextI::ovNameSearchContextI(const SearchQuestion& question)
     : ovSearchContextI(question), m_dir(question.dir) {
     ovNameSearchContextI::BuildIterators();
 }

@@ -8,7 +8,7 @@ namespace Quorrant::ovsel {
 /// A search for a name: one probe of the index, then the chains of that name in the order of precedence.
 class ovNameSearchContextI final : public ovSearchContextI {
   public:
-    explicit ovNameSearchContextI(SearchQuestion question);
+    explicit ovNameSearchContextI(const SearchQuestion& question);
 
     ovDir FindNextDir(ustring& fullName) override;
     ovDir FindNextSubDir(ustring& fullName) override;

@@ -5,7 +5,7 @@
 
 namespace Quorrant::ovsel {
 
-ovSearchAllContextI::ovSearchAllContextI(SearchQuestion question) : ovSearchContextI(question) {
+ovSearchAllContextI::ovSearchAllContextI(const SearchQuestion& question) : ovSearchContextI(question) {
     AppendIterators(question.dir);
     m_advance = m_iterators.empty() ? AdvanceState::AtEnd : AdvanceState::Advance;
 }

@@ -10,7 +10,7 @@ namespace Quorrant::ovsel {
 /// A search without a name: every item of the scope, directory by directory.
 class ovSearchAllContextI final : public ovSearchContextI {
   public:
-    explicit ovSearchAllContextI(SearchQuestion question);
+    explicit ovSearchAllContextI(const SearchQuestion& question);
 
     ovDir FindNextFileBounded(ustring& fullName, std::int32_t* match) override;
     ovDir FindNextDir(ustring& fullName) override;

@@ -1,10 +1,11 @@
 #include "ovsel/lookup/ovsearchcontexti.hpp"
 
+#include <algorithm>
 #include <cctype>
-#include <utility>
 
 #include <ovsel/names.hpp>
 
+#include "host_interfaces/filesystem.hpp"
 #include "host_interfaces/text.hpp"
 #include "ovsel/frame/ipathmanager.hpp"
 #include "ovsel/model/nulldiriteminfo.hpp"
@@ -39,11 +40,13 @@ bool ResolveRule(ovCaseSensitivity rule, const ovPath& path) {
 
 } // namespace
 
-ovSearchContextI::ovSearchContextI(SearchQuestion question)
+ovSearchContextI::ovSearchContextI(const SearchQuestion& question)
     : m_path(question.path),
       m_scope(question.scope),
       m_caseSensitive(ResolveRule(question.rule, question.path)) {
-    SplitName(std::move(question.name));
+    m_text.assign(question.name.begin(), question.name.end());
+    std::replace(m_text.begin(), m_text.end(), u'/', fl::filesystem::PATHNAME_SEPARATOR[0]);
+    SplitName({m_text.data(), m_text.size()});
     const fl::i18n::codecvt_ascii_to_ustring convert;
     for (ovExtensionList next = question.extensions; next && *next; ++next)
         m_extensions.push_back(convert(**next == '.' ? *next + 1 : *next));
@@ -51,32 +54,33 @@ ovSearchContextI::ovSearchContextI(SearchQuestion question)
 }
 
 /// The first unit is never taken for a separator or a dot.
-void ovSearchContextI::SplitName(ustring name) {
-    std::size_t dot = ustring::npos;
-    std::size_t separator = ustring::npos;
+void ovSearchContextI::SplitName(std::u16string_view name) {
+    constexpr std::size_t none = std::u16string_view::npos;
+    std::size_t dot = none;
+    std::size_t separator = none;
     for (std::size_t i = name.size(); i-- > 1;) {
         if (ovIsPathNameSep(name[i])) {
             ++m_separatorCount;
-            if (separator == ustring::npos)
+            if (separator == none)
                 separator = i;
-        } else if (name[i] == u'.' && dot == ustring::npos && separator == ustring::npos) {
+        } else if (name[i] == u'.' && dot == none && separator == none) {
             dot = i;
         }
     }
-    if (dot != ustring::npos) {
+    if (dot != none) {
         m_hasDot = true;
         m_extension = name.substr(dot + 1);
-        name.resize(dot);
+        name = name.substr(0, dot);
     }
-    if (separator != ustring::npos && separator + 1 < name.size()) {
+    if (separator != none && separator + 1 < name.size()) {
         m_dirPart = name.substr(0, separator);
-        name.erase(0, separator + 1);
+        name.remove_prefix(separator + 1);
     }
-    m_name = std::move(name);
-    if (!m_name.empty() && IsSentinel(m_name.front())) {
-        m_prefixChar = m_name.front();
-        m_name.erase(0, 1);
+    if (!name.empty() && IsSentinel(name.front())) {
+        m_prefixChar = name.front();
+        name.remove_prefix(1);
     }
+    m_name = name;
 }
 
 void ovSearchContextI::SetMode(SearchMode mode) {
@@ -88,8 +92,9 @@ void ovSearchContextI::SetMode(SearchMode mode) {
     if (mode != SearchModeDir || !m_hasDot)
         return;
     // What looked like an extension belongs to a directory's name.
-    m_name.append(1, u'.').append(m_extension);
-    m_extension.clear();
+    m_longerName = ustring(m_name).append(1, u'.').append(m_extension);
+    m_name = m_longerName;
+    m_extension = {};
     BuildIterators();
 }
 

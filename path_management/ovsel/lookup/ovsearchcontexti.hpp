@@ -14,7 +14,7 @@ namespace Quorrant::ovsel {
 /// One question put to a path.
 struct SearchQuestion {
     ovPath path;
-    ustring name; ///< in native form
+    std::u16string_view name; ///< with either separator
     ovExtensionList extensions;
     ovDir dir; ///< the place that the search looks from
     SearchScope scope;
@@ -38,7 +38,7 @@ class ovSearchContextI : public ovSearch {
     ovDir FindNextUnspecified(ustring& fullName, std::int32_t* match) override;
 
   protected:
-    explicit ovSearchContextI(SearchQuestion question);
+    explicit ovSearchContextI(const SearchQuestion& question);
 
     /// Which step comes before the next candidate is looked at.
     enum class AdvanceState {
@@ -64,11 +64,13 @@ class ovSearchContextI : public ovSearch {
     ovDir CurrentAsDir() const;
 
     ovPath m_path;
-    ustring m_name;
+    boost::container::small_vector<char16_t, 64> m_text; ///< the name as asked, which the views below lie in
+    ustring m_longerName;                                ///< m_name with its dot, once that belongs to it
+    std::u16string_view m_name;
     char16_t m_prefixChar = 0;
-    ustring m_extension;
+    std::u16string_view m_extension;
     bool m_hasDot = false;
-    ustring m_dirPart;
+    std::u16string_view m_dirPart;
     std::int32_t m_separatorCount = 0;
     boost::container::small_vector<ustring, 4> m_extensions;
     SearchScope m_scope;
@@ -81,7 +83,7 @@ class ovSearchContextI : public ovSearch {
     AdvanceState m_advance = AdvanceState::AtEnd;
 
   private:
-    void SplitName(ustring name);
+    void SplitName(std::u16string_view name);
     std::int32_t MatchExtension(const PathItemInfo& item) const;
     bool QualifyItem(const PathAllDirItemInfo& dir, const PathItemInfo& item, ustring& fullName) const;
     bool IsQualifiedEnough(const PathAllDirItemInfo& dir) const;

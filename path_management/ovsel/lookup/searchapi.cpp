@@ -3,15 +3,15 @@
 #include <cstring>
 #include <memory>
 #include <string>
-#include <utility>
 
 #include <ovsel/pathlist.hpp>
 
-#include "host_interfaces/filesystem.hpp"
 #include "host_interfaces/text.hpp"
-#include "ovsel/frame/ipathmanager.hpp"
+#include "ovsel/frame/pathwalk.hpp"
+#include "ovsel/lookup/fullnamelookup.hpp"
 #include "ovsel/lookup/ovnamesearchcontexti.hpp"
 #include "ovsel/lookup/ovsearchallcontexti.hpp"
+#include "ovsel/model/nulldiriteminfo.hpp"
 #include "ovsel/names/pathnames.hpp"
 
 using Quorrant::ovsel::ovNameSearchContextI;
@@ -22,7 +22,7 @@ namespace {
 
 SearchQuestion Ask(const ovPath& path, const ustring& name, ovExtensionList extensions, const ovDir& dir,
                    SearchScope scope, ovCaseSensitivity rule) {
-    return {path, fl::filesystem::make_native_form(name, true), extensions, dir, scope, rule};
+    return {path, name, extensions, dir, scope, rule};
 }
 
 SearchQuestion AskPath(const ovPath& path, const ustring& name, ovExtensionList extensions, SearchScope scope,
@@ -44,13 +44,18 @@ SearchQuestion AskVisible(const ovPath& path, const ovDir& dir, const ustring& n
 }
 
 ovDir AskersDir(const ovPath& path, std::u16string_view dirName) {
-    return dirName.empty() ? ovGetNullDir(path) : ovFindDirFullName(path, ustring(dirName));
+    if (dirName.find(u'/') != std::u16string_view::npos)
+        return ovFindDirFullName(path, ustring(dirName));
+    PathItemInfo* found =
+        dirName.empty() ? nullptr : FullNameLookup(**path).FindDirFullName(dirName, ovDirTypeNull);
+    return OrNullDir(**path,
+                     found && found->IsDirRecord() ? static_cast<PathAllDirItemInfo*>(found) : nullptr);
 }
 
-ovSearch* CreateSearch(SearchQuestion question) {
+ovSearch* CreateSearch(const SearchQuestion& question) {
     if (question.name.empty())
-        return new ovSearchAllContextI(std::move(question));
-    return new ovNameSearchContextI(std::move(question));
+        return new ovSearchAllContextI(question);
+    return new ovNameSearchContextI(question);
 }
 
 void SetDir(ovDir* out, const ovDir& dir) {
@@ -65,12 +70,12 @@ int FirstFile(ovSearch& search, ovDir* dir, ustring& fullName) {
 }
 
 /// One question, one answer: the search stays on the stack.
-int AnswerOnce(SearchQuestion question, ovDir* dir, ustring& fullName) {
+int AnswerOnce(const SearchQuestion& question, ovDir* dir, ustring& fullName) {
     if (question.name.empty()) {
-        ovSearchAllContextI search(std::move(question));
+        ovSearchAllContextI search(question);
         return FirstFile(search, dir, fullName);
     }
-    ovNameSearchContextI search(std::move(question));
+    ovNameSearchContextI search(question);
     return FirstFile(search, dir, fullName);
 }
 

@@ -1,6 +1,7 @@
 #include "ovsel/names/nameequality.hpp"
 
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <typeinfo>
 
@@ -33,8 +34,11 @@ char16_t LowerAscii(char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<ch
 bool NamesEqual(std::u16string_view a, std::u16string_view b, bool caseSensitive) {
     if (a.size() != b.size())
         return false;
-    if (caseSensitive)
-        return a == b;
+    if (a.empty())
+        return true;
+    const bool same = std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
+    if (same || caseSensitive)
+        return same;
     // ASCII folds to ASCII, so the full comparison is needed only from the first other unit on; but folding
     // is a matter of the whole text there, since one unit may fold to several.
     for (std::size_t i = 0; i < a.size(); ++i) {
