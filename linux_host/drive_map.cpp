@@ -67,6 +67,26 @@ bool ForEachElement(std::string_view path, Use use) {
     return true;
 }
 
+/// Does no `..` of the path lead above where it begins?
+bool StaysBelow(std::string_view path) {
+    std::size_t depth = 0;
+    return ForEachElement(path, [&](std::string_view element) {
+        if (element == "..") {
+            return depth-- > 0;
+        }
+        depth += element == "." ? 0U : 1U;
+        return true;
+    });
+}
+
+/// The same for what stands behind the root of a name.
+bool StaysBelowRoot(View rest) {
+    std::string path;
+    AppendNarrow(path, rest);
+    std::replace(path.begin(), path.end(), '\\', '/');
+    return StaysBelow(path);
+}
+
 /// Without doubled separators, `.` and a separator at the end.
 std::string Tidied(std::string_view path) {
     std::string tidy;
@@ -124,6 +144,7 @@ class Roots {
         const auto consider = [&](const Root& root) {
             const std::size_t length = root.folder.size();
             if (path.starts_with(root.folder) && (path.size() == length || path[length] == '/') &&
+                (length == 0 || StaysBelow(path.substr(length))) &&
                 (best == nullptr || length > best->folder.size())) {
                 best = &root;
             }
@@ -182,6 +203,10 @@ ResolvedPath ResolveAbsolute(const ustring& name) {
     result.path = root->folder;
     if (!AppendNarrow(result.path, rest)) {
         return {{}, PathFault::Unconvertible};
+    }
+    // `..` above the root vanishes; on the disk it would lead out of a folder that a root stands for.
+    if (!root->folder.empty() && rest.find(u"..") != View::npos && !StaysBelowRoot(rest)) {
+        return ResolveAbsolute(fl::filesystem::canonical(name, {}));
     }
     std::replace(result.path.begin() + static_cast<std::ptrdiff_t>(root->folder.size()), result.path.end(),
                  '\\', '/');

@@ -61,7 +61,8 @@ struct Listing {
 };
 
 /// Reads a directory in one pass. Sockets, pipes, devices, `.` and `..`, names that the grammar cannot spell,
-/// and special folders (`@...`, `+...`, `private`) that are one of their own ancestors are left out.
+/// and links under a special name (`@...`, `+...`, `private`) that lead to one of their own ancestors, or that stand
+/// behind three such links already, are left out.
 /// @return nothing if there is no such directory or it cannot be read; what was read when it vanishes midway.
 OVSEL_HOST_API std::optional<Listing> ListDirectory(const ustring& name);
 
@@ -79,7 +80,7 @@ struct Counters {
     std::uint64_t listings = 0;         ///< directories read
     std::uint64_t unspellable = 0;      ///< entries left out: `\` or `:` in the name
     std::uint64_t specialFiles = 0;     ///< entries left out: sockets, pipes, devices
-    std::uint64_t ancestorLinks = 0;    ///< entries left out: special folders that are their own ancestors
+    std::uint64_t ancestorLinks = 0;    ///< entries left out: special links into a circle or behind too many others
     std::uint64_t existenceQueries = 0; ///< questions whether a name is a directory
     std::uint64_t events = 0;           ///< change events read
     std::uint64_t overflows = 0;        ///< times that the system lost events, and every handle was signalled

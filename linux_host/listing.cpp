@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <dirent.h>
 #include <fcntl.h>
 #include <limits>
@@ -79,6 +81,25 @@ class Ancestors {
     std::vector<Identity> m_identities;
 };
 
+/// How many special links one name may go through.
+constexpr int MostSpecialLinks = 3;
+
+bool IsSpecial(std::string_view name) { return name[0] == '@' || name[0] == '+' || name == "private"; }
+
+int CountSpecialLinks(const std::string& path) {
+    int count = 0;
+    for (std::size_t begin = 1; begin < path.size();) {
+        const std::size_t end = std::min(path.find('/', begin), path.size());
+        struct stat status {};
+        if (end > begin && IsSpecial(std::string_view(path).substr(begin, end - begin)) &&
+            ::lstat(path.substr(0, end).c_str(), &status) == 0 && S_ISLNK(status.st_mode)) {
+            ++count;
+        }
+        begin = end + 1;
+    }
+    return count;
+}
+
 /// One listing in the making: takes the entries in the order of the disk, gives them back sorted.
 class ListingBuilder {
   public:
@@ -94,7 +115,7 @@ class ListingBuilder {
             ++CountersInForce().unspellable;
         } else if (!IsFileDirectoryOrUnknown(entry.d_type)) {
             ++CountersInForce().specialFiles;
-        } else if (IsOwnAncestor(entry)) {
+        } else if (LeadsAstray(entry)) {
             ++CountersInForce().ancestorLinks;
         } else {
             Append(name, WordOf(entry.d_type));
@@ -133,23 +154,48 @@ class ListingBuilder {
         return type == DT_DIR ? DirectoryWord : type == DT_REG ? FileWord : 0;
     }
 
-    /// Only special folders are read without being asked for, so only they can run in a circle.
-    bool IsOwnAncestor(const dirent& entry) {
-        const std::string_view name = entry.d_name;
-        const bool special = name[0] == '@' || name[0] == '+' || name == "private";
-        if (!special || entry.d_type == DT_REG) {
+    /// Only special folders are read without being asked for, so only they can run in a circle, and only
+    /// where a link is involved. Links side by side, level by level, multiply too without a circle: beyond a
+    /// few special links in one name no further one is taken.
+    bool LeadsAstray(const dirent& entry) {
+        if (!IsSpecial(entry.d_name) || entry.d_type == DT_REG ||
+            (entry.d_type == DT_DIR && !IsReachedThroughLinks())) {
             return false;
         }
         if (!m_ancestors) {
             m_ancestors.emplace(m_path);
+            m_linksAbove = CountSpecialLinks(m_path);
         }
         // A real folder tells its inode for nothing, and nearly always that rules it out.
         if (entry.d_type == DT_DIR && !m_ancestors->ContainInode(entry.d_ino)) {
             return false;
         }
         struct stat status {};
-        return ::fstatat(m_descriptor, entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode) &&
-               m_ancestors->Contain({status.st_dev, status.st_ino});
+        if (::fstatat(m_descriptor, entry.d_name, &status, 0) != 0 || !S_ISDIR(status.st_mode)) {
+            return false;
+        }
+        return m_ancestors->Contain({status.st_dev, status.st_ino}) ||
+               (m_linksAbove >= MostSpecialLinks && IsLink(entry));
+    }
+
+    /// One question for a directory with special entries; to compare it with all its ancestors costs one for
+    /// each, and each of those grows with the depth.
+    bool IsReachedThroughLinks() {
+        if (!m_reachedThroughLinks) {
+            std::array<char, PATH_MAX> real{};
+            const std::string self = "/proc/self/fd/" + std::to_string(m_descriptor);
+            const ssize_t length = ::readlink(self.c_str(), real.data(), real.size());
+            m_reachedThroughLinks =
+                length < 0 || std::string_view(real.data(), static_cast<std::size_t>(length)) != m_path;
+        }
+        return *m_reachedThroughLinks;
+    }
+
+    bool IsLink(const dirent& entry) const {
+        struct stat status {};
+        return entry.d_type == DT_LNK ||
+               (::fstatat(m_descriptor, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+                S_ISLNK(status.st_mode));
     }
 
     void Append(std::string_view name, unsigned short word) {
@@ -166,7 +212,9 @@ class ListingBuilder {
     const std::string& m_path;
     ustring m_names;
     std::vector<Entry> m_entries;         ///< ranges of m_names, so that sorting moves no text
-    std::optional<Ancestors> m_ancestors; ///< found out at the first special entry
+    std::optional<Ancestors> m_ancestors; ///< found out at the first special link
+    std::optional<bool> m_reachedThroughLinks;
+    int m_linksAbove = 0; ///< special links that the directory's own name goes through
 };
 
 bool Status(const ustring& name, struct stat& status) {

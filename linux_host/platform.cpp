@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <ctime>
 #include <string_view>
 #include <unistd.h>
 #include <utility>
@@ -23,13 +24,20 @@ class LinuxPlatform final : public IPlatform {
 
     ustring FullPath(const ustring& name) override {
         try {
-            return fl::filesystem::canonical(name, {});
+            return fl::filesystem::canonical(name.empty() ? fl::filesystem::CURRENT_DIRECTORY : name, {});
         } catch (const fl::filesystem::Failure&) {
             return {};
         }
     }
 
-    std::int64_t CurrentTime() override { return std::time(nullptr); }
+    /// time() reads a clock that ticks with the scheduler and may lie behind the times that files get; a
+    /// folder from the next second would then look as if it came from the future, and what follows within it
+    /// be missed.
+    std::int64_t CurrentTime() override {
+        std::timespec now{};
+        ::clock_gettime(CLOCK_REALTIME, &now);
+        return now.tv_sec;
+    }
 
     bool LocalTime(std::int64_t seconds, std::tm& result) override {
         const std::time_t time = seconds;

@@ -22,7 +22,8 @@ int PrintToSink(const char* format, std::va_list arguments) {
         std::string text(static_cast<std::size_t>(length) + 1, '\0');
         std::vsnprintf(text.data(), text.size(), format, arguments);
         text.pop_back();
-        Sink()(text);
+        const auto sink = Sink(); // it may replace itself
+        sink(text);
     }
     return length;
 }

@@ -166,6 +166,30 @@ TEST_F(Listings, OfWhatIsNoReadableFolderAreNothing) {
     EXPECT_EQ(answer, 0);
 }
 
+/// All special folders that lie below @p dir, by being listed, up to @p budget.
+std::size_t CountSpecialFolders(const ustring& dir, std::size_t& budget) {
+    const auto listing = ListDirectory(dir);
+    std::size_t count = 0;
+    for (const char16_t* name = listing ? listing->names.data() : u""; *name != 0;
+         name += ustring(name).size() + 1) {
+        if (*name == u'+' && budget > 0) {
+            --budget;
+            count += 1 + CountSpecialFolders(dir + u"\\" + name, budget);
+        }
+    }
+    return count;
+}
+
+TEST_F(Listings, DoNotMultiplyThroughLinksSideBySide) {
+    TempTree tree{"d0/"};
+    for (int i = 0; i < 20; ++i) {
+        const std::string here = "d" + std::to_string(i), next = "d" + std::to_string(i + 1);
+        tree.Add({next + "/", here + "/+a -> ../" + next, here + "/+b -> ../" + next});
+    }
+    std::size_t budget = 1000;
+    EXPECT_EQ(CountSpecialFolders(NameOf(tree, "d0"), budget), 2U + 4U + 8U) << "no circle, and 2^20 names";
+}
+
 TEST_F(Listings, OfAHundredThousandFilesAreCompleteAndInOrder) {
     constexpr int Count = 100000;
     const TempTree tree = TempTree::InMemory();

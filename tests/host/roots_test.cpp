@@ -5,12 +5,15 @@
 #include "host_interfaces/platform.hpp"
 #include "host_interfaces/storage.hpp"
 #include "host_interfaces/text.hpp"
+#include "host_test.hpp"
 #include "linux_host/linux_host.hpp"
 
 namespace {
 
 using foundation::storage::vfs::AbsoluteIRI;
 using linux_host::DriveMap;
+using test::NameOf;
+using test::TempTree;
 
 std::string Narrow(const ustring& text) { return fl::i18n::codecvt_ustring_to_narrow_string()(text); }
 
@@ -72,6 +75,17 @@ TEST_F(Roots, AreReplacedAndRefusedWhenMalformed) {
     DriveMap::Reset();
     EXPECT_FALSE(DriveMap::ToPath(u"D:\\x"));
     EXPECT_EQ(DriveMap::ToPath(u"C:\\x"), "/x");
+}
+
+TEST_F(Roots, KeepDotDotInside) {
+    const TempTree tree{"data/x", "secret/y"};
+    DriveMap::Add(u"D:", tree.Path("data"), DriveMap::Kind::Fixed);
+    EXPECT_TRUE(fl::filesystem::exists(u"D:\\a\\..\\..\\x")) << "`..` above the root vanishes";
+    EXPECT_FALSE(fl::filesystem::exists(u"D:\\..\\secret"));
+    EXPECT_FALSE(linux_host::ListDirectory(u"D:\\..\\secret"));
+    const auto name = DriveMap::ToName(tree.Path("data/../secret"));
+    ASSERT_TRUE(name);
+    EXPECT_EQ(fl::filesystem::canonical(*name, {}), NameOf(tree, "secret")) << "such a path is not below D:";
 }
 
 /// path, name and the chain of parents of a location
