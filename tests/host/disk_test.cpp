@@ -112,7 +112,7 @@ TEST_F(Disk, TakesRelativeNamesAgainstTheCurrentDirectory) {
     EXPECT_EQ(linux_host::GetCounters().existenceQueries, 2U);
     EXPECT_EQ(linux_host::ListDirectory(u".").value().names, ustring(u"sub\0\0", 5));
     EXPECT_EQ(host::Platform().FullPath(u"sub\\..\\a.sv"), root + u"\\dir\\a.sv");
-    EXPECT_EQ(host::Platform().FullPath(u""), u"");
+    EXPECT_EQ(host::Platform().FullPath(u""), fl::filesystem::current_path());
     EXPECT_EQ(host::Platform().FullPath(u"\\\\server"), u"");
 
     fs::current_path(u"sub");

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host_interfaces/filesystem.hpp"
 #include "host_interfaces/platform.hpp"
 #include "host_interfaces/storage.hpp"
 #include "host_interfaces/text.hpp"
