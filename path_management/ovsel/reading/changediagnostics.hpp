@@ -8,8 +8,9 @@
 /// and for tests to turn on.
 bool& ChangeDiagnostics();
 
-/// A message through that hook, if the switch is on.
-inline void ReportDiagnostic(const char* id, std::vector<ustring> arguments) {
+/// A message through that hook, if the switch is on; only then are its arguments made.
+template <class MakeArguments>
+void ReportDiagnostic(const char* id, MakeArguments makeArguments) {
     if (ChangeDiagnostics())
-        ReportMessage(MessageChannel::Info, id, std::move(arguments));
+        ReportMessage(MessageChannel::Info, id, makeArguments());
 }

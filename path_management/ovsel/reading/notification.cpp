@@ -21,6 +21,8 @@ constexpr std::uint32_t probeMilliseconds = 1000;
 constexpr char16_t probeFileName[] = u"$sorven_temp_file$";
 constexpr char probeText[] = "$sorven_temp_file$";
 
+using Arguments = std::vector<ustring>;
+
 /// Values of FileSystemEntry::m_probeState.
 enum ProbeState : std::uint32_t { NotProbed = 0, ProbeImpossible = 1, ProbeWritten = 2 };
 
@@ -59,13 +61,14 @@ void PathAllDirItemInfo::StartChangeDetection(bool watch) {
     if (!watch || m_state == DirFrozen) {
         m_refreshPolicy = ovRefreshNever;
         if (m_state == DirUnloaded && !watch)
-            ReportDiagnostic("skipFindFirstDirCheck", {GetCheckName()});
+            ReportDiagnostic("skipFindFirstDirCheck", [&] { return Arguments{GetCheckName()}; });
         return;
     }
     const ustring name = GetCheckName();
     m_notificationHandle = host::Platform().FindFirstChangeNotification(name, false, watchedChanges);
-    ReportDiagnostic("inUseFindFirstDirCheck",
-                     {Number(GetManager()->GetNotifiedDirCount()), Hex(m_notificationHandle, "0x"), name});
+    ReportDiagnostic("inUseFindFirstDirCheck", [&] {
+        return Arguments{Number(GetManager()->GetNotifiedDirCount()), Hex(m_notificationHandle, "0x"), name};
+    });
 
     FileSystemEntry& fs = GetManager()->GetFileSystemEntry(m_fileSystemIndex);
     const bool isFirstOnFileSystem = fs.m_handlesObtained == 0 && fs.m_handleFailures == 0;
@@ -161,7 +164,7 @@ void PathAllDirItemInfo::ReleaseNotification() {
     m_refreshPolicy = ovRefreshNever;
     if (!HasNotificationHandle())
         return;
-    ReportDiagnostic("releaseNotificationHandle", {GetName()});
+    ReportDiagnostic("releaseNotificationHandle", [&] { return Arguments{GetName()}; });
     host::Platform().FindCloseChangeNotification(m_notificationHandle);
     GetManager()->DecrementNotifiedDirCount();
     m_notificationHandle = host::InvalidChangeHandle;
@@ -191,7 +194,7 @@ bool PathAllDirItemInfo::TakeAsChanged() {
 
 bool PathAllDirItemInfo::CheckNotification() {
     const std::uint32_t result = host::Platform().WaitForSingleObject(m_notificationHandle, 0);
-    ReportDiagnostic("changeNotificationDirCheck", {LabelOf(result), GetName()});
+    ReportDiagnostic("changeNotificationDirCheck", [&] { return Arguments{LabelOf(result), GetName()}; });
     if (result == host::WaitTimeout)
         return NoChangeSeen();
     if (result == host::WaitObject0)

@@ -21,7 +21,8 @@ void ReportComparison(const char* caseId, std::int64_t reference, std::int64_t c
     if (!ChangeDiagnostics())
         return;
     ustring text = fl::i18n::message_text({"SORVEN:ovsel", caseId, {}}, fl::i18n::Locale::global());
-    ReportDiagnostic("timestampDiagnostic", {std::move(text), Number(reference), Number(current), name});
+    ReportMessage(MessageChannel::Info, "timestampDiagnostic",
+                  {std::move(text), Number(reference), Number(current), name});
 }
 
 /// Is this how a directory without a handle is watched?
