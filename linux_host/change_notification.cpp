@@ -101,9 +101,7 @@ bool ChangeNotification::Close(host::ChangeHandle handle) {
     m_folders[number] = {};
     m_free.push_back(number);
     --CountersInForce().handles;
-    if (m_names.NeedsTaking()) {
-        Take(0);
-    }
+    TakeEchoes();
     return true;
 }
 
@@ -117,14 +115,22 @@ std::uint32_t ChangeNotification::Wait(host::ChangeHandle handle, std::uint32_t 
     }
     const std::uint32_t number = NumberOf(*state);
     std::uint32_t answer = Answer(number);
+    if (answer == host::WaitTimeout && milliseconds > 0) {
+        answer = AnswerWithin(number, milliseconds);
+    }
+    TakeEchoes();
+    return answer;
+}
+
+/// Goes on waiting when what happened was news for others.
+std::uint32_t ChangeNotification::AnswerWithin(std::uint32_t number, std::uint32_t milliseconds) {
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
-    while (answer == host::WaitTimeout && milliseconds > 0) {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
-        if (left <= 0) {
-            break;
-        }
-        Take(static_cast<int>(std::min<std::int64_t>(left, std::numeric_limits<int>::max())));
+    std::uint32_t answer = host::WaitTimeout;
+    for (auto left = end - Clock::now(); answer == host::WaitTimeout && left > Clock::duration::zero();
+         left = end - Clock::now()) {
+        const std::int64_t count = std::chrono::ceil<std::chrono::milliseconds>(left).count();
+        Take(static_cast<int>(std::min<std::int64_t>(count, std::numeric_limits<int>::max())));
         answer = Answer(number);
     }
     return answer;
@@ -199,6 +205,7 @@ bool ChangeNotification::LeadsToItsFolder(std::uint32_t number) const {
 
 std::uint32_t ChangeNotification::Answer(std::uint32_t number) {
     State& state = m_states[number];
+    // A name that changed unseen may have left false places behind, which others lead through too.
     if (state.blind && !state.dead && !LeadsToItsFolder(number)) {
         m_names.LoseAll();
     }
@@ -206,9 +213,17 @@ std::uint32_t ChangeNotification::Answer(std::uint32_t number) {
         if (!Attach(number)) {
             return host::WaitFailed;
         }
+        // Whatever was listed there in the meantime: nobody was told what the name leads to now.
         state.signalled = true;
     }
     return state.signalled ? host::WaitObject0 : host::WaitTimeout;
+}
+
+/// Keeps the queue from filling with what given-back watches leave in it. Not from within a walk over places.
+void ChangeNotification::TakeEchoes() {
+    if (m_names.NeedsTaking()) {
+        Take(0);
+    }
 }
 
 /// Takes the events in. Where something was mounted, names lead elsewhere without one.

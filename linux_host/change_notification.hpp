@@ -65,7 +65,9 @@ class ChangeNotification final : private NameListener {
     bool Attach(std::uint32_t number);
     bool LeadsToItsFolder(std::uint32_t number) const;
     std::uint32_t Answer(std::uint32_t number);
+    std::uint32_t AnswerWithin(std::uint32_t number, std::uint32_t milliseconds);
     void Take(int milliseconds);
+    void TakeEchoes();
 
     WatchedNames m_names{*this};
     std::vector<State> m_states;

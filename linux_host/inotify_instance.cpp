@@ -37,6 +37,7 @@ int InotifyInstance::Open() {
         return -errno;
     }
     CountCall();
+    // Polls as ready whenever mounts have changed since the last poll; it is never read.
     m_mounts = ::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     m_buffer.resize(BufferSize);
     return 0;

@@ -87,6 +87,7 @@ bool WatchedNames::Anchor::IsFolder(const struct ::stat& status) const {
 }
 
 std::optional<WatchedNames::Anchor> WatchedNames::Attach(const std::string& path, std::uint32_t number) {
+    // What is not anchored goes with this vector, watches included.
     std::vector<PlacePtr> places;
     if (!Walk(path, places) || places.back()->watch == NoWatch) {
         return std::nullopt;
@@ -117,6 +118,7 @@ bool WatchedNames::Walk(std::string path, std::vector<PlacePtr>& places) {
             continue;
         }
         if (element == "..") {
+            // The name still needs the folder that it leaves here.
             places.push_back(place);
             place = place->parent != nullptr ? place->parent : place;
             continue;
@@ -172,6 +174,7 @@ bool WatchedNames::Establish(Place& place) {
         place.watch = watch;
         CountersInForce().watches = m_owners.size();
     } else if (watch != -ENOTDIR && watch != -EACCES) {
+        // No directory may be a link, and one that may not be read can still be gone through.
         return false;
     }
     struct ::stat status {};
@@ -194,7 +197,7 @@ bool WatchedNames::Establish(Place& place) {
 int WatchedNames::AddWatch(const std::string& path) {
     const int watch = m_inotify.Add(path);
     if (watch >= 0 && !m_owners.contains(watch) && m_owners.size() >= FaultsInForce().mostWatches) {
-        m_inotify.Remove(watch);
+        m_inotify.Remove(watch); // the number was new, so nobody else has it
         return -ENOSPC;
     }
     return watch;
@@ -228,19 +231,13 @@ void WatchedNames::Apply(const ::inotify_event& event) {
     if (found == m_owners.end()) {
         return; // an echo of a watch that was given back
     }
+    // Of several owners some may be lost already: those of a name from which the directory was moved.
     for (Place* place : found->second) {
         if ((event.mask & SelfGone) != 0) {
             Lose(*place);
         } else if (!place->lost) {
             Tell(*place, event);
         }
-    }
-    if ((event.mask & IN_IGNORED) != 0) {
-        for (Place* place : found->second) {
-            place->watch = NoWatch;
-        }
-        m_owners.erase(found);
-        CountersInForce().watches = m_owners.size();
     }
 }
 
@@ -256,6 +253,8 @@ void WatchedNames::Tell(const Place& place, const ::inotify_event& event) {
     }
 }
 
+/// Takes a place and what lies beneath it out of the tree, for a later name to find none. Only anchors free
+/// places, so that events are applied to places that stay.
 void WatchedNames::Lose(Place& place) {
     if (place.parent != nullptr) {
         place.parent->Forget(place);
