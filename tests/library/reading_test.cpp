@@ -61,6 +61,7 @@ TEST_F(Reading, AsksTheDiskAboutSpecialNamesOnly) {
 TEST_F(Reading, TakesTheModeFromTheEnvironmentOnce) {
     // The mode of this process has been asked for long ago; that nothing asks again is what can be seen here.
     platform.environment["PATH_MGR_MODE"] = "vfs";
+    platform.calls.clear();
     EXPECT_FALSE(IsVFSMode());
     EXPECT_EQ(0, platform.calls["GetEnvironment"]);
 }

@@ -5,10 +5,10 @@
 #include "host_interfaces/text.hpp"
 #include "ovsel/frame/handlecheck.hpp"
 #include "ovsel/frame/ipathmanager.hpp"
-#include "ovsel/frame/pathwalk.hpp"
 #include "ovsel/model/nulldiriteminfo.hpp"
 #include "ovsel/model/pathdiriteminfo.hpp"
 #include "ovsel/model/pathprivatediriteminfo.hpp"
+#include "ovsel/model/pathwalk.hpp"
 
 namespace {
 

@@ -4,11 +4,11 @@
 
 #include "host_interfaces/text.hpp"
 #include "host_interfaces/utility.hpp"
-#include "ovsel/frame/pathwalk.hpp"
 #include "ovsel/lookup/pathnameinfo.hpp"
 #include "ovsel/model/nulldiriteminfo.hpp"
 #include "ovsel/model/pathclassdiriteminfo.hpp"
 #include "ovsel/model/pathpackagediriteminfo.hpp"
+#include "ovsel/model/pathwalk.hpp"
 #include "ovsel/names/nameequality.hpp"
 
 namespace {

@@ -1,10 +1,10 @@
 #include "ovsel/lookup/pathitemiterators.hpp"
 
-#include "ovsel/frame/pathwalk.hpp"
 #include "ovsel/model/pathclassdiriteminfo.hpp"
 #include "ovsel/model/pathdiriteminfo.hpp"
 #include "ovsel/model/pathfileiteminfo.hpp"
 #include "ovsel/model/pathprivatediriteminfo.hpp"
+#include "ovsel/model/pathwalk.hpp"
 
 namespace Quorrant::ovsel {
 

@@ -7,11 +7,11 @@
 #include <ovsel/pathlist.hpp>
 
 #include "host_interfaces/text.hpp"
-#include "ovsel/frame/pathwalk.hpp"
 #include "ovsel/lookup/fullnamelookup.hpp"
 #include "ovsel/lookup/ovnamesearchcontexti.hpp"
 #include "ovsel/lookup/ovsearchallcontexti.hpp"
 #include "ovsel/model/nulldiriteminfo.hpp"
+#include "ovsel/model/pathwalk.hpp"
 #include "ovsel/names/pathnames.hpp"
 
 using Quorrant::ovsel::ovNameSearchContextI;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ovsel/frame/ipathmanager.hpp"
+#include "ovsel/model/nulldiriteminfo.hpp"
 
 /// The entry at @p position, or the first behind it where that is a current-directory slot without a
 /// directory; null past the end.
