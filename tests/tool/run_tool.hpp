@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -10,9 +11,12 @@
 #include <initializer_list>
 #include <iterator>
 #include <map>
+#include <optional>
+#include <poll.h>
 #include <pty.h>
 #include <stdexcept>
 #include <string>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -60,6 +64,8 @@ struct Tool {
     }
 
   private:
+    friend class RunningTool;
+
     int OpenStdout(const TempTree& files, int& master) const {
         std::array<int, 2> ends{};
         switch (target) {
@@ -118,6 +124,84 @@ struct Tool {
             text.erase(at, root.size() + 1);
         return text;
     }
+};
+
+/// The tool while it runs, its standard output read line by line. Nothing here waits longer than a healthy
+/// tool could ever need.
+class RunningTool {
+  public:
+    RunningTool(Tool tool, const std::vector<std::string>& arguments) : m_tool(std::move(tool)) {
+        std::array<int, 2> ends{};
+        if (::pipe2(ends.data(), O_CLOEXEC) != 0)
+            throw std::runtime_error("no pipe");
+        m_out = ends[0];
+        m_child = ::fork();
+        if (m_child == 0)
+            m_tool.Become(arguments, m_files, ends[1]);
+        ::close(ends[1]);
+        m_process = static_cast<int>(::syscall(SYS_pidfd_open, m_child, 0));
+    }
+    ~RunningTool() {
+        if (m_child > 0)
+            Finish();
+        CloseOutput();
+        ::close(m_process);
+    }
+    RunningTool(const RunningTool&) = delete;
+    RunningTool& operator=(const RunningTool&) = delete;
+
+    /// Nothing at the end of the output, and when the line does not come.
+    std::optional<std::string> NextLine() {
+        std::array<char, 4096> buffer{};
+        for (;;) {
+            if (const std::size_t end = m_text.find('\n'); end != std::string::npos) {
+                const std::string line = m_tool.Shortened(m_text.substr(0, end));
+                m_text.erase(0, end + 1);
+                return line;
+            }
+            const ::ssize_t count =
+                IsReady(m_out) ? ::read(m_out, buffer.data(), buffer.size()) : ::ssize_t{0};
+            if (count <= 0)
+                return std::nullopt;
+            m_text.append(buffer.data(), static_cast<std::size_t>(count));
+        }
+    }
+
+    void CloseOutput() {
+        if (m_out >= 0)
+            ::close(m_out);
+        m_out = -1;
+    }
+
+    /// Sends @p signal, if there is one, and waits for the end. `out` is what nobody has read.
+    Outcome Finish(int signal = 0) {
+        if (signal != 0)
+            ::kill(m_child, signal);
+        if (!IsReady(m_process))
+            ::kill(m_child, SIGKILL);
+        int status = 0;
+        ::waitpid(m_child, &status, 0);
+        m_child = 0;
+        std::string rest;
+        while (const auto line = m_out >= 0 ? NextLine() : std::nullopt)
+            rest += *line + '\n';
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), rest,
+                m_tool.Shortened(Tool::Content(m_files.Path("err")))};
+    }
+
+  private:
+    static bool IsReady(int descriptor) {
+        ::pollfd end{descriptor, POLLIN, 0};
+        constexpr std::chrono::milliseconds deadline = std::chrono::seconds(20);
+        return ::poll(&end, 1, static_cast<int>(deadline.count())) > 0;
+    }
+
+    Tool m_tool;
+    TempTree m_files{"in"};
+    std::string m_text;
+    int m_out = -1;
+    int m_process = -1;
+    ::pid_t m_child = 0;
 };
 
 /// Names as -0 writes them.

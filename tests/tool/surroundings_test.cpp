@@ -59,7 +59,7 @@ TEST(ExitStatus, TellsTheOutcomesApart) {
             EXPECT_EQ(outcome.err.substr(0, outcome.err.find('\n')), item.firstLine) << label;
         }
     }
-    EXPECT_NE(world.tool({"wich", "plot"}).err.find("did you mean which?\n"), std::string::npos);
+    EXPECT_NE(world.tool({"wich", "plot"}).err.find("did you mean which or watch?\n"), std::string::npos);
 }
 
 TEST(ExitStatus, OfAnInternalFaultIsFour) {

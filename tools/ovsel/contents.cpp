@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <unordered_set>
 
+#include <host_interfaces/text.hpp>
 #include <linux_host/linux_host.hpp>
 
 #include "tools/ovsel/search.hpp"
@@ -93,6 +94,21 @@ std::vector<ovDir> FoldersBelow(const ovDir& dir) {
         for (Search search = EverythingIn(folders[i], nullptr); auto child = search.NextDir();)
             folders.push_back(*child);
     return folders;
+}
+
+std::vector<ustring> NamesIn(const ovDir& dir) {
+    std::vector<ustring> names;
+    for (Search search = EverythingIn(dir, nullptr); auto item = search.NextUnspecified();)
+        names.push_back(std::move(item->name));
+    return names;
+}
+
+std::string LeafOf(const ustring& fullName, bool withExtension) {
+    const std::string full = fl::i18n::codecvt_ustring_to_narrow_string{}(fullName);
+    std::string leaf = full.substr(full.rfind('\\') + 1);
+    if (!withExtension)
+        leaf.resize(std::min(leaf.rfind('.'), leaf.size()));
+    return leaf;
 }
 
 } // namespace tool

@@ -27,4 +27,10 @@ std::vector<ovDir> FoldersBelow(const ovDir& dir);
 /// The full names of the files directly in @p dir.
 std::vector<ustring> FilesIn(const ovDir& dir, ovExtensionList extensions);
 
+/// The full names of the files and plain sub-folders directly in @p dir.
+std::vector<ustring> NamesIn(const ovDir& dir);
+
+/// The last part of a file's full name, in its exact bytes.
+std::string LeafOf(const ustring& fullName, bool withExtension);
+
 } // namespace tool

@@ -1,9 +1,11 @@
+#include "tools/ovsel/class.hpp"
 #include "tools/ovsel/dirs.hpp"
 #include "tools/ovsel/exit_status.hpp"
 #include "tools/ovsel/options.hpp"
 #include "tools/ovsel/output.hpp"
 #include "tools/ovsel/session.hpp"
 #include "tools/ovsel/tree.hpp"
+#include "tools/ovsel/watch.hpp"
 #include "tools/ovsel/which.hpp"
 
 namespace {
@@ -17,6 +19,10 @@ int Answer(const tool::Options& options, tool::Session& session, tool::Output& o
         return tool::RunTree(options, session, output);
     case tool::Command::Dirs:
         return tool::RunDirs(session, output);
+    case tool::Command::Watch:
+        return tool::RunWatch(options, session, output);
+    case tool::Command::Class:
+        return tool::RunClass(options, session, output);
     }
     return tool::ExitInternal;
 }

@@ -1,10 +1,12 @@
 #include "tools/ovsel/options.hpp"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <map>
 
 #include <CLI/CLI.hpp>
+#include <boost/tokenizer.hpp>
 #include <fmt/format.h>
 
 #include "tools/ovsel/exit_status.hpp"
@@ -22,6 +24,8 @@ Examples:
   ovsel which gfx/plot @plot/draw             names in package and class folders
   ovsel tree -r ~/toolbox                     what a folder and its sub-folders hold
   ovsel dirs --path-file folders.txt          the path in order, with counts
+  ovsel watch plot -p ~/toolbox               tell when plot comes to mean another file
+  ovsel class a.b.Name -p ~/toolbox           the file that defines a class
 
 The current directory stands in front of the path (--no-cwd hides it). The path itself is made of -p, -r and
 --path-file in the order given, then of OVSEL_PATH, whose folders are separated by ':'.
@@ -38,7 +42,13 @@ JSON: one object with "schema": 1 and "command". A name that is not UTF-8 is {"b
   tree   "folders": "path", "kind", "position", "files", "packages", "classes", "private", "subfolders";
          packages, classes and the private folder hold the same fields again.
   dirs   "folders": "path", "kind", "position", "hidden", "files", "classes", "packages", "private_files",
-         "subfolders"; "totals": the sums.)";
+         "subfolders"; "totals": the sums.
+  class  "answers": one per NAME: "query", "found", "path".
+  watch  one object per line. The first alone has "schema" and "command": "interval_ms", "folders" of which so
+         many are "notified", "polled" and "unchecked"; "unnotified" says why: "reason" (local_refused,
+         remote_unsupported, remote_exhausted), "check" (reread, by_time, never), "folders", "example".
+         Then "event": "loaded", "added", "removed" with "folder" and "kind"; "meaning" with "name", "was",
+         "now" (null for nothing), and for what it means now "reason", "position", "detail" as in which.)";
 
 constexpr const char* WhichExamples = R"(Show the file that a name means.
 
@@ -61,6 +71,29 @@ constexpr const char* DirsExamples = R"(Show the path in order, with counts.
 Examples:
   ovsel dirs -p ~/toolbox -p ~/more
   ovsel dirs -r ~/toolbox -0                  the folders' names for a script
+)";
+
+constexpr const char* WatchExamples = R"(Tell when folders change and when a name comes to mean another file.
+
+Examples:
+  ovsel watch -p ~/toolbox                    all names that a file outside of packages has
+  ovsel watch plot gfx/plot --from ~/m.sv     two names, as that file sees them
+  ovsel watch --json --interval 1s            one JSON object per line
+
+It looks once per interval and ends with 0 on an interrupt. A folder whose changes the system does not report
+is read again at each look, and told only when the names in it have changed. With -0 standard output holds each
+name that has changed its meaning and the file that it means now, both ended by NUL, an empty one for nothing.
+)";
+
+constexpr const char* ClassExamples = R"(Show the file that defines a class.
+
+Examples:
+  ovsel class plot a.b.Name -p ~/toolbox
+  ovsel class plot --classdef-command 'grep -q ^class'
+
+A file defines a class if its first MiB matches the pattern, or if the command, called with the file as its
+last argument, ends with 0. Here the order of --ext decides, in rising priority: of Name.p and Name.sv in one
+folder, --ext .p,.sv takes Name.sv. Only files in .p, .sv, .svx and .svapp can define a class.
 )";
 
 constexpr const char* CommonHint = "All further options: ovsel --help";
@@ -134,6 +167,38 @@ std::optional<std::vector<std::string>> ParseExtensions(const std::string& list)
     }
 }
 
+/// A number and its unit: 50ms, 2.5s, 1min.
+std::chrono::milliseconds ParseInterval(const std::string& text) {
+    static const std::map<std::string, double> units = {{"ms", 1}, {"s", 1000}, {"min", 60000}};
+    constexpr double longest = 24 * 60 * 60000.0;
+    double number = 0;
+    const char* end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, number);
+    const auto unit = units.find(std::string(rest, end));
+    // Written so that a NaN fails too.
+    const double length = unit != units.end() && error == std::errc() ? number * unit->second : 0;
+    if (!(length >= 1 && length <= longest))
+        throw UsageError(
+            fmt::format("--interval: {} is no time from 1ms to a day, such as 50ms or 2.5s", Shown(text)));
+    return std::chrono::milliseconds(static_cast<long>(length));
+}
+
+/// Words as a shell would split them, with quotes and backslashes, and nothing else of a shell.
+std::vector<std::string> ParseCommand(const std::string& text) {
+    using Separator = boost::escaped_list_separator<char>;
+    std::vector<std::string> words;
+    try {
+        const boost::tokenizer<Separator> tokens(text, Separator("\\", " \t", "\"'"));
+        std::copy_if(tokens.begin(), tokens.end(), std::back_inserter(words),
+                     [](const std::string& word) { return !word.empty(); });
+    } catch (const boost::escaped_list_error& error) {
+        throw UsageError(fmt::format("--classdef-command: {}", error.what()));
+    }
+    if (words.empty())
+        throw UsageError("--classdef-command: there is no command in it");
+    return words;
+}
+
 /// CLI11 runs callbacks option by option; only those that fire while the line is read keep the common order.
 void AddSource(CLI::App& app, Options& options, const std::string& name, PathSource::Kind kind,
                const std::string& type, const std::string& help) {
@@ -169,7 +234,8 @@ void AddQuestionOptions(CLI::App& app, Options& options) {
     options.extensions = std::vector<std::string>{".p", ".sv"};
     app.add_option_function<std::string>(
            "--ext", [&options](const std::string& list) { options.extensions = ParseExtensions(list); },
-           "Extensions that count, comma-separated (default .p,.sv; '*' is any). Their order does not decide")
+           "Extensions that count, comma-separated (default .p,.sv; '*' is any). Their order decides for "
+           "class only")
         ->type_name("LIST");
     app.add_option("--from", options.from, "The file that asks")->type_name("FILE");
     app.add_flag("--ignore-case", options.ignoreCase, "Names compare without regard to case");
@@ -189,6 +255,35 @@ void AddOutputOptions(CLI::App& app, Options& options) {
               "Names as POSIX paths or in the library's own grammar (default native)");
     app.add_flag("--stats", options.stats, "Times and counts on standard error");
     app.set_version_flag("--version", "ovsel " OVSEL_TOOL_VERSION);
+}
+
+void AddWatchOptions(CLI::App& watch, Options& options) {
+    watch.add_option("NAME", options.names, "Names, also qualified (default all unqualified ones)")
+        ->type_name("");
+    watch
+        .add_option_function<std::string>(
+            "--interval", [&options](const std::string& text) { options.interval = ParseInterval(text); },
+            "Time between two looks (default 200ms)")
+        ->type_name("TIME");
+    watch.add_flag("--once", options.once, "Look once, after one interval, and end");
+}
+
+void AddClassOptions(CLI::App& command, Options& options) {
+    command.add_option("NAME", options.names, "Names, dotted for classes in packages: a.b.Name")
+        ->required()
+        ->type_name("");
+    CLI::Option* pattern =
+        command
+            .add_option("--classdef-pattern", options.classPattern,
+                        "What the text of a class holds (default '^\\s*classdef\\b'; ^ begins any line)")
+            ->type_name("REGEX");
+    command
+        .add_option_function<std::string>(
+            "--classdef-command",
+            [&options](const std::string& text) { options.classCommand = ParseCommand(text); },
+            "Ask a program instead, started without a shell")
+        ->type_name("CMD")
+        ->excludes(pattern);
 }
 
 void AddCommands(CLI::App& app, Options& options) {
@@ -213,6 +308,8 @@ void AddCommands(CLI::App& app, Options& options) {
     tree->add_option("--depth", options.depth, "Levels below the path's folders (default all)")
         ->type_name("N");
     add("dirs", Command::Dirs, DirsExamples);
+    AddWatchOptions(*add("watch", Command::Watch, WatchExamples), options);
+    AddClassOptions(*add("class", Command::Class, ClassExamples), options);
     app.require_subcommand(1);
 }
 
@@ -260,6 +357,8 @@ void CheckTogether(const Options& options) {
         throw UsageError("--scope private and --scope dir need --from FILE");
     if (std::find(options.names.begin(), options.names.end(), "") != options.names.end())
         throw UsageError("an empty NAME would stand for every file");
+    if (options.command == Command::Class && !options.extensions)
+        throw UsageError("class needs a list of extensions, since their order decides");
 }
 
 } // namespace

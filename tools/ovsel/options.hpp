@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -8,7 +9,7 @@
 
 namespace tool {
 
-enum class Command { Which, Tree, Dirs };
+enum class Command { Which, Tree, Dirs, Watch, Class };
 enum class Scope { All, Visible, Path, Method, Private, Dir };
 enum class Form { Native, System };
 enum class ColorWhen { Auto, Always, Never };
@@ -49,11 +50,18 @@ struct Options {
     Form form = Form::Native;
     bool stats = false;
 
-    std::vector<std::string> names; ///< which
+    std::vector<std::string> names; ///< which, class; watch, where none means all
     bool all = false;               ///< which
     bool dirs = false;              ///< which
     Scope scope = Scope::Visible;   ///< which
     std::optional<unsigned> depth;  ///< tree
+
+    std::chrono::milliseconds interval{200}; ///< watch
+    bool once = false;                       ///< watch
+
+    std::string classPattern = R"(^\s*classdef\b)"; ///< class
+    /// class; a program and its arguments. Empty: the pattern decides.
+    std::vector<std::string> classCommand;
 };
 
 /// Reads the command line into @p options.

@@ -48,7 +48,8 @@ class Output {
     /// A name and its NUL.
     void WriteRecord(const std::string& name);
     void WriteJson(const Json& document);
-    /// To be called at the end, since the last of the text may fail to be written as well.
+    /// To be called at the end, since the last of the text may fail to be written as well, and wherever a
+    /// reader must not wait for more.
     void Finish();
 
   private:

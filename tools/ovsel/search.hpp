@@ -6,8 +6,8 @@
 
 namespace tool {
 
-/// Owns one search of the library and walks it. Like any search it must end before the path changes, and the
-/// tool's paths never do once they are loaded.
+/// Owns one search of the library and walks it. Like any search it must end before the path changes, which a
+/// loaded path of the tool does only when it is refreshed.
 class Search {
   public:
     struct File {

@@ -20,7 +20,12 @@ namespace {
 /// others.
 std::string g_subject;
 
+/// Beside the subject because the hooks for messages know no path either.
+Refusals g_refusals;
+
 void PrintMessage(const char* text) {
+    if (g_refusals.Take(text))
+        return;
     Complain(g_subject.empty() ? std::string(text) : Shown(g_subject) + ": " + text);
 }
 
@@ -89,12 +94,9 @@ Session::Session(const Options& options) : m_anyExtension(!options.extensions) {
     linux_host::SetPrintSink([](std::string_view text) { Complain(std::string(text)); });
     ApplyMounts(options.mounts);
     linux_hooks::InstallDefaultHooks();
-    // The third hook carries diagnostics of change detection; a tool that looks once has no use for them.
+    // The third hook carries diagnostics of change detection, for whoever works on that.
     ovSetMessageFcns(PrintMessage, PrintMessage, nullptr);
-    m_path = ovCreatePathWithPreFrozen(0, "ovsel", static_cast<const char16_t*>(nullptr),
-                                       options.ignoreCase ? ovCaseInsensitive : ovCaseSensitive, true);
-    if (m_path == nullptr)
-        throw EnvironmentError("no path could be created");
+    CreatePath(options);
 
     // Relative names mean the directory that the tool was started in, so they are resolved before --cwd.
     const std::vector<PathEntry> entries = CollectPathEntries(options);
@@ -102,9 +104,7 @@ Session::Session(const Options& options) : m_anyExtension(!options.extensions) {
         SetAsker(*options.from);
     SetCurrentDirectory(options);
     AddFolders(entries);
-    m_askerFolder =
-        m_askerFolderName.empty() ? ovGetNullDir(m_path) : ovFindDirFullName(m_path, m_askerFolderName);
-    if (options.from && ovGetDirType(m_askerFolder) == ovDirTypeNull)
+    if (options.from && ovGetDirType(AskerFolder()) == ovDirTypeNull)
         Complain(fmt::format("--from {}: its folder is not on the path; asking as from nowhere",
                              Shown(*options.from)));
     m_loaded = Clock::now();
@@ -114,9 +114,25 @@ Session::Session(const Options& options) : m_anyExtension(!options.extensions) {
 Session::~Session() {
     // Handles on folders stay safe without their path; they go first so that the path is the last to go.
     m_folders.clear();
-    m_askerFolder = ovDir();
     ovRemovePath(m_path);
     linux_host::SetPrintSink(nullptr);
+}
+
+/// Who looks once takes every folder as unchanging, which spares the handles for change notification.
+void Session::CreatePath(const Options& options) {
+    const bool watches = options.command == Command::Watch;
+    m_path = ovCreatePathWithPreFrozen(0, "ovsel", watches ? nullptr : u"",
+                                       options.ignoreCase ? ovCaseInsensitive : ovCaseSensitive, true);
+    if (m_path == nullptr)
+        throw EnvironmentError("no path could be created");
+    ovSetFreezeAllAddedDirectories(m_path, !watches);
+    // To be counted, each folder has to be told.
+    ovSetNotificationHandleWarnings(m_path, watches ? ovWarnCNHAlways : ovWarnCNHNever);
+    if (!watches)
+        return;
+    // Left alone, remote folders without notification would not be looked at.
+    ovNonNotifiedRemoteCWDRefreshPolicy(m_path, ovRefreshByTimeStamp);
+    ovNonNotifiedRemotePathRefreshPolicy(m_path, ovRefreshByTimeStamp);
 }
 
 void Session::SetCurrentDirectory(const Options& options) {
@@ -178,6 +194,13 @@ void Session::SetAsker(const std::string& file) {
         m_askerFolderName = *folder;
 }
 
+// Asked anew, since a class, package or private folder may come and go while the path is watched.
+ovDir Session::AskerFolder() const {
+    return m_askerFolderName.empty() ? ovGetNullDir(m_path) : ovFindDirFullName(m_path, m_askerFolderName);
+}
+
+Refusals& Session::Unnotified() const { return g_refusals; }
+
 std::size_t Session::PositionOf(const ovDir& dir) const { return m_positions.at(*ovGetPathDir(dir)); }
 
 void Session::PrintStats() const {
@@ -185,9 +208,10 @@ void Session::PrintStats() const {
     const auto answered = Clock::now();
     const linux_host::Counters now = linux_host::GetCounters();
     Complain(
-        fmt::format("read in {:.1f} ms: {} folders on the path, {} files, {} listings, {} existence queries",
+        fmt::format("read in {:.1f} ms: {} folders on the path, {} files, {} listings, {} existence queries, "
+                    "{} change handles",
                     Milliseconds(m_loaded - m_start), m_folders.size() - 1, CountFiles(m_folders),
-                    m_loadCounters.listings, m_loadCounters.existenceQueries));
+                    m_loadCounters.listings, m_loadCounters.existenceQueries, m_loadCounters.handles));
     Complain(fmt::format("answered in {:.3f} ms: {} listings, {} existence queries",
                          Milliseconds(answered - m_loaded), now.listings - m_loadCounters.listings,
                          now.existenceQueries - m_loadCounters.existenceQueries));

@@ -10,6 +10,7 @@
 
 #include "tools/ovsel/options.hpp"
 #include "tools/ovsel/path_entries.hpp"
+#include "tools/ovsel/refusals.hpp"
 
 namespace tool {
 
@@ -34,13 +35,17 @@ class Session {
 
     /// Full name of the folder of the asking file, empty for a question from nowhere.
     const ustring& AskerFolderName() const { return m_askerFolderName; }
-    /// Its record, the null record if it has none.
-    ovDir AskerFolder() const { return m_askerFolder; }
+    /// Its record at present, the null record if it has none.
+    ovDir AskerFolder() const;
+
+    /// The folders that are to be watched and for which there is no notification.
+    Refusals& Unnotified() const;
 
     /// Writes what --stats promises.
     void PrintStats() const;
 
   private:
+    void CreatePath(const Options& options);
     /// @throws EnvironmentError when the directory of --cwd is refused.
     void SetCurrentDirectory(const Options& options);
     void StandInForCurrentDirectory(const Options& options);
@@ -57,7 +62,6 @@ class Session {
     /// By record, as long as m_folders holds the handles.
     std::unordered_map<const PathAllDirItemInfo*, std::size_t> m_positions;
     ustring m_askerFolderName;
-    ovDir m_askerFolder;
     Clock::time_point m_start = Clock::now();
     Clock::time_point m_loaded;
     linux_host::Counters m_loadCounters;

@@ -56,14 +56,9 @@ Search Find(const Session& session, Scope scope, const ustring& name, ovExtensio
                                                        ovCaseOfPath));
 }
 
-/// The last part of a file's full name, without its extension unless @p like has one too.
+/// A file's name in the manner of @p like: with an extension only if that has one too.
 std::string Leaf(const ustring& fullName, const std::string& like) {
-    const std::string full = ToBytes(fullName);
-    std::string leaf = full.substr(full.rfind('\\') + 1);
-    const bool wantsExtension = like.find('.', like.find_last_of("/\\") + 1) != std::string::npos;
-    if (!wantsExtension)
-        leaf.resize(std::min(leaf.rfind('.'), leaf.size()));
-    return leaf;
+    return LeafOf(fullName, like.find('.', like.find_last_of("/\\") + 1) != std::string::npos);
 }
 
 /// How a package or class folder stands in a qualified name: `gfx/@pen/`.

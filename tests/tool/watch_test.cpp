@@ -1,0 +1,154 @@
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "run_tool.hpp"
+
+namespace {
+
+using nlohmann::json;
+using test::DemoWorld;
+using test::Outcome;
+using test::RunningTool;
+using test::TempTree;
+using test::Tool;
+
+/// Skips to the next object of that event and shows it as `word word ...`, null as `-`.
+std::string Next(RunningTool& tool, const std::string& event) {
+    while (const auto line = tool.NextLine()) {
+        const json object = json::parse(*line);
+        if (object.value("event", "") != event)
+            continue;
+        std::string text;
+        for (const char* field : {"folder", "kind", "name", "was", "now", "reason"})
+            if (object.contains(field))
+                text += (object[field].is_null() ? "-" : object[field].get<std::string>()) + " ";
+        return text;
+    }
+    return "no such event";
+}
+
+/// A folder made just now may be read again at the first look, so that its line comes early.
+std::string NextAbout(RunningTool& tool, const std::string& event, const std::string& begin) {
+    std::string text;
+    do
+        text = Next(tool, event);
+    while (!text.starts_with(begin) && text != "no such event");
+    return text;
+}
+
+TEST(Watch, TellsWhatTheDiskDoesToFoldersAndNames) {
+    DemoWorld world;
+    TempTree& tree = world.tree;
+    RunningTool tool(world.tool, {"watch", "--json", "--interval", "5ms", "--no-cwd"});
+    const json first = json::parse(tool.NextLine().value());
+    EXPECT_EQ(first["schema"], 1);
+    EXPECT_EQ(first["interval_ms"], 5);
+    EXPECT_EQ(first["folders"], first["notified"].get<int>() + first["polled"].get<int>());
+    EXPECT_EQ(first["unchecked"], 0);
+
+    tree.Add({"B/news.sv"});
+    EXPECT_EQ(NextAbout(tool, "loaded", "B "), "B path ");
+    EXPECT_EQ(Next(tool, "meaning"), "news - B/news.sv path ");
+    tree.Add({"A/news.sv"});
+    EXPECT_EQ(Next(tool, "meaning"), "news B/news.sv A/news.sv path ");
+    tree.Rename("A/news.sv", "A/moved");
+    EXPECT_EQ(Next(tool, "meaning"), "news A/news.sv B/news.sv path ");
+    tree.Remove("B/news.sv");
+    EXPECT_EQ(Next(tool, "meaning"), "news B/news.sv - - ");
+    // Folders are made whole elsewhere, so that they arrive in one look.
+    tree.Add({"made/@pen/pen.sv"});
+    tree.Rename("made/@pen", "B/@pen");
+    EXPECT_EQ(Next(tool, "added"), "B/@pen class ");
+    EXPECT_EQ(Next(tool, "meaning"), "pen - B/@pen/pen.sv constructor ");
+    tree.Rename("A/@plot", "made/@plot");
+    EXPECT_EQ(Next(tool, "removed"), "A/@plot class ");
+    EXPECT_EQ(Next(tool, "meaning"), "plot A/@plot/plot.sv A/plot.sv path ");
+    tree.Rename("A", "gone");
+    EXPECT_EQ(Next(tool, "meaning"), "plot A/plot.sv B/plot.sv path ");
+    tree.Rename("gone", "A");
+    EXPECT_EQ(Next(tool, "meaning"), "plot B/plot.sv A/plot.sv path ");
+
+    const Outcome outcome = tool.Finish(SIGINT);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err.find("ovsel: watched for "), 0U) << outcome.err;
+    EXPECT_NE(outcome.err.find(" 8 changes of meaning"), std::string::npos) << outcome.err;
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+}
+
+TEST(Watch, SeesTheNamesThatWereAskedForWithTheEyesOfAFile) {
+    DemoWorld world;
+    TempTree& tree = world.tree;
+    RunningTool tool(world.tool, {"watch", "plot", "gfx/plot", "--json", "--interval", "5ms", "--from",
+                                  tree.Path("B/caller.sv")});
+    ASSERT_TRUE(tool.NextLine());
+    tree.Add({"B/other.sv", "made/plot.sv"}); // nobody asked
+    tree.Rename("made", "B/+gfx");
+    EXPECT_EQ(NextAbout(tool, "added", "B"), "B/+gfx package ");
+    tree.Remove("A/+gfx");
+    EXPECT_EQ(Next(tool, "meaning"), "gfx/plot A/+gfx/plot.sv B/+gfx/plot.sv package_folder ");
+    tree.Rename("B/private", "private");
+    EXPECT_EQ(Next(tool, "meaning"), "plot B/private/plot.sv A/@plot/plot.sv constructor ");
+    tree.Rename("private", "B/private");
+    EXPECT_EQ(Next(tool, "meaning"), "plot A/@plot/plot.sv B/private/plot.sv own_private ");
+    EXPECT_EQ(tool.Finish(SIGTERM).status, 0);
+}
+
+TEST(Watch, LooksOnceWhereAScriptWantsIt) {
+    DemoWorld world;
+    RunningTool tool(world.tool, {"watch", "plot", "--once", "--interval", "500ms"});
+    const std::string first = tool.NextLine().value();
+    EXPECT_EQ(first.find("watching 6 folders every 500 ms: "), 0U) << first;
+    world.tree.Rename("A/@plot", "moved");
+    const Outcome outcome = tool.Finish();
+    EXPECT_EQ(outcome.out.find("removed  A/@plot\n"), outcome.out.find("removed")) << outcome.out;
+    const std::string meaning = "plot now means C/plot.p (current directory); it was A/@plot/plot.sv\n";
+    EXPECT_NE(outcome.out.find("loaded   A\n"), std::string::npos) << outcome.out;
+    EXPECT_TRUE(outcome.out.ends_with(meaning)) << outcome.out;
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(world.tool({"watch", "--once", "--interval", "1ms", "-0"}).out, "");
+}
+
+TEST(Watch, SaysOnceWhichFoldersAreNotNotifiedAndDoesNotTellThemAtEachLook) {
+    TempTree tree{"a/"};
+    const Tool tool{.cwd = tree.Root(), .root = tree.Root()};
+    RunningTool running(tool, {"watch", "--json", "--interval", "1ms", "-p", "a", "-p", "/proc/sys", "-p",
+                               "/proc/sys/fs", "--mount", "X:=/proc/sys/kernel:remote", "-p",
+                               "/proc/sys/kernel/random"});
+    const json first = json::parse(running.NextLine().value());
+    EXPECT_EQ(first["polled"], 3);
+    EXPECT_EQ(
+        first["unnotified"],
+        json::parse(R"([{"reason": "local_refused", "check": "reread", "folders": 2, "example": "/proc/sys"},
+                              {"reason": "remote_unsupported", "check": "by_time", "folders": 1,
+                               "example": "/proc/sys/kernel/random"}])"));
+    tree.Add({"a/late.sv"}); // many looks later than the first one
+    EXPECT_EQ(NextAbout(running, "loaded", "a "), "a path ");
+    const Outcome outcome = running.Finish(SIGINT);
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 3) << outcome.err;
+    EXPECT_NE(outcome.err.find(" (and 1 more such folder)\n"), std::string::npos) << outcome.err;
+    EXPECT_EQ(tool({"dirs", "-p", "/proc/sys"}).err, "");
+    EXPECT_NE(tool({"dirs", "-p", "a", "--stats"}).err.find(" 0 change handles\n"), std::string::npos);
+}
+
+TEST(Watch, EndsQuietlyWhenItsReaderGoesAndHeedsASignalWhenItsReaderSleeps) {
+    DemoWorld world;
+    RunningTool left(world.tool, {"watch", "--interval", "5ms"});
+    ASSERT_TRUE(left.NextLine());
+    left.CloseOutput();
+    const Outcome outcome = left.Finish();
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 0);
+
+    RunningTool stuck(world.tool, {"watch", "--json", "--interval", "5ms"});
+    ASSERT_TRUE(stuck.NextLine());
+    // More lines than a pipe holds, arriving together; only their beginning is read.
+    for (int i = 0; i < 2000; ++i)
+        world.tree.Add({"made/+p/f" + std::to_string(i) + ".sv"});
+    for (int i = 0; i < 2000; ++i)
+        world.tree.Rename("made/+p/f" + std::to_string(i) + ".sv", "B/f" + std::to_string(i) + ".sv");
+    EXPECT_EQ(Next(stuck, "meaning"), "f0 - B/f0.sv path ");
+    EXPECT_EQ(stuck.Finish(SIGINT).status, 0);
+}
+
+} // namespace
