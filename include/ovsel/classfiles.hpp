@@ -12,7 +12,7 @@
 /// The library does not read source text. It finds the candidate, asks the host through one hook, and
 /// remembers the answer until the file's directory is read again.
 
-/// Does the file of that full name define a class?
+/// Does the file of that full name define a class? Must neither change nor refresh a path.
 using ovIsClassFcn = bool (*)(const ustring& fileName);
 
 /// Stores the hook that reads source text, for all paths. Null clears it: then no file of which nothing is

@@ -40,7 +40,8 @@ OVSEL_API bool ovGetTimeStampFromDir(ovDir dir, const char* name, ovTimeStamp_ta
 
 /// Has the file changed since it was stamped? Under a frozen directory nothing does.
 ///
-/// @param dir its directory, not null; a removed one is found anew by the file's name.
+/// @param dir its directory, not null; a removed one is found anew by the file's name. An ovPath on its path,
+/// removed or not, must still exist.
 /// @param useDirTick do not look at the file while its directory has not been seen to change. That is one
 /// comparison of integers, and right as long as the host refreshes the path:
 /// @code

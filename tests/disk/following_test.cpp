@@ -209,9 +209,9 @@ TEST_F(Following, QuietRefreshesCostTheSameForAnyNumberOfFolders) {
         path = ovPath();
         return counters.systemCalls;
     };
-    const auto few = cost(10);
-    EXPECT_EQ(few, cost(1000));
-    EXPECT_LE(few, 2u);
+    // One poll; now and then a read of what the system has to say of watches that were given back.
+    EXPECT_LE(cost(10), 3u);
+    EXPECT_LE(cost(1000), 3u);
 }
 
 TEST_F(Following, ABurstThatOverflowsTheQueueLosesNothing) {

@@ -128,6 +128,8 @@ TEST_F(CurrentDirectory, MayBeMissingFromTheStart) {
     EXPECT_EQ(ovDirTypePath, ovGetDirType(Find("C:\\A"))) << "the slot of the current directory stays free";
     EXPECT_EQ("-1 C:\\A\\f.sv", WhereIsF());
     EXPECT_EQ("-1 C:\\A\\f.sv", Search(ovCreateAllSearchIterator(path, u"", nullptr, ovCaseOfPath)).All());
+    ovRefreshAllDirectories(path, ovRefreshReload), ovSetAllChanged(path),
+        ovDeleteNonExistentDirectories(path);
     EXPECT_TRUE(ovReplacePath(path, u"")), CheckIndex();
     EXPECT_EQ("C:\\cwd", Change("C:\\cwd"));
     EXPECT_EQ("C:\\cwd", PathText(path));

@@ -133,4 +133,134 @@ TEST_F(Reentrancy, AHookThatThrowsLeavesThePathInOrder) {
     EXPECT_EQ(ovDirTypePath, ovGetDirType(Add("C:\\A")));
 }
 
+TEST_F(Reentrancy, ARefreshGoesOnWithWhatIsLeft) {
+    Add("C:\\A"), Add("C:\\B");
+    disk.Put("C:\\D", "f.sv"), Add("C:\\D");
+    ovSetDirectoryReloadMessages(path, true);
+    At(ovEventDirContentsLoaded, "C:\\A", [](ovDir dir) { ovRemoveDir(dir); });
+    disk.Put("C:\\B", "g.sv");
+    ovRefreshAllDirectories(path, ovRefreshReload), CheckIndex();
+    EXPECT_EQ("C:\\cwd; C:\\B; C:\\D", PathText(path));
+    EXPECT_NE(nullptr, path->FindNameInfo(u"g")) << "the one behind the removed one is not left out";
+
+    Add("C:\\A");
+    const auto removeA = [this](ovDir) { ovRemoveDir(Find("C:\\A")); };
+    At(ovEventDirContentsLoaded, "C:\\A\\@C", removeA);
+    ovRefreshDirectory(Find("C:\\A\\@C"), ovRefreshReload), CheckIndex();
+    Add("C:\\A");
+    ovSetDirChanged(Find("C:\\A\\@C"));
+    At(ovEventDirContentsLoaded, "C:\\A\\@C", removeA);
+    ovFreeze(Find("C:\\A\\@C")), CheckIndex();
+    Add("C:\\A");
+    disk.Put("C:\\A\\@C", "C.sv private/ later.sv");
+    At(ovEventDirAdded, "C:\\A\\@C\\private", removeA);
+    ovRefreshAllDirectories(path, ovRefreshReload), CheckIndex();
+    EXPECT_EQ(nullptr, path->FindNameInfo(u"later")) << "nothing is read into a class folder that has gone";
+}
+
+TEST_F(Reentrancy, ADirectoryIsReadOnceAtATime) {
+    disk.Put("C:\\E", "@K/ @L/ @M/ private/ f.sv");
+    const ovDir e = Add("C:\\E");
+    const auto refresh = [e](ovDir) { ovRefreshDirectory(e, ovRefreshReload); };
+    const auto contents = [&] {
+        CheckIndex();
+        return std::to_string(e->GetFiles().size()) + " files, " + std::to_string(e->GetClassDirs().size()) +
+               " classes, " + (e->GetPrivateDir() ? "private" : "no private");
+    };
+    disk.Put("C:\\E", "@K/ @New/ @Newer/ f.sv g.sv");
+    At(ovEventDirAdded, "C:\\E\\@New", refresh);
+    At(ovEventDirRemoved, "C:\\E\\@M", [this](ovDir) { disk.Put("C:\\E", "@K/ @L/ @Last/ private/ f.sv"); });
+    At(ovEventDirRemoved, "C:\\E\\private", refresh);
+    ovRefreshAllDirectories(path, ovRefreshReload);
+    EXPECT_EQ("2 files, 3 classes, no private", contents());
+    EXPECT_EQ(DirChanged, e->GetState()) << "what was asked for meanwhile comes with the next refresh";
+    ovRefreshAllDirectories(path, ovRefreshCheck);
+    EXPECT_EQ("1 files, 3 classes, private", contents());
+    At(ovEventDirRemoved, "C:\\E\\@K", refresh);
+    ovRemoveDir(e), CheckIndex();
+    At(ovEventDirAdded, "C:\\cwd2\\@K", [this](ovDir) { ovRefreshAllDirectories(path, ovRefreshCheck); });
+    ovSetCWDName(path, u"C:\\cwd2"), CheckIndex();
+    EXPECT_EQ(1u, ovGetCWD(path)->GetFiles().size());
+}
+
+TEST_F(Reentrancy, DirectoriesAddedInTheMiddleFindTheirPlaces) {
+    disk.Put("C:\\A", ""), Add("C:\\A");
+    disk.Put("C:\\A", "f.sv");
+    At(ovEventDirContentsLoaded, "C:\\A", [this](ovDir) { Add("C:\\B", ovDirAddAtBegin); });
+    ovRefreshAllDirectories(path, ovRefreshReload), CheckIndex();
+    EXPECT_EQ("C:\\cwd; C:\\B; C:\\A", PathText(path));
+}
+
+TEST_F(Reentrancy, TheLastHandleMayGoInTheMiddle) {
+    for (void (*operation)(const ovDir&) :
+         {+[](const ovDir& dir) { ovRefreshDirectory(dir, ovRefreshReload); },
+          +[](const ovDir& dir) { ovSetDirChanged(dir), ovFreeze(dir); }}) {
+        ovPath victim = NewPath("victim");
+        const ovDir dir = ovAddDir(victim, "C:\\B", ovDirAddAtEnd);
+        ovRegisterPathInterest(victim, [&](ovEventType event, ovDir) {
+            if (event == ovEventDirContentsLoaded)
+                victim = ovPath();
+        });
+        operation(dir);
+        EXPECT_TRUE(ovLookupPath("victim") == nullptr);
+    }
+    ovPath victim = NewPath("victim");
+    const ovDir dir = ovAddDir(victim, "C:\\B", ovDirAddAtEnd);
+    ovRemovePath(victim);
+    ovTimeStamp_tag stamp{50, 7};
+    EXPECT_FALSE(ovHasFileChanged(dir, "C:\\B\\f.sv", &stamp, ovUpdateTimeStamp, true))
+        << "no path, no directory";
+    EXPECT_EQ(0u, stamp.m_dirTick);
+}
+
+TEST_F(Reentrancy, AThrowingHookLeavesARefreshInOrder) {
+    static bool burning = false;
+    ovSetIOFcns(
+        path,
+        [](ovPath asked, const ustring& name, unsigned short** words) {
+            if (burning && name == u"C:\\A\\+late")
+                throw std::runtime_error("the disk is on fire");
+            return FakeDisk::Read(asked, name, words);
+        },
+        nullptr, nullptr, nullptr, nullptr);
+    disk.Put("C:\\A", "");
+    const ovDir a = Add("C:\\A");
+    disk.Put("C:\\A", "f.sv +late/");
+    burning = true;
+    EXPECT_THROW(ovRefreshAllDirectories(path, ovRefreshReload), std::runtime_error);
+    CheckIndex();
+    burning = false;
+    ovRefreshAllDirectories(path, ovRefreshCheck);
+    EXPECT_EQ(1u, a->GetPackageDirs().size());
+    ovFreeze(a);
+    disk.Put("C:\\A", "");
+    ovRefreshAllDirectories(path, ovRefreshReloadFrozen);
+    disk.Put("C:\\A", "+late/");
+    burning = true;
+    EXPECT_THROW(ovRefreshDirectory(a, ovRefreshReloadFrozen), std::runtime_error);
+    burning = false;
+    EXPECT_TRUE(ovIsFrozen(a));
+}
+
+TEST_F(Reentrancy, AWarningMayAddDirectories) {
+    static ovPath current;
+    current = path;
+    for (char drive = 'D'; drive <= 'Q'; ++drive)
+        disk.Put(std::string(1, drive) + ":\\x", "");
+    platform.handlesRefused = true;
+    ovSetMessageFcns(
+        nullptr,
+        [](const char*) {
+            static bool once = false;
+            for (char drive = 'D'; !once && drive <= 'Q'; ++drive) {
+                once = drive == 'Q';
+                ovAddDir(current, (std::string(1, drive) + ":\\x").c_str(), ovDirAddAtEnd);
+            }
+        },
+        nullptr);
+    Add("C:\\B");
+    current = ovPath();
+    EXPECT_NE(std::string::npos, PathText(path).find("C:\\B"));
+}
+
 } // namespace

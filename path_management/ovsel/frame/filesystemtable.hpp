@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
+#include <deque>
 
 #include "host_interfaces/ustring.hpp"
 
@@ -32,5 +32,6 @@ class FileSystemTable {
     static bool NameOf(ustring& out, const ustring& name);
 
   private:
-    std::vector<FileSystemEntry> m_rows;
+    /// Rows are referred to while warnings go out, and whoever is warned may add directories.
+    std::deque<FileSystemEntry> m_rows;
 };

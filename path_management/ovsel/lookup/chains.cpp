@@ -53,12 +53,11 @@ void PathItemInfo::PlaceInChain() {
     PathItemInfo* last = this;
     while (last->m_next && last->m_next->GetOrderNumber() == order)
         last = last->m_next;
-    PathItemInfo* const after = last->m_next;
-
-    if (after && order > after->GetOrderNumber()) {
-        PathItemInfo* left = after;
-        while (left->m_next && left->m_next->GetOrderNumber() < order)
-            left = left->m_next;
+    // Pending neighbours of other directories have no place yet; a callback may have added them meanwhile.
+    PathItemInfo* left = last;
+    while (left->m_next && (left->m_next->m_pending || left->m_next->GetOrderNumber() < order))
+        left = left->m_next;
+    if (left != last) {
         MoveRun(last, left, left->m_next);
     } else if (before && order < previous) {
         PathItemInfo* right = before;

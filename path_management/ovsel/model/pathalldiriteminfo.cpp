@@ -63,21 +63,28 @@ void End(PathFileItemInfo* file) { file->Remove(); }
 void End(PathSubDirItemInfo* subDir) { subDir->Remove(); }
 void End(PathAllDirItemInfo* dir) { dir->Destroy(); }
 
-/// Ends the children from @p keep on, last first. Each has left the container when its end is told.
+/// The child has left the container when its end is told.
 template <class Child>
-void EndBehind(std::vector<Child*>& children, std::size_t keep) {
-    while (children.size() > keep) {
-        Child* last = children.back();
-        children.pop_back();
-        End(last);
-    }
+void EndLast(std::vector<Child*>& children) {
+    Child* last = children.back();
+    children.pop_back();
+    End(last);
+}
+
+template <class Child>
+void EndAll(std::vector<Child*>& children) {
+    while (!children.empty())
+        EndLast(children);
 }
 
 template <class Child>
 void EndStale(std::vector<Child*>& children) {
     const auto stale =
         std::stable_partition(children.begin(), children.end(), [](const Child* c) { return !c->IsStale(); });
-    EndBehind(children, static_cast<std::size_t>(stale - children.begin()));
+    // What a callback adds meanwhile stands behind and is not stale.
+    for (auto keep = static_cast<std::size_t>(stale - children.begin());
+         children.size() > keep && children.back()->IsStale();)
+        EndLast(children);
 }
 
 template <class Child>
@@ -107,6 +114,8 @@ PathAllDirItemInfo::PathAllDirItemInfo(IPathManager* manager, const ustring& ful
       m_changeSeen(false),
       m_remote(ovIsWinPathRemote(fullName)),
       m_beingDestroyed(false),
+      m_reading(false),
+      m_refreshAskedMeanwhile(false),
       m_replaceMark(false) {}
 
 // A child lies where its path directory lies; the system is asked about that one only.
@@ -117,6 +126,8 @@ PathAllDirItemInfo::PathAllDirItemInfo(IPathManager* manager, PathAllDirItemInfo
       m_changeSeen(false),
       m_remote(parent->GetPathDir()->IsRemote()),
       m_beingDestroyed(false),
+      m_reading(false),
+      m_refreshAskedMeanwhile(false),
       m_replaceMark(false) {}
 
 PathAllDirItemInfo::~PathAllDirItemInfo() = default;
@@ -183,13 +194,36 @@ PathFileItemInfo* PathAllDirItemInfo::FindNextFile(const PathFileItemInfo* after
     return file == m_files.end() ? nullptr : *file;
 }
 
+/// Says that a record is being read, as long as it lives.
+class PathAllDirItemInfo::Reading {
+  public:
+    explicit Reading(PathAllDirItemInfo& dir) : m_dir(dir) { m_dir.m_reading = true; }
+    ~Reading() { m_dir.m_reading = false; }
+    Reading(const Reading&) = delete;
+    Reading& operator=(const Reading&) = delete;
+
+  private:
+    PathAllDirItemInfo& m_dir;
+};
+
 void PathAllDirItemInfo::Load(bool freeze) {
-    ReadFromSource(freeze);
+    {
+        const Reading reading(*this);
+        ReadFromSource(freeze);
+    }
     if (!IsLinked())
         return; // removed by a callback meanwhile
     StartChangeDetection(!freeze);
     m_changeSeen = false;
     m_state = m_state == DirUnloaded && freeze ? DirFrozen : DirLoaded;
+    TakeRefreshAskedMeanwhile();
+}
+
+/// A callback that asked for a refresh of what was being read gets it with the next one.
+void PathAllDirItemInfo::TakeRefreshAskedMeanwhile() {
+    if (m_refreshAskedMeanwhile && m_state == DirLoaded)
+        m_state = DirChanged;
+    m_refreshAskedMeanwhile = false;
 }
 
 void PathAllDirItemInfo::ReadFromSource(bool freeze) {
@@ -242,14 +276,24 @@ void PathAllDirItemInfo::Reload(const RefreshOptions& options) {
         m_state = declared;
     }
     m_changeSeen = false;
+    ReadAgain(options);
+    if (IsLinked())
+        TakeRefreshAskedMeanwhile();
+}
+
+void PathAllDirItemInfo::ReadAgain(const RefreshOptions& options) {
+    const Reading reading(*this);
     SetStale(false);
     MarkAllStale();
     ReloadFromSource(options);
     if (!IsLinked())
-        return; // removed by a callback meanwhile
+        return; // removed by a callback meanwhile, here and below
     RemoveStaleChildren();
+    if (!IsLinked())
+        return;
     GetManager()->NotifyInterests(this, ovEventDirContentsLoaded);
-    m_state = options.freeze ? DirFrozen : DirLoaded;
+    if (m_state != DirFrozen) // by whoever was told
+        m_state = options.freeze ? DirFrozen : DirLoaded;
 }
 
 void PathAllDirItemInfo::ReloadFromSource(const RefreshOptions& options) {
@@ -314,10 +358,10 @@ void PathAllDirItemInfo::RemoveStaleChildren() {
 
 void PathAllDirItemInfo::ClearContents() {
     ++m_removals;
-    EndBehind(m_files, 0);
-    EndBehind(m_packageDirs, 0);
-    EndBehind(m_classDirs, 0);
-    EndBehind(m_subDirs, 0);
+    EndAll(m_files);
+    EndAll(m_packageDirs);
+    EndAll(m_classDirs);
+    EndAll(m_subDirs);
     if (m_privateDir)
         m_privateDir->Destroy();
     m_privateDir = nullptr;
@@ -332,6 +376,7 @@ void PathAllDirItemInfo::Destroy() {
 }
 
 void PathAllDirItemInfo::DestroySilently() {
+    m_beingDestroyed = true;
     ClearContents();
     ReleaseNotification();
     UnlinkFromNameInfo();

@@ -187,7 +187,11 @@ class PathAllDirItemInfo : public PathItemInfo {
     void SetFrozenOne(bool freeze, const RefreshOptions& options);
     RefreshOptions OptionsFor(ovDirRefreshType type, bool recursive) const;
 
+    class Reading;
+
     void ReadFromSource(bool freeze);
+    void ReadAgain(const RefreshOptions& options);
+    void TakeRefreshAskedMeanwhile();
     void ReloadFromSource(const RefreshOptions& options);
     void MarkAllStale();
     void RemoveStaleChildren();
@@ -215,6 +219,8 @@ class PathAllDirItemInfo : public PathItemInfo {
     bool m_changeSeen : 1; ///< the last check has consumed the change that led to the present reload
     bool m_remote : 1;
     bool m_beingDestroyed : 1;
+    bool m_reading : 1; ///< being loaded or reloaded
+    bool m_refreshAskedMeanwhile : 1;
 
   protected:
     /// Belongs to path-level records; stands here to share their flag word.

@@ -23,7 +23,7 @@ bool PathClassDirItemInfo::MatchesDiskName(std::u16string_view name) const {
 }
 
 void PathClassDirItemInfo::ReadContents(IDirItemsIterator& items, bool freeze) {
-    for (items.First(); !items.IsDone(); items.Next()) {
+    for (items.First(); !items.IsDone() && IsLinked(); items.Next()) {
         const DirItemInfo& entry = items.CurrentItem();
         if (entry.kind == DirItemFile)
             AddFile(entry, entry.fileKind);
@@ -34,7 +34,7 @@ void PathClassDirItemInfo::ReadContents(IDirItemsIterator& items, bool freeze) {
 
 void PathClassDirItemInfo::ReloadContents(IDirItemsIterator& items, const RefreshOptions& options,
                                           ReloadIndex& index) {
-    for (items.First(); !items.IsDone(); items.Next()) {
+    for (items.First(); !items.IsDone() && IsLinked(); items.Next()) {
         const DirItemInfo& entry = items.CurrentItem();
         if (entry.kind == DirItemFile)
             FindOrAddFile(entry, entry.fileKind, index);

@@ -14,14 +14,14 @@ PathPrivateDirItemInfo::PathPrivateDirItemInfo(IPathManager* manager, PathAllDir
 // A private file defines no class, whatever the source says of it.
 
 void PathPrivateDirItemInfo::ReadContents(IDirItemsIterator& items, bool) {
-    for (items.First(); !items.IsDone(); items.Next())
+    for (items.First(); !items.IsDone() && IsLinked(); items.Next())
         if (items.CurrentItem().kind == DirItemFile)
             AddFile(items.CurrentItem(), FileKindNoClass);
 }
 
 void PathPrivateDirItemInfo::ReloadContents(IDirItemsIterator& items, const RefreshOptions&,
                                             ReloadIndex& index) {
-    for (items.First(); !items.IsDone(); items.Next())
+    for (items.First(); !items.IsDone() && IsLinked(); items.Next())
         if (items.CurrentItem().kind == DirItemFile)
             FindOrAddFile(items.CurrentItem(), FileKindNoClass, index);
 }

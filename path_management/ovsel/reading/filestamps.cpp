@@ -20,7 +20,8 @@ std::uint32_t FileTimeOf(const ovDir& dir, const ustring& name) {
 ovDir LiveDir(const ovDir& dir, const ustring& name) {
     if (ovIsDirHandleValid(dir) && ovGetDirType(dir) != ovDirTypeNull)
         return dir;
-    return ovFindDirFullName(ovGetPathOfDir(dir), ustring(DirPartOf(name)));
+    const ovPath path = ovGetPathOfDir(dir);
+    return path == nullptr ? ovDir() : ovFindDirFullName(path, ustring(DirPartOf(name)));
 }
 
 } // namespace

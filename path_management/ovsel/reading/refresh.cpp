@@ -9,22 +9,68 @@
 
 namespace {
 
-/// A host may read its events once at the beginning and answer every look from memory until the end.
+/// A host may read its events once at the beginning and answer every look from memory until the end. A
+/// callback may refresh in the middle of a refresh: the host is told of the outermost.
 class ChangeChecks {
   public:
-    ChangeChecks() { host::Platform().BeginChangeChecks(); }
-    ~ChangeChecks() { host::Platform().EndChangeChecks(); }
+    ChangeChecks() {
+        if (Depth()++ == 0)
+            host::Platform().BeginChangeChecks();
+    }
+    ~ChangeChecks() {
+        if (--Depth() == 0)
+            host::Platform().EndChangeChecks();
+    }
     ChangeChecks(const ChangeChecks&) = delete;
     ChangeChecks& operator=(const ChangeChecks&) = delete;
+
+  private:
+    static int& Depth() {
+        static int depth = 0;
+        return depth;
+    }
 };
 
-/// Visits children that a callback may take away meanwhile.
+/// Puts the new items of a path directory in their places at the end, also when a hook throws. One that
+/// stands in no list, or no longer, has no order yet.
+class Placing {
+  public:
+    explicit Placing(PathDirItemInfo* pathDir) : m_pathDir(pathDir), m_held(pathDir) {}
+    ~Placing() {
+        if (m_pathDir->GetPositionIn(m_pathDir->GetManager()->GetPathInfo()) >= 0)
+            m_pathDir->PlacePendingItems();
+    }
+    Placing(const Placing&) = delete;
+    Placing& operator=(const Placing&) = delete;
+
+  private:
+    PathDirItemInfo* const m_pathDir;
+    const ovDir m_held;
+};
+
+/// Gives a directory back the state that it has to keep, also when a hook throws.
+class KeptFrozen {
+  public:
+    explicit KeptFrozen(DirState& state) : m_state(state), m_wasFrozen(state == DirFrozen) {}
+    ~KeptFrozen() {
+        if (m_wasFrozen)
+            m_state = DirFrozen;
+    }
+    KeptFrozen(const KeptFrozen&) = delete;
+    KeptFrozen& operator=(const KeptFrozen&) = delete;
+
+  private:
+    DirState& m_state;
+    const bool m_wasFrozen;
+};
+
+/// Visits the children that there are now and that no callback has taken away when their turn comes.
 template <class Child, class Visit>
 void ForEachChild(const std::vector<Child*>& children, Visit visit) {
-    for (std::size_t i = 0; i < children.size(); ++i) {
-        const ovDir held(children[i]);
-        visit(*children[i]);
-    }
+    const std::vector<ovDir> held(children.begin(), children.end());
+    for (const ovDir& child : held)
+        if (*child && child->IsLinked())
+            visit(static_cast<Child&>(**child));
 }
 
 } // namespace
@@ -48,7 +94,14 @@ bool PathAllDirItemInfo::IsChanged() {
 
 /// @return whether anything was read again.
 bool PathAllDirItemInfo::Refresh(const RefreshOptions& options) {
+    if (m_beingDestroyed)
+        return false;
+    if (m_reading) {
+        m_refreshAskedMeanwhile = true;
+        return false;
+    }
     const DirState before = m_state;
+    const KeptFrozen kept(m_state);
     const bool checks = options.type == ovRefreshCheck || options.type == 0;
     const bool wanted = checks ? before != DirFrozen && IsChanged()
                                : options.type == ovRefreshReloadFrozen ||
@@ -58,14 +111,14 @@ bool PathAllDirItemInfo::Refresh(const RefreshOptions& options) {
     const bool reload = m_state == DirChanged;
     if (reload) {
         Reload(options);
+        if (!IsLinked())
+            return true; // whoever was told has removed it
         if (ChangeDiagnostics() || GetManager()->GetDirectoryReloadMessages())
             ReportMessage(MessageChannel::Info, "reloadDirCheck", {GetName()});
     }
     // A check does not go below a frozen directory; other types let the children decide for themselves.
     const bool descends = !(checks && before == DirFrozen);
     const bool below = options.recursive && descends && RefreshChildren(options);
-    if (before == DirFrozen)
-        m_state = DirFrozen;
     return reload || below;
 }
 
@@ -83,8 +136,8 @@ void PathAllDirItemInfo::RefreshDirectory(ovDirRefreshType type) {
     GetManager()->NotifyInterests(this, ovEventRefreshBegin);
     if (m_dirType != ovDirTypeNull && IsLinked()) {
         const ChangeChecks checks;
+        const Placing placing(GetPathDir());
         Refresh(OptionsFor(type, false));
-        GetPathDir()->PlacePendingItems();
     }
     GetManager()->NotifyInterests(this, ovEventRefreshEnd);
 }
@@ -92,8 +145,8 @@ void PathAllDirItemInfo::RefreshDirectory(ovDirRefreshType type) {
 void PathAllDirItemInfo::RefreshTree(ovDirRefreshType type) {
     if (m_dirType == ovDirTypeNull)
         return;
+    const Placing placing(GetPathDir());
     Refresh(OptionsFor(type, true));
-    GetPathDir()->PlacePendingItems();
 }
 
 void PathInfo::RefreshAllDirectories(ovDirRefreshType type) {
@@ -130,6 +183,7 @@ bool PathAllDirItemInfo::SetFrozen(bool freeze) {
     if (m_dirType == ovDirTypeNull || (freeze && GetDirType() == ovDirTypeCWD))
         return false;
     const ChangeChecks checks;
+    const ovDir held(GetPathDir());
     return SetFrozenTree(freeze, OptionsFor(ovRefreshCheck, false));
 }
 
@@ -154,9 +208,11 @@ void PathAllDirItemInfo::SetFrozenOne(bool freeze, const RefreshOptions& options
         return;
     }
     if (m_state != DirLoaded) {
+        const Placing placing(GetPathDir());
         Refresh(options);
-        GetPathDir()->PlacePendingItems();
     }
+    if (!IsLinked())
+        return; // whoever was told has removed it
     ReleaseNotification();
     m_state = DirFrozen;
 }

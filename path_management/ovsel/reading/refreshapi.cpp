@@ -81,9 +81,15 @@ void ovChangedUnknownDir(ovPath path) {
     path->SetAllChanged(DirRecheck);
 }
 
-bool ovFreeze(ovDir dir) { return dir->SetFrozen(true); }
+bool ovFreeze(ovDir dir) {
+    const ovPath held = ovGetPathOfDir(dir);
+    return dir->SetFrozen(true);
+}
 
-bool ovUnFreeze(ovDir dir) { return dir->SetFrozen(false); }
+bool ovUnFreeze(ovDir dir) {
+    const ovPath held = ovGetPathOfDir(dir);
+    return dir->SetFrozen(false);
+}
 
 bool ovIsFrozen(ovDir dir) { return ovGetDirType(dir) != ovDirTypeNull && dir->IsFrozen(); }
 

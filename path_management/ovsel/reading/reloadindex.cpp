@@ -43,8 +43,10 @@ void ReloadIndex::Fill() {
     m_subDirs.insert(m_dir.GetSubDirs().begin(), m_dir.GetSubDirs().end());
 }
 
+bool ReloadIndex::IsOutdated() const { return m_removals != m_dir.GetRemovals(); }
+
 void ReloadIndex::RefillIfOutdated() {
-    if (m_removals == m_dir.GetRemovals())
+    if (!IsOutdated())
         return;
     m_removals = m_dir.GetRemovals();
     m_files.clear();

@@ -28,10 +28,10 @@ class ReloadIndex {
     PathSubDirItemInfo* FindSubDir(std::u16string_view name);
 
     /// Enters a child that has just been added, unless one of its name stands before it.
-    void Enter(PathFileItemInfo* file) { m_files.insert(file); }
-    void Enter(PathClassDirItemInfo* dir) { m_classDirs.insert(dir); }
-    void Enter(PathPackageDirItemInfo* dir) { m_packageDirs.insert(dir); }
-    void Enter(PathSubDirItemInfo* dir) { m_subDirs.insert(dir); }
+    void Enter(PathFileItemInfo* file) { EnterIn(m_files, file); }
+    void Enter(PathClassDirItemInfo* dir) { EnterIn(m_classDirs, dir); }
+    void Enter(PathPackageDirItemInfo* dir) { EnterIn(m_packageDirs, dir); }
+    void Enter(PathSubDirItemInfo* dir) { EnterIn(m_subDirs, dir); }
 
   private:
     struct Name {
@@ -71,6 +71,13 @@ class ReloadIndex {
     template <class Child>
     using Set = boost::unordered_flat_set<Child*, Hash, Equal>;
 
+    bool IsOutdated() const;
+    /// An outdated index is filled anew before it is asked.
+    template <class Set, class Child>
+    void EnterIn(Set& set, Child* child) {
+        if (!IsOutdated())
+            set.insert(child);
+    }
     void Fill();
     void RefillIfOutdated();
 
