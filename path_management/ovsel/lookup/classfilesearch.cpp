@@ -116,8 +116,9 @@ PathFileItemInfo* ClassFileSearch::FindAmongFiles(const PathItemInfo* chain, con
     return nullptr;
 }
 
-/// A plain file that is no class hides nothing; between a plain class file and an `@` folder the one that
-/// comes first on the path wins, and the folder at equal places.
+/// Only the first plain file in path order is considered; one that is no class hides other plain files, but
+/// no `@` folder. Between a plain class file and a folder the one that comes first on the path wins, and the
+/// folder at equal places.
 PathFileItemInfo* ClassFileSearch::FindPlain(const ustring& name) {
     const PathNameInfo* info = m_path->FindNameInfo(name);
     if (!info)
