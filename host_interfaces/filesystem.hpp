@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdio>
 #include <stdexcept>
 #include <string>
 
@@ -121,6 +122,10 @@ OVSEL_HOST_API ustring extract_parent_path(const ustring& name);
 /// The process's current directory in the system's grammar.
 /// @throws PathNotFound when it has been deleted, AccessDenied, SystemError.
 OVSEL_HOST_API ustring current_path();
+
+/// Opens a regular file for reading; null for anything else, for what is not there and for what may not be
+/// read. @p name is narrow, in either form. The caller closes the file with std::fclose.
+OVSEL_HOST_API std::FILE* open_for_reading(const char* name);
 
 /// Changes the process's current directory.
 /// @throws one of the six failures; the directory then stays as it was.

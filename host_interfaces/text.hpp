@@ -47,6 +47,24 @@ class OVSEL_HOST_API codecvt_ustring_to_ascii {
     std::string operator()(const ustring& text) const;
 };
 
+/// UTF-16 to text in a named encoding; "UTF-8" is the one that every host has. Strict: nothing escapes.
+class OVSEL_HOST_API codecvt_ustring_to_string {
+  public:
+    /// @throws CvtInvalidCharacter for an encoding that the host does not have.
+    explicit codecvt_ustring_to_string(const std::string& encoding);
+    /// @throws CvtInvalidCharacter for a unit that the encoding cannot carry.
+    std::string operator()(const ustring& text) const;
+};
+
+/// Text in a named encoding to UTF-16, the exact reverse.
+class OVSEL_HOST_API codecvt_string_to_ustring {
+  public:
+    /// @throws CvtInvalidCharacter for an encoding that the host does not have.
+    explicit codecvt_string_to_ustring(const std::string& encoding);
+    /// @throws CvtInvalidCharacter for bytes that are no text in the encoding.
+    ustring operator()(std::string_view text) const;
+};
+
 /// Short for the first of the converters above. Null counts as empty.
 OVSEL_HOST_API ustring to_ustring(const char* text);
 

@@ -188,6 +188,17 @@ bool DriveMap::Add(const ustring& root, const std::string& folder, Kind kind) {
 
 void DriveMap::Reset() { Roots::Get().Reset(); }
 
+const char* TextOf(PathFault fault) {
+    switch (fault) {
+    case PathFault::NulInside:
+        return "NUL inside";
+    case PathFault::Unconvertible:
+        return "not a file name";
+    default:
+        return "no such root";
+    }
+}
+
 ResolvedPath ResolveAbsolute(const ustring& name) {
     if (name.find(u'\0') != ustring::npos) {
         return {{}, PathFault::NulInside};

@@ -19,6 +19,9 @@ enum class PathFault {
     Unconvertible, ///< a unit without a byte form
 };
 
+/// What is wrong, for the end of a sentence.
+const char* TextOf(PathFault fault);
+
 struct ResolvedPath {
     std::string path; ///< meaningful without a fault only
     PathFault fault = PathFault::None;

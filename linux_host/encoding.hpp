@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -11,6 +12,15 @@
 /// is always above 0x7F, travels as the unpaired unit 0xDC00 + byte.
 
 namespace linux_host {
+
+/// Is a byte of no character carried as an escape unit, or does the text end there?
+enum class Escapes : bool { Refused, Taken };
+
+/// Appends one form of a text to the other, up to what cannot be carried: broken UTF-8 or an unpaired
+/// surrogate, so far as they are not taken as escapes.
+/// @return how much of the source that is.
+std::size_t AppendText(ustring& out, std::string_view bytes, Escapes escapes);
+std::size_t AppendText(std::string& out, std::u16string_view units, Escapes escapes);
 
 /// Appends the UTF-16 of @p bytes to @p out.
 void AppendWide(ustring& out, std::string_view bytes);

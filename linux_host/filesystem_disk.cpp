@@ -1,13 +1,16 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "host_interfaces/filesystem.hpp"
+#include "host_interfaces/text.hpp"
 #include "linux_host/drive_map.hpp"
 #include "linux_host/encoding.hpp"
+#include "linux_host/regular_file.hpp"
 
 namespace fl::filesystem {
 
@@ -32,14 +35,14 @@ namespace {
 
 /// Raises what is wrong with a name before the disk is asked at all.
 [[noreturn]] void ThrowFailure(linux_host::PathFault fault, const ustring& name) {
-    const std::string subject = linux_host::NarrowForDisplay(name);
+    const std::string what = linux_host::NarrowForDisplay(name) + ": " + linux_host::TextOf(fault);
     switch (fault) {
     case linux_host::PathFault::NulInside:
-        throw InvalidArgument(subject + ": NUL inside");
+        throw InvalidArgument(what);
     case linux_host::PathFault::Unconvertible:
-        throw FileNameConversionFailure(subject + ": not a file name");
+        throw FileNameConversionFailure(what);
     default:
-        throw PathNotFound(subject + ": no such root");
+        throw PathNotFound(what);
     }
 }
 
@@ -61,6 +64,22 @@ bool exists(const ustring& name) {
         ThrowFailure(errno, resolved.path);
     }
     return false;
+}
+
+std::FILE* open_for_reading(const char* name) {
+    const linux_host::ResolvedPath resolved = linux_host::ResolveName(fl::i18n::to_ustring(name));
+    if (resolved.fault != linux_host::PathFault::None) {
+        return nullptr;
+    }
+    const int descriptor = linux_host::OpenRegularFile(resolved.path, O_RDONLY);
+    if (descriptor < 0) {
+        return nullptr;
+    }
+    std::FILE* file = ::fdopen(descriptor, "r");
+    if (file == nullptr) {
+        ::close(descriptor);
+    }
+    return file;
 }
 
 ustring current_path() {

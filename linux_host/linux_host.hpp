@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,6 +15,10 @@
 /// @file
 /// What a program on Linux may ask of its host layer beyond the interfaces that the library calls: how names
 /// of the system's grammar map to POSIX paths, listings of directories, and the host's own counters.
+
+namespace foundation::storage::vfs {
+class StorageSystem;
+}
 
 namespace linux_host {
 
@@ -52,17 +57,20 @@ class OVSEL_HOST_API DriveMap {
 // The questions below take any name in either form; a relative one is meant against the process's current
 // directory. A name that cannot be a path (see DriveMap::ToPath) stands for nothing that exists.
 
+inline constexpr unsigned short DirectoryWord = 0x4000;
+inline constexpr unsigned short FileWord = 0x8000;
+
 /// One directory as it was read: entries sorted by name, by code unit.
 struct Listing {
     /// Names one after the other, each with a NUL behind it, and an empty name at the end.
     ustring names;
-    /// One word per name: 0x4000 a directory, 0x8000 a file, 0 for a link or what the system does not tell.
+    /// One word per name: one of the two above, or 0 for a link and what the system does not tell.
     std::vector<unsigned short> words;
 };
 
 /// Reads a directory in one pass. Sockets, pipes, devices, `.` and `..`, names that the grammar cannot spell,
-/// and links under a special name (`@...`, `+...`, `private`) that lead to one of their own ancestors, or that stand
-/// behind three such links already, are left out.
+/// and links under a special name (`@...`, `+...`, `private`) that lead to one of their own ancestors, or
+/// that stand behind three such links already, are left out.
 /// @return nothing if there is no such directory or it cannot be read; what was read when it vanishes midway.
 OVSEL_HOST_API std::optional<Listing> ListDirectory(const ustring& name);
 
@@ -80,7 +88,7 @@ struct Counters {
     std::uint64_t listings = 0;         ///< directories read
     std::uint64_t unspellable = 0;      ///< entries left out: `\` or `:` in the name
     std::uint64_t specialFiles = 0;     ///< entries left out: sockets, pipes, devices
-    std::uint64_t ancestorLinks = 0;    ///< entries left out: special links into a circle or behind too many others
+    std::uint64_t ancestorLinks = 0;    ///< entries left out: special links in a circle or behind too many
     std::uint64_t existenceQueries = 0; ///< questions whether a name is a directory
     std::uint64_t events = 0;           ///< change events read
     std::uint64_t overflows = 0;        ///< times that the system lost events, and every handle was signalled
@@ -117,6 +125,9 @@ OVSEL_HOST_API void SetNotificationFaults(const NotificationFaults& faults);
 /// Closes the descriptors of change notification until the next handle is opened, as a child process must
 /// that moves to other mounts. @pre no handle is open.
 OVSEL_HOST_API void RestartNotification();
+
+/// What createStorageSystem returns from now on; null for new Linux ones again.
+OVSEL_HOST_API void SetStorageSystem(std::shared_ptr<foundation::storage::vfs::StorageSystem> system);
 
 } // namespace testing
 

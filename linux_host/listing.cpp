@@ -19,9 +19,6 @@ namespace linux_host {
 
 namespace {
 
-constexpr unsigned short DirectoryWord = 0x4000;
-constexpr unsigned short FileWord = 0x8000;
-
 struct CloseDirectory {
     void operator()(DIR* directory) const { ::closedir(directory); }
 };

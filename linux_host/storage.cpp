@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "host_interfaces/filesystem.hpp"
+#include "linux_host/linux_host.hpp"
+#include "linux_host/linux_storage.hpp"
 
 namespace foundation::storage::vfs {
 
@@ -18,7 +20,14 @@ std::size_t NameBegin(const ustring& path) {
     return std::max(RootLength(path), separator == ustring::npos ? 0 : separator + 1);
 }
 
+std::shared_ptr<StorageSystem>& Substitute() {
+    static std::shared_ptr<StorageSystem> substitute;
+    return substitute;
+}
+
 } // namespace
+
+Exception::~Exception() = default;
 
 StorageSystem::~StorageSystem() = default;
 
@@ -49,7 +58,15 @@ ustring fromAbsoluteIRI(const AbsoluteIRI& location) {
 
 std::shared_ptr<StorageSystem> createStorageSystem(const std::any& /*options*/,
                                                    foundation::msg_svc::eventmgr::EventManager* /*events*/) {
-    return std::make_shared<StorageSystem>();
+    return Substitute() != nullptr ? Substitute() : std::make_shared<linux_host::LinuxStorage>();
 }
 
 } // namespace foundation::storage::vfs
+
+namespace linux_host::testing {
+
+void SetStorageSystem(std::shared_ptr<foundation::storage::vfs::StorageSystem> system) {
+    foundation::storage::vfs::Substitute() = std::move(system);
+}
+
+} // namespace linux_host::testing

@@ -1,6 +1,7 @@
 #include "host_interfaces/text.hpp"
 
 #include <algorithm>
+#include <unicode/ucnv.h>
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
 
@@ -61,14 +62,14 @@ std::size_t AppendAscii(Text& out, Source source) {
 }
 
 /// Appends the character at the start of @p units, which is not ASCII. @return its length in units, or 0.
-std::size_t AppendWideCharacter(std::string& out, std::u16string_view units) {
+std::size_t AppendWideCharacter(std::string& out, std::u16string_view units, Escapes escapes) {
     const char16_t unit = units[0];
     // A pair comes before an escape: the low half of a pair may lie in the escapes' range.
     if (U16_IS_LEAD(unit) && units.size() > 1 && U16_IS_TRAIL(units[1])) {
         AppendBytes(out, U16_GET_SUPPLEMENTARY(unit, units[1]));
         return 2;
     }
-    if (IsEscape(unit)) {
+    if (escapes == Escapes::Taken && IsEscape(unit)) {
         out.push_back(static_cast<char>(unit - EscapeBase));
         return 1;
     }
@@ -81,31 +82,40 @@ std::size_t AppendWideCharacter(std::string& out, std::u16string_view units) {
 
 } // namespace
 
-void AppendWide(ustring& out, std::string_view bytes) {
-    for (;;) {
-        bytes.remove_prefix(AppendAscii(out, bytes));
-        if (bytes.empty()) {
-            return;
+std::size_t AppendText(ustring& out, std::string_view bytes, Escapes escapes) {
+    for (std::size_t at = 0;;) {
+        at += AppendAscii(out, bytes.substr(at));
+        if (at == bytes.size()) {
+            return at;
         }
-        const Character character = Decode(bytes);
-        AppendUnits(out, character.codePoint < 0 ? EscapeBase + static_cast<unsigned char>(bytes[0])
+        const Character character = Decode(bytes.substr(at));
+        if (character.codePoint < 0 && escapes == Escapes::Refused) {
+            return at;
+        }
+        AppendUnits(out, character.codePoint < 0 ? EscapeBase + static_cast<unsigned char>(bytes[at])
                                                  : character.codePoint);
-        bytes.remove_prefix(character.length);
+        at += character.length;
     }
 }
 
-bool AppendNarrow(std::string& out, std::u16string_view units) {
-    for (;;) {
-        units.remove_prefix(AppendAscii(out, units));
-        if (units.empty()) {
-            return true;
+std::size_t AppendText(std::string& out, std::u16string_view units, Escapes escapes) {
+    for (std::size_t at = 0;;) {
+        at += AppendAscii(out, units.substr(at));
+        if (at == units.size()) {
+            return at;
         }
-        const std::size_t length = AppendWideCharacter(out, units);
+        const std::size_t length = AppendWideCharacter(out, units.substr(at), escapes);
         if (length == 0) {
-            return false;
+            return at;
         }
-        units.remove_prefix(length);
+        at += length;
     }
+}
+
+void AppendWide(ustring& out, std::string_view bytes) { AppendText(out, bytes, Escapes::Taken); }
+
+bool AppendNarrow(std::string& out, std::u16string_view units) {
+    return AppendText(out, units, Escapes::Taken) == units.size();
 }
 
 std::string NarrowForDisplay(std::u16string_view units) {
@@ -113,7 +123,7 @@ std::string NarrowForDisplay(std::u16string_view units) {
     while (!units.empty()) {
         units.remove_prefix(AppendAscii(text, units));
         if (!units.empty()) {
-            const std::size_t length = AppendWideCharacter(text, units);
+            const std::size_t length = AppendWideCharacter(text, units, Escapes::Taken);
             if (length == 0) {
                 AppendBytes(text, 0xFFFD);
             }
@@ -128,6 +138,27 @@ std::size_t CharacterLength(std::string_view text) { return Decode(text).length;
 } // namespace linux_host
 
 namespace fl::i18n {
+
+namespace {
+
+/// The one encoding of this host, under any spelling of its name.
+void RequireUtf8(const std::string& encoding) {
+    if (::ucnv_compareNames(encoding.c_str(), "UTF-8") != 0) {
+        throw CvtInvalidCharacter("no such encoding: " + encoding);
+    }
+}
+
+template <typename Text, typename Source>
+Text Strictly(Source source, const char* fault) {
+    Text result;
+    const std::size_t taken = linux_host::AppendText(result, source, linux_host::Escapes::Refused);
+    if (taken != source.size()) {
+        throw CvtInvalidCharacter(fault + (" at " + std::to_string(taken)));
+    }
+    return result;
+}
+
+} // namespace
 
 CvtInvalidCharacter::~CvtInvalidCharacter() = default;
 
@@ -159,6 +190,18 @@ std::string codecvt_ustring_to_ascii::operator()(const ustring& text) const {
         throw CvtInvalidCharacter("unit above 127 in text that is to be ASCII");
     }
     return result;
+}
+
+codecvt_ustring_to_string::codecvt_ustring_to_string(const std::string& encoding) { RequireUtf8(encoding); }
+
+std::string codecvt_ustring_to_string::operator()(const ustring& text) const {
+    return Strictly<std::string>(std::u16string_view(text), "unpaired surrogate");
+}
+
+codecvt_string_to_ustring::codecvt_string_to_ustring(const std::string& encoding) { RequireUtf8(encoding); }
+
+ustring codecvt_string_to_ustring::operator()(std::string_view text) const {
+    return Strictly<ustring>(text, "no valid UTF-8");
 }
 
 ustring to_ustring(const char* text) {
