@@ -3,7 +3,7 @@
 
 ovsel_packages=(
   g++ cmake ninja-build
-  libboost1.81-dev libicu-dev
+  libboost1.81-dev libicu-dev libxerces-c-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   libcli11-dev nlohmann-json3-dev libfmt-dev
 )

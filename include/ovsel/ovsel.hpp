@@ -27,9 +27,11 @@
 /// Nothing here looks at the disk behind the host's back, starts a thread, or locks: a path and all its
 /// handles belong to one thread at a time.
 
+#include <ovsel/cache.hpp>
 #include <ovsel/classfiles.hpp>
 #include <ovsel/cwd.hpp>
 #include <ovsel/cwdevent.hpp>
+#include <ovsel/descriptors.hpp>
 #include <ovsel/handles.hpp>
 #include <ovsel/hooks.hpp>
 #include <ovsel/interest.hpp>

@@ -3,15 +3,15 @@
 set -eu
 cd "$1/path_management/ovsel"
 status=0
-above="names|frame|model|reading|lookup"
-for layer in names frame model reading; do
+above="names|frame|model|reading|lookup|cache"
+for layer in names frame model reading lookup; do
     above=${above#"$layer|"}
     if grep -nE "#include \"ovsel/($above)/" "$layer"/*.hpp; then
         echo "headers of $layer include from above"
         status=1
     fi
 done
-if grep -nE '#include "ovsel/(frame|model|reading|lookup)/' names/*; then
+if grep -nE '#include "ovsel/(frame|model|reading|lookup|cache)/' names/*; then
     echo "names stand on the host alone"
     status=1
 fi

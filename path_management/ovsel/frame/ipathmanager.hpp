@@ -21,6 +21,9 @@ class PathDirItemInfo;
 class PathInfo;
 class PathItemInfo;
 class PathNameInfo;
+namespace Quorrant::ovsel {
+class CachedDirMap;
+}
 enum DirState : std::uint32_t;
 struct FileSystemEntry;
 
@@ -142,9 +145,25 @@ class IPathManager {
     virtual PathItemInfo* FindDirOfType(const ustring& fullName, std::u16string_view leaf,
                                         ovDirType type) const = 0;
 
+    // Files and folders on this path's storage system; none is opened.
+
+    virtual void GetFile(foundation::storage::vfs::File& out, const foundation::storage::vfs::Folder& parent,
+                         const ustring& name) const = 0;
+    virtual void GetFileByIRI(foundation::storage::vfs::File& out,
+                              const foundation::storage::vfs::AbsoluteIRI& location) const = 0;
+    virtual void GetFolder(foundation::storage::vfs::Folder& out,
+                           const foundation::storage::vfs::Folder& parent, const ustring& name) const = 0;
+    virtual void GetFolderByIRI(foundation::storage::vfs::Folder& out,
+                                const foundation::storage::vfs::AbsoluteIRI& location) const = 0;
+
+    // The factory exists in the storage layer's mode only; without one these do nothing.
+
+    virtual void InstallCachedDirItems(const Quorrant::ovsel::CachedDirMap& contents,
+                                       const foundation::storage::vfs::AbsoluteIRI& root) = 0;
     /// Null when no factory is set.
     virtual std::unique_ptr<IDirItemsIterator>
     CreateDirItemsIterator(const foundation::storage::vfs::AbsoluteIRI& location) = 0;
+    virtual void ClearCachedDirItems() = 0;
     virtual void SetDirItemsIteratorFactory(std::unique_ptr<IDirItemsIteratorFactory> factory) = 0;
     /// Searches tell when they begin and end: an item that one of them takes away may be the next of another.
     virtual void SearchBegins() = 0;

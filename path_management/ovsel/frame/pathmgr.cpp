@@ -12,8 +12,8 @@
 #include "ovsel/lookup/nametable.hpp"
 #include "ovsel/model/nulldiriteminfo.hpp"
 #include "ovsel/model/pathdiriteminfo.hpp"
+#include "ovsel/reading/diritemsiteratorfactory.hpp"
 #include "ovsel/reading/idiritemsiterator.hpp"
-#include "ovsel/reading/idiritemsiteratorfactory.hpp"
 #include "ovsel/reading/vfsmode.hpp"
 #include <ovsel/names.hpp>
 
@@ -31,6 +31,9 @@ PathMgr::PathMgr(const char* name, const char16_t* preFrozenPrefix, ovCaseSensit
     SetFlag(TempFileProbeDisabled, disableTempFileProbe);
     if (preFrozenPrefix)
         m_preFrozenPrefix = preFrozenPrefix;
+    if (IsVFSMode())
+        m_dirItemsIteratorFactory = std::make_unique<DirItemsIteratorFactory>(
+            vfs::StorageSystemReference(m_storageSystem), false, m_isCaseSensitive);
     try {
         EnterService();
     } catch (...) {
@@ -232,6 +235,33 @@ PathItemInfo* PathMgr::FindDirFullName(const ustring& fullName, ovDirType type) 
 PathItemInfo* PathMgr::FindDirOfType(const ustring& fullName, std::u16string_view leaf,
                                      ovDirType type) const {
     return FullNameLookup(*this).FindDirOfType(fullName, leaf, type);
+}
+
+void PathMgr::GetFile(vfs::File& out, const vfs::Folder& parent, const ustring& name) const {
+    out = vfs::File(vfs::ChildLocation(parent.getLocation(), name), parent.getReference());
+}
+
+void PathMgr::GetFileByIRI(vfs::File& out, const vfs::AbsoluteIRI& location) const {
+    out = vfs::File(location, vfs::StorageSystemReference(m_storageSystem));
+}
+
+void PathMgr::GetFolder(vfs::Folder& out, const vfs::Folder& parent, const ustring& name) const {
+    out = vfs::Folder(vfs::ChildLocation(parent.getLocation(), name), parent.getReference());
+}
+
+void PathMgr::GetFolderByIRI(vfs::Folder& out, const vfs::AbsoluteIRI& location) const {
+    out = vfs::Folder(location, vfs::StorageSystemReference(m_storageSystem));
+}
+
+void PathMgr::InstallCachedDirItems(const Quorrant::ovsel::CachedDirMap& contents,
+                                    const vfs::AbsoluteIRI& root) {
+    if (m_dirItemsIteratorFactory)
+        m_dirItemsIteratorFactory->InstallCachedDirItems(contents, root);
+}
+
+void PathMgr::ClearCachedDirItems() {
+    if (m_dirItemsIteratorFactory)
+        m_dirItemsIteratorFactory->ClearCachedDirItems();
 }
 
 std::unique_ptr<IDirItemsIterator> PathMgr::CreateDirItemsIterator(const vfs::AbsoluteIRI& location) {

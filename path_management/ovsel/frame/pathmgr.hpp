@@ -120,8 +120,19 @@ class PathMgr final : public IPathManager {
     PathItemInfo* FindDirOfType(const ustring& fullName, std::u16string_view leaf,
                                 ovDirType type) const override;
 
+    void GetFile(foundation::storage::vfs::File& out, const foundation::storage::vfs::Folder& parent,
+                 const ustring& name) const override;
+    void GetFileByIRI(foundation::storage::vfs::File& out,
+                      const foundation::storage::vfs::AbsoluteIRI& location) const override;
+    void GetFolder(foundation::storage::vfs::Folder& out, const foundation::storage::vfs::Folder& parent,
+                   const ustring& name) const override;
+    void GetFolderByIRI(foundation::storage::vfs::Folder& out,
+                        const foundation::storage::vfs::AbsoluteIRI& location) const override;
+    void InstallCachedDirItems(const Quorrant::ovsel::CachedDirMap& contents,
+                               const foundation::storage::vfs::AbsoluteIRI& root) override;
     std::unique_ptr<IDirItemsIterator>
     CreateDirItemsIterator(const foundation::storage::vfs::AbsoluteIRI& location) override;
+    void ClearCachedDirItems() override;
     void SetDirItemsIteratorFactory(std::unique_ptr<IDirItemsIteratorFactory> factory) override;
     void SearchBegins() override { ++m_searchCount; }
     void SearchEnds() override;

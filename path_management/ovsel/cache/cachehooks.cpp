@@ -1,0 +1,124 @@
+#include "ovsel/cache/cachehooks.hpp"
+
+#include <algorithm>
+#include <optional>
+
+#include "host_interfaces/filesystem.hpp"
+#include "host_interfaces/utility.hpp"
+#include "ovsel/cache/cachestate.hpp"
+#include "ovsel/frame/iohooks.hpp"
+#include "ovsel/names/pathnames.hpp"
+
+namespace Quorrant::ovsel {
+
+namespace {
+
+template <class Unit>
+Unit* AllocateUnits(std::size_t count) {
+    // At least one, so that an empty answer is not taken for a lack of memory.
+    return static_cast<Unit*>(HostMallocWithCheck(std::max<std::size_t>(count, 1) * sizeof(Unit)));
+}
+
+char16_t* NamesOf(const CacheDirNode& node) {
+    auto* names = AllocateUnits<char16_t>(node.m_namesLength);
+    // Each byte with its sign, as it has always been: what is beyond ASCII is not that name any more.
+    std::transform(node.m_names, node.m_names + node.m_namesLength, names,
+                   [](char byte) { return static_cast<char16_t>(static_cast<signed char>(byte)); });
+    return names;
+}
+
+unsigned short WordOf(char letter) {
+    switch (letter) {
+    case 'C':
+        return 0x8001;
+    case 'N':
+        return 0x8002;
+    case 'F':
+        return 0x8000;
+    case 'D':
+    case 'd':
+        return 0x4000;
+    default:
+        return 0;
+    }
+}
+
+unsigned short* WordsOf(const CacheDirNode& node) {
+    auto* words = AllocateUnits<unsigned short>(node.m_lettersCount);
+    std::transform(node.m_letters, node.m_letters + node.m_lettersCount, words, WordOf);
+    return words;
+}
+
+void TraceName(const char* format, const ustring& name) {
+    if (CacheState::Get().trace)
+        HostPrintf(format, PrintableName(name).c_str());
+}
+
+bool HasDotInLastElement(const ustring& name) {
+    const std::size_t dot = name.rfind(u'.');
+    return dot != ustring::npos && name.find(u'\\', dot) == ustring::npos;
+}
+
+bool IsDirectoryByForm(const ustring& name) {
+    const ustring native = fl::filesystem::make_native_form(name, true);
+    const auto leaf = FilePartOf(native);
+    return leaf.starts_with(u'@') || leaf == u"private";
+}
+
+/// What can be said without the disk; nothing if that must be asked.
+std::optional<bool> IsDirectoryUnasked(const ovPath& path, const ustring& name) {
+    if (MatchesCachePrefix(path, name)) {
+        if (HasDotInLastElement(name))
+            return false;
+        TraceName("Is %s a directory?...\n", name);
+        if (FindInCache(path, name))
+            return true;
+    }
+    TraceName("Is %s a directory?...\n", name);
+    if (IsDirectoryByForm(name))
+        return true;
+    return std::nullopt;
+}
+
+} // namespace
+
+char16_t* CacheReadDirectory(ovPath path, const ustring& name, unsigned short** attributes) {
+    const CacheState& state = CacheState::Get();
+    TraceName("Looking for contents of %s...\n", name);
+    if (MatchesCachePrefix(path, name)) {
+        if (const CacheDirNode* node = FindInCache(path, name)) {
+            if (attributes)
+                *attributes = WordsOf(*node);
+            return NamesOf(*node);
+        }
+        if (state.IsTalkative() || state.report)
+            HostPrintf("%s not found in Toolbox Path Cache\n", PrintableName(name).c_str());
+    }
+    if (state.trace)
+        HostPrintf(" not in cache...");
+    return IOHooks::Defaults().m_readDirectoryFcn(path, name, attributes);
+}
+
+ovDirAccessibility CacheGetAccessibility(ovPath path, const ustring& name) {
+    TraceName("Is %s accessible?...\n", name);
+    if (CacheIsDirectory(path, name))
+        return ovDirAccessible;
+    TraceName("%s not in cache, using file system IsAccessible.\n", name);
+    return IOHooks::Defaults().m_dirAccessibilityFcn(path, name);
+}
+
+bool CacheIsDirectory(ovPath path, const ustring& name) {
+    const std::optional<bool> known = IsDirectoryUnasked(path, name);
+    return known ? *known : IOHooks::Defaults().m_dirExistsFcn(path, name);
+}
+
+long CacheGetFileTime(ovPath path, const ustring& name) {
+    if (IsDirectoryUnasked(path, name).value_or(false))
+        return 0;
+    const ustring directory(DirPartOf(name));
+    if (IsDirectoryUnasked(path, directory).value_or(false))
+        return 0;
+    return IOHooks::Defaults().m_fileTimeFcn(path, name);
+}
+
+} // namespace Quorrant::ovsel

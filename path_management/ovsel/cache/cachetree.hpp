@@ -1,0 +1,68 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include <boost/container_hash/hash.hpp>
+#include <boost/unordered/unordered_flat_map.hpp>
+
+#include "ovsel/cache/cachedirnode.hpp"
+
+namespace Quorrant::ovsel {
+
+/// The directories of a cache, and the answers of a depth-first search among them without the walk: each node
+/// has its place in that order, and an index leads from a name to the places where it stands. The number of
+/// comparisons that the walk would have made is the distance between two places.
+class CacheTree {
+  public:
+    /// A place in depth-first order; the root's is 0.
+    using Place = std::uint32_t;
+
+    struct Answer {
+        std::optional<Place> found;
+        std::uint32_t compares = 0; ///< that a walk makes until then, or in vain
+    };
+
+    /// @p root has no siblings.
+    explicit CacheTree(std::unique_ptr<CacheDirNode> root);
+
+    /// Searches the node at @p start, what lies below it, and its later siblings with what lies below them.
+    Answer Find(Place start, std::u16string_view name, bool caseSensitive);
+
+    const CacheDirNode& At(Place place) const { return *m_nodes[place].node; }
+
+  private:
+    struct Node {
+        const CacheDirNode* node;
+        Place reach = 0; ///< the first place that a search from here does not come to
+    };
+    struct Hash {
+        using is_transparent = void;
+        std::size_t operator()(std::u16string_view name) const {
+            return boost::hash_range(name.begin(), name.end());
+        }
+    };
+    struct Equal {
+        using is_transparent = void;
+        bool operator()(std::u16string_view a, std::u16string_view b) const { return a == b; }
+    };
+    static constexpr Place Nowhere = static_cast<Place>(-1);
+
+    /// For one case rule: names as that rule compares them. Places of equal names are linked upwards.
+    struct Index {
+        boost::unordered_flat_map<ustring, Place, Hash, Equal> first;
+        std::vector<Place> next;
+    };
+
+    void NumberChildren(const CacheDirNode& parent);
+    const Index& IndexFor(bool caseSensitive);
+
+    std::unique_ptr<CacheDirNode> m_root;
+    std::vector<Node> m_nodes;
+    std::array<std::optional<Index>, 2> m_indexes; ///< by case rule, made at the first search
+};
+
+} // namespace Quorrant::ovsel

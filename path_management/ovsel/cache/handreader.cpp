@@ -1,0 +1,187 @@
+#include "ovsel/cache/handreader.hpp"
+
+#include <array>
+#include <cstdio>
+#include <new>
+#include <optional>
+#include <string_view>
+
+#include "host_interfaces/filesystem.hpp"
+#include "host_interfaces/text.hpp"
+#include "ovsel/cache/cachelimits.hpp"
+#include "ovsel/names/pathnames.hpp"
+
+namespace Quorrant::ovsel {
+
+namespace {
+
+constexpr int EndOfFile = -1;
+constexpr std::size_t MostNameBytes = 1280;
+
+struct CloseFile {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using FileHandle = std::unique_ptr<std::FILE, CloseFile>;
+
+/// @pre @p file stands at its beginning, and does so again.
+bool IsTooLarge(std::FILE* file) {
+    const bool large = std::fseek(file, 0, SEEK_END) != 0 || std::ftell(file) < 0 ||
+                       static_cast<std::size_t>(std::ftell(file)) > MostCacheBytes;
+    std::rewind(file);
+    return large;
+}
+
+/// The bytes of a file, line by line.
+class LineSource {
+  public:
+    explicit LineSource(FileHandle file) : m_file(std::move(file)) {}
+
+    /// The next byte, or EndOfFile. What stands behind a NUL in its line is not seen.
+    int Take() {
+        while (m_line[m_index] == '\0')
+            if (!FillLine())
+                return EndOfFile;
+        return static_cast<unsigned char>(m_line[m_index++]);
+    }
+
+    /// Passes everything up to @p wanted and that too. @return false at the end of the file.
+    bool SkipPast(char wanted) {
+        for (int c = Take(); c != EndOfFile; c = Take())
+            if (c == static_cast<unsigned char>(wanted))
+                return true;
+        return false;
+    }
+
+    /// Is what comes next exactly this? Takes as much as agrees and one more.
+    bool Expect(std::string_view text) {
+        for (const char wanted : text)
+            if (Take() != static_cast<unsigned char>(wanted))
+                return false;
+        return true;
+    }
+
+  private:
+    bool FillLine() {
+        m_index = 0;
+        m_line[0] = '\0';
+        return std::fgets(m_line.data(), LineBytes, m_file.get()) != nullptr;
+    }
+
+    static constexpr int LineBytes = 4095;
+
+    FileHandle m_file;
+    std::array<char, LineBytes + 1> m_line{};
+    std::size_t m_index = 0;
+};
+
+/// Recursive descent over directory blocks. Every step answers false for contents that are not a cache's.
+class ContentsReader {
+  public:
+    explicit ContentsReader(LineSource& source) : m_source(source) {}
+
+    int DirectoryCount() const { return m_directoryCount; }
+
+    bool ReadContents(CacheDirNode& node, int depth) {
+        std::unique_ptr<CacheDirNode>* end = &node.m_firstChild;
+        while (m_source.SkipPast('<')) {
+            switch (const int letter = m_source.Take()) {
+            case '/':
+                node.CompleteNames();
+                return true;
+            case 'D':
+                if (!ReadDirectory(node, end, depth + 1))
+                    return false;
+                ++m_directoryCount;
+                break;
+            case 'C':
+            case 'F':
+            case 'N':
+            case 'U':
+            case 'd':
+                if (!ReadEntry(node, static_cast<char>(letter)))
+                    return false;
+                break;
+            default:
+                return false;
+            }
+        }
+        return false;
+    }
+
+  private:
+    bool ReadEntry(CacheDirNode& node, char letter) {
+        if (!ReadName())
+            return false;
+        node.AddName(Name(), letter);
+        return m_source.Expect("/>");
+    }
+
+    /// @p end is where the next child of @p parent goes.
+    bool ReadDirectory(CacheDirNode& parent, std::unique_ptr<CacheDirNode>*& end, int depth) {
+        if (depth > MostCacheDepth || !ReadName())
+            return false;
+        std::optional<ustring> name = AsciiName();
+        if (!name)
+            return true; // not entered: the lines of the block are read as the parent's
+        *end = std::make_unique<CacheDirNode>(*std::move(name));
+        CacheDirNode& child = **end;
+        end = &child.m_nextSibling;
+        if (!m_source.Expect(">") || !ReadContents(child, depth))
+            return false;
+        const std::string leaf = fl::i18n::codecvt_ustring_to_ascii()(ustring(FilePartOf(child.m_name)));
+        parent.AddName(leaf, 'D');
+        return m_source.Expect("D>");
+    }
+
+    /// The text between the next two double quotes, with `/` turned into `\`.
+    bool ReadName() {
+        if (!m_source.SkipPast('"'))
+            return false;
+        m_nameLength = 0;
+        for (int c = m_source.Take(); c != '"'; c = m_source.Take()) {
+            if (c == EndOfFile || m_nameLength == MostNameBytes)
+                return false;
+            m_name[m_nameLength++] = static_cast<char>(c == '/' ? '\\' : c);
+        }
+        return true;
+    }
+
+    std::string_view Name() const { return {m_name.data(), m_nameLength}; }
+
+    std::optional<ustring> AsciiName() const {
+        try {
+            return fl::i18n::codecvt_ascii_to_ustring()(Name());
+        } catch (const fl::i18n::CvtInvalidCharacter&) {
+            return std::nullopt;
+        }
+    }
+
+    LineSource& m_source;
+    std::array<char, MostNameBytes> m_name;
+    std::size_t m_nameLength = 0;
+    int m_directoryCount = 0;
+};
+
+} // namespace
+
+HandReading ReadCacheFileByHand(const char* fileName) {
+    HandReading reading;
+    FileHandle file(fl::filesystem::open_for_reading(fileName));
+    reading.opened = file != nullptr;
+    if (!reading.opened)
+        return reading;
+    if (IsTooLarge(file.get()))
+        return reading;
+    LineSource source(std::move(file));
+    reading.reachedContents = source.SkipPast('>');
+    if (!reading.reachedContents)
+        return reading;
+    auto root = std::make_unique<CacheDirNode>(u"CachePath");
+    ContentsReader contents(source);
+    if (contents.ReadContents(*root, 0))
+        reading.root = std::move(root);
+    reading.directoryCount = contents.DirectoryCount();
+    return reading;
+}
+
+} // namespace Quorrant::ovsel

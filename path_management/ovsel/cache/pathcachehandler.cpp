@@ -1,0 +1,76 @@
+#include "ovsel/cache/pathcachehandler.hpp"
+
+#include <string_view>
+#include <utility>
+
+#include <xercesc/sax2/Attributes.hpp>
+
+#include "ovsel/cache/cacheerrors.hpp"
+#include "ovsel/cache/cachelimits.hpp"
+
+namespace Quorrant::ovsel {
+
+namespace {
+
+constexpr std::u16string_view RootElement = u"Quorrant";
+
+/// The list that an entry of that letter goes to, or null.
+std::vector<ustring>* ListFor(CachedDirContents& contents, char16_t letter) {
+    switch (letter) {
+    case u'd':
+        return &contents.subdirs;
+    case u'F':
+        return &contents.files;
+    case u'C':
+        return &contents.classFiles;
+    case u'N':
+        return &contents.noClassFiles;
+    case u'U':
+        return &contents.unconfirmed;
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace
+
+void PathCacheHandler::startElement(const XMLCh* /*uri*/, const XMLCh* localName, const XMLCh* /*qName*/,
+                                    const xercesc::Attributes& attributes) {
+    if (++m_depth > MostCacheDepth)
+        throw PathCacheXMLParseError(u"The elements are nested too deeply.");
+    if (RootElement == localName)
+        return;
+    const XMLCh* name = attributes.getValue(u"name");
+    if (!name)
+        throw CacheFileWrongFormat();
+    // Only the first character counts.
+    if (localName[0] == u'D')
+        OpenDirectory(name);
+    else
+        AddEntry(localName[0], name);
+}
+
+void PathCacheHandler::OpenDirectory(ustring name) {
+    if (m_contents->contains(name))
+        throw CacheFileWrongFormat();
+    if (!m_dirStack.empty())
+        (*m_contents)[m_dirStack.back()].subdirs.push_back(name);
+    m_dirStack.push_back(name);
+    m_contents->try_emplace(std::move(name));
+}
+
+void PathCacheHandler::AddEntry(char16_t letter, ustring name) {
+    const auto open = m_dirStack.empty() ? m_contents->end() : m_contents->find(m_dirStack.back());
+    std::vector<ustring>* list = open == m_contents->end() ? nullptr : ListFor(open->second, letter);
+    if (!list)
+        throw CacheFileWrongFormat();
+    list->push_back(std::move(name));
+}
+
+void PathCacheHandler::endElement(const XMLCh* /*uri*/, const XMLCh* localName, const XMLCh* /*qName*/) {
+    --m_depth;
+    if (!m_dirStack.empty() && std::u16string_view(localName) == u"D")
+        m_dirStack.pop_back();
+}
+
+} // namespace Quorrant::ovsel

@@ -1,0 +1,126 @@
+#include "ovsel/cache/xmlreader.hpp"
+
+#include <memory>
+#include <string>
+
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/sax2/SAX2XMLReader.hpp>
+#include <xercesc/sax2/XMLReaderFactory.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/XMLException.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+#include "host_interfaces/text.hpp"
+#include "ovsel/cache/cacheerrors.hpp"
+#include "ovsel/cache/cachelimits.hpp"
+#include "ovsel/cache/pathcachehandler.hpp"
+#include "ovsel/frame/ipathmanager.hpp"
+
+namespace vfs = foundation::storage::vfs;
+
+namespace Quorrant::ovsel {
+
+namespace {
+
+std::string ReadWhole(std::istream& stream) {
+    constexpr std::streamsize chunk = 1 << 20;
+    std::string text;
+    for (;;) {
+        const std::size_t length = text.size();
+        text.resize(length + chunk);
+        // From the buffer, since the end of the file is no failure here.
+        const std::streamsize got = stream.rdbuf()->sgetn(text.data() + length, chunk);
+        text.resize(length + static_cast<std::size_t>(got));
+        if (got == 0)
+            return text;
+        if (text.size() > MostCacheBytes)
+            throw PathCacheXMLParseError(u"The file is too large.");
+    }
+}
+
+/// A cache has no use for a document type, and refusing it here keeps the parser away from all that one can
+/// do. In a comment it is refused too.
+void RefuseDocumentType(const std::string& text) {
+    if (text.find("<!DOCTYPE") != std::string::npos)
+        throw PathCacheXMLParseError(u"A document type is not allowed.");
+}
+
+ustring ReadText(const ovPath& path, const vfs::AbsoluteIRI& location) {
+    const auto unable = [&](const char* reason) {
+        return UnableToLoadCache(vfs::fromAbsoluteIRI(location), fl::i18n::to_ustring(reason));
+    };
+    try {
+        vfs::File file;
+        path->GetFileByIRI(file, location);
+        vfs::ifstream stream(file);
+        stream.exceptions(std::ios_base::failbit | std::ios_base::badbit);
+        const std::string text = ReadWhole(stream);
+        RefuseDocumentType(text);
+        return fl::i18n::codecvt_string_to_ustring("UTF-8")(text);
+    } catch (const vfs::Exception& failure) {
+        throw unable(failure.what());
+    } catch (const std::ios_base::failure& failure) {
+        throw unable(failure.what());
+    } catch (const fl::i18n::CvtInvalidCharacter& failure) {
+        throw unable(failure.what());
+    }
+}
+
+/// The parser's library, for as long as it is needed; it counts its users. Its exceptions live no longer.
+class XercesSession {
+  public:
+    XercesSession() {
+        try {
+            xercesc::XMLPlatformUtils::Initialize();
+        } catch (const xercesc::XMLException& failure) {
+            throw PathCacheXMLParseError(failure.getMessage());
+        }
+    }
+    ~XercesSession() { xercesc::XMLPlatformUtils::Terminate(); }
+    XercesSession(const XercesSession&) = delete;
+    XercesSession& operator=(const XercesSession&) = delete;
+};
+
+/// Belt and braces: what a document type could ask for, if one got this far.
+void FollowNothing(xercesc::SAX2XMLReader& reader) {
+    reader.setFeature(xercesc::XMLUni::fgSAX2CoreValidation, false);
+    reader.setFeature(xercesc::XMLUni::fgXercesSchema, false);
+    reader.setFeature(xercesc::XMLUni::fgXercesLoadExternalDTD, false);
+    reader.setFeature(xercesc::XMLUni::fgXercesDisableDefaultEntityResolution, true);
+}
+
+void ParseText(const ustring& text, CachedDirMap& contents) {
+    const std::unique_ptr<xercesc::SAX2XMLReader> reader(xercesc::XMLReaderFactory::createXMLReader());
+    FollowNothing(*reader);
+    PathCacheHandler handler(&contents);
+    reader->setContentHandler(&handler);
+    reader->setErrorHandler(&handler);
+    xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.data()),
+                                      text.size() * sizeof(char16_t), "pathXmlBuffer");
+    source.setEncoding(xercesc::XMLUni::fgUTF16EncodingString);
+    reader->parse(source);
+}
+
+void Parse(const ustring& text, CachedDirMap& contents) {
+    const XercesSession session;
+    try {
+        ParseText(text, contents);
+    } catch (const xercesc::XMLException& failure) {
+        throw PathCacheXMLParseError(failure.getMessage());
+    } catch (const xercesc::SAXParseException& failure) {
+        throw PathCacheXMLParseError(failure.getMessage());
+    }
+}
+
+} // namespace
+
+bool ReadCacheFileXML(const ovPath& path, vfs::AbsoluteIRI fileLocation, vfs::AbsoluteIRI rootLocation) {
+    const ustring text = ReadText(path, fileLocation);
+    CachedDirMap contents;
+    Parse(text, contents);
+    path->InstallCachedDirItems(contents, rootLocation);
+    return true;
+}
+
+} // namespace Quorrant::ovsel

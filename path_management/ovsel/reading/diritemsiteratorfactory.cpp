@@ -1,0 +1,74 @@
+#include "ovsel/reading/diritemsiteratorfactory.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include "ovsel/cache/pathtoolboxcachediritemsiterator.hpp"
+#include "ovsel/names/nameequality.hpp"
+#include "ovsel/reading/vfsfolderitemsiterator.hpp"
+
+using Quorrant::ovsel::CachedDirContents;
+using Quorrant::ovsel::CachedDirMap;
+using Quorrant::ovsel::PathToolboxCacheDirItemsIterator;
+
+namespace vfs = foundation::storage::vfs;
+
+DirItemsIteratorFactory::DirItemsIteratorFactory(vfs::StorageSystemReference storage, bool cacheInstalled,
+                                                 bool caseSensitive)
+    : m_storage(std::move(storage)), m_cacheInstalled(cacheInstalled), m_caseSensitive(caseSensitive) {}
+
+void DirItemsIteratorFactory::InstallCachedDirItems(const CachedDirMap& contents,
+                                                    const vfs::AbsoluteIRI& root) {
+    if (&contents != m_contents.get())
+        m_contents = std::make_shared<const CachedDirMap>(contents);
+    m_root = std::make_unique<vfs::AbsoluteIRI>(root);
+    m_rootPathLength = root.getPath().length() + 1;
+    m_cacheInstalled = true;
+}
+
+std::unique_ptr<IDirItemsIterator>
+DirItemsIteratorFactory::CreateDirItemsIterator(vfs::AbsoluteIRI location) {
+    // The root itself has no name under the root.
+    if (m_cacheInstalled && IsUnderRoot(location) && location.getPath().length() >= m_rootPathLength)
+        if (auto contents = FindContents(location))
+            return std::make_unique<PathToolboxCacheDirItemsIterator>(std::move(contents));
+    return std::make_unique<VFSFolderItemsIterator>(std::move(location), m_storage);
+}
+
+bool DirItemsIteratorFactory::IsUnderRoot(const vfs::AbsoluteIRI& location) const {
+    const ustring root = m_root->toString();
+    return NamesEqual(location.toString().substr(0, root.length()), root, m_caseSensitive);
+}
+
+std::shared_ptr<const CachedDirContents>
+DirItemsIteratorFactory::FindContents(const vfs::AbsoluteIRI& location) const {
+    const auto found = m_contents->find(location.getPath().substr(m_rootPathLength));
+    return found == m_contents->end() ? nullptr
+                                      : std::shared_ptr<const CachedDirContents>(m_contents, &found->second);
+}
+
+bool DirItemsIteratorFactory::FolderExists(const vfs::AbsoluteIRI& location) {
+    if (m_cacheInstalled && IsKnownToCache(location))
+        return true;
+    try {
+        return vfs::Folder(location, m_storage).folderExists();
+    } catch (const vfs::Exception&) {
+        return false;
+    }
+}
+
+bool DirItemsIteratorFactory::IsKnownToCache(const vfs::AbsoluteIRI& location) const {
+    return FindContents(location) || IsListedByParent(location);
+}
+
+bool DirItemsIteratorFactory::IsListedByParent(const vfs::AbsoluteIRI& location) const {
+    if (!location.hasParent())
+        return false;
+    const vfs::AbsoluteIRI parent = location.getParent();
+    // What lies directly under the root has no parent in the cache.
+    if (parent.getPath().length() < m_rootPathLength)
+        return false;
+    const auto contents = FindContents(parent);
+    return contents && std::find(contents->subdirs.begin(), contents->subdirs.end(), location.getName()) !=
+                           contents->subdirs.end();
+}
