@@ -19,9 +19,11 @@ class EventStream;
 /// What subscribers may ask of an event's type without knowing the class.
 class OVSEL_HOST_API TypeInformation {
   public:
+    /// Free words that the maker of an event puts on its type.
     using UserTags = std::vector<std::string>;
 
     TypeInformation() = default;
+    /// With tags; those of the other constructor are empty.
     explicit TypeInformation(UserTags tags) : m_userTags(std::move(tags)) {}
     virtual ~TypeInformation();
 
@@ -40,6 +42,7 @@ class OVSEL_HOST_API TypeInformation {
 
     /// Equal user tags.
     bool equals(const TypeInformation& other) const { return m_userTags == other.m_userTags; }
+    /// The tags that it was made with.
     const UserTags& userTags() const { return m_userTags; }
 
   private:
@@ -60,6 +63,7 @@ class OVSEL_HOST_API BaseEvent {
     /// May clients outside the host's own code receive it? True here.
     virtual bool isSORVENClientsAllowed() const;
 
+    /// Valid as long as the event or a copy of it lives.
     const TypeInformation& typeInformation() const { return *m_typeInformation; }
     /// Equal by type; what an event carries beyond that is its own class's business.
     friend bool operator==(const BaseEvent& a, const BaseEvent& b) {
@@ -69,7 +73,9 @@ class OVSEL_HOST_API BaseEvent {
   protected:
     /// Takes ownership of @p typeInformation, which must not be null.
     explicit BaseEvent(TypeInformation* typeInformation) : m_typeInformation(typeInformation) {}
+    /// Shares the type information.
     BaseEvent(const BaseEvent&) = default;
+    /// Shares it too.
     BaseEvent& operator=(const BaseEvent&) = default;
 
   private:

@@ -12,25 +12,32 @@
 
 namespace host {
 
-/// Answers of IPlatform::GetDriveType that have a meaning here.
-inline constexpr std::uint32_t DriveNoRoot = 1;
-inline constexpr std::uint32_t DriveFixed = 3;
-inline constexpr std::uint32_t DriveRemote = 4;
+/// @name Answers of IPlatform::GetDriveType that have a meaning here
+/// @{
+inline constexpr std::uint32_t DriveNoRoot = 1; ///< no such root
+inline constexpr std::uint32_t DriveFixed = 3;  ///< on this machine
+inline constexpr std::uint32_t DriveRemote = 4; ///< on another one
+/// @}
 
 /// Stands for one folder under watch, see IPlatform::FindFirstChangeNotification.
 using ChangeHandle = std::uintptr_t;
+/// No handle: all bits set.
 inline constexpr ChangeHandle InvalidChangeHandle = ~ChangeHandle{0};
 
-/// Answers of IPlatform::WaitForSingleObject.
-inline constexpr std::uint32_t WaitObject0 = 0;
-inline constexpr std::uint32_t WaitTimeout = 258;
-inline constexpr std::uint32_t WaitFailed = 0xFFFFFFFF;
+/// @name Answers of IPlatform::WaitForSingleObject
+/// @{
+inline constexpr std::uint32_t WaitObject0 = 0;         ///< signalled
+inline constexpr std::uint32_t WaitTimeout = 258;       ///< not signalled within the time
+inline constexpr std::uint32_t WaitFailed = 0xFFFFFFFF; ///< the handle can tell nothing
+/// @}
 
-/// What a handle is to report; the values of IPlatform::FindFirstChangeNotification's filter.
-inline constexpr std::uint32_t ChangeFileName = 0x1;
-inline constexpr std::uint32_t ChangeDirName = 0x2;
-inline constexpr std::uint32_t ChangeSize = 0x8;
-inline constexpr std::uint32_t ChangeLastWrite = 0x10;
+/// @name What a handle is to report: the filter of IPlatform::FindFirstChangeNotification
+/// @{
+inline constexpr std::uint32_t ChangeFileName = 0x1;   ///< a file made, removed or renamed
+inline constexpr std::uint32_t ChangeDirName = 0x2;    ///< the same for a folder
+inline constexpr std::uint32_t ChangeSize = 0x8;       ///< a file's size
+inline constexpr std::uint32_t ChangeLastWrite = 0x10; ///< a file's time of writing
+/// @}
 
 /// The seam between the library and the machine. An implementation may throw std::bad_alloc and nothing else.
 /// Called on the host's one thread; outlives every call that it serves.
@@ -50,6 +57,7 @@ class OVSEL_HOST_API IPlatform {
     /// The local calendar time of @p seconds since the epoch. @return false if it cannot be had.
     virtual bool LocalTime(std::int64_t seconds, std::tm& result) = 0;
 
+    /// Tells the probe files of several processes apart.
     virtual std::uint32_t CurrentProcessId() = 0;
 
     /// The value of an environment variable, or null. Valid until the environment changes.
@@ -82,6 +90,7 @@ class OVSEL_HOST_API IPlatform {
     /// A refresh of many folders stands between the two. A host may take its news in at the beginning and
     /// answer each wait of no time from memory until the end. The pairs do not nest.
     virtual void BeginChangeChecks() {}
+    /// The end of what BeginChangeChecks began, also when a refresh ends by an exception.
     virtual void EndChangeChecks() {}
 
     /// Makes a file that is not there yet, never through a link, writes @p text, and removes the file again.

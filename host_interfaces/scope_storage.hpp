@@ -11,6 +11,7 @@
 
 namespace host {
 
+/// Names a slot.
 using ScopeSlotId = std::size_t;
 
 /// A new slot in every scope, present and future. Thread-safe; a slot is never given back.

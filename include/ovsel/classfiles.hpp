@@ -10,7 +10,8 @@
 /// to be a class definition.
 ///
 /// The library does not read source text. It finds the candidate, asks the host through one hook, and
-/// remembers the answer until the file's directory is read again.
+/// remembers the answer until the file's directory is read again. Only files in `.sv`, `.p`, `.svx` and
+/// `.svapp` can define a class; of others the hook is not asked.
 
 /// Does the file of that full name define a class? Must neither change nor refresh a path.
 using ovIsClassFcn = bool (*)(const ustring& fileName);
@@ -19,28 +20,29 @@ using ovIsClassFcn = bool (*)(const ustring& fileName);
 /// known counts as a class, and a later hook can still answer.
 OVSEL_API void ovSetIsClassFcn(ovIsClassFcn fcn);
 
-/// Is the name a class? Never fails.
+/// Is the name a class?
+/// @param path must be in service.
 /// @param name ASCII, dotted for a class in packages (`a.b.Name`); any other text is no class. Not null.
 /// @param extensions without dots, ASCII, in *rising* priority, null-terminated:
 /// @code
-/// const char* const extensions[] = {"sv", "p", nullptr};   // a .p beats a .sv, the reverse of a search's
-/// list
+/// const char* const extensions[] = {"sv", "p", nullptr};   // a .p beats a .sv
 /// @endcode
-/// @pre @p path is a path in service.
+/// @throws fl::i18n::CvtInvalidCharacter for an extension beyond ASCII, if a file of the name is there. What
+/// the hook throws passes through.
 OVSEL_API bool ovDoesClassFileExist(ovPath path, const char* name, ovExtensionList extensions);
 
-/// The file that defines a class.
-/// @param[out] result its absolute name; left alone if there is none.
-/// @return whether there is one.
+/// The file that defines a class: its absolute name in @p result, which is left alone if there is none.
+/// Arguments and errors as for ovDoesClassFileExist. @return whether there is one.
 OVSEL_API bool ovGetClassFile(ovPath path, const char* name, ustring& result, ovExtensionList extensions);
 /// The same, narrow, cut to @p bufferSize - 1 bytes and terminated; an empty text if there is none.
-/// @throws boost::numeric::negative_overflow for a negative @p bufferSize.
+/// @throws boost::numeric::negative_overflow for a negative @p bufferSize;
+/// fl::i18n::CvtInvalidCharacter for a file whose name has no narrow form.
 OVSEL_API bool ovGetClassFile(ovPath path, const char* name, char* buffer, int bufferSize,
                               ovExtensionList extensions);
 
-/// Does the file @p name of @p dir define a class?
-/// @param fullName what the hook is asked, if it is asked.
-/// @param name stem, or stem and extension, exactly.
+/// Does the file @p name of @p dir define a class? The name is the stem, or stem and extension, exactly;
+/// @p fullName is what the hook is asked, if it is asked.
 /// @return false for a null handle or record.
 OVSEL_API bool ovIsFileClassdef(ovDir dir, const ustring& fullName, const ustring& name);
+/// The same with narrow names; null counts as empty.
 OVSEL_API bool ovIsFileClassdef(ovDir dir, const char* fullName, const char* name);

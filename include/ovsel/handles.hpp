@@ -10,6 +10,12 @@
 ///
 /// Handles count, and nothing else: they are one pointer wide and passed by value. Neither kind is
 /// thread-safe; a path and everything reached through it belongs to one thread at a time.
+///
+/// A handle is *null* (it holds nothing), *live*, or *dead* (its path or directory has been removed). The
+/// rule for every function of the library: where the comment says nothing else, paths must be in service and
+/// directory handles live. A null handle there is dereferenced, which ends the program, and a dead one may
+/// be: there is no error to catch. Making, copying, comparing and dropping handles, ovGetDirType,
+/// ovIsDirHandleValid and ovIsSameDir are safe with all three.
 
 class IPathManager;
 class PathAllDirItemInfo;
@@ -48,6 +54,7 @@ class OVSEL_API ovPath {
   public:
     /// A null handle.
     ovPath() = default;
+    /// Takes what @p other holds, a path that has been removed included.
     ovPath(const ovPath& other);
     /// Holds @p manager if it is neither null nor removed from service; else a null handle.
     ovPath(IPathManager* manager);
@@ -60,14 +67,20 @@ class OVSEL_API ovPath {
     /// Lets go of the old path, becomes null, and then takes what @p other holds at that moment.
     void copy(const ovPath& other);
 
+    /// Same path, or both null.
     bool operator==(const ovPath& other) const { return m_manager == other.m_manager; }
+    /// Not the same path.
     bool operator!=(const ovPath& other) const { return m_manager != other.m_manager; }
+    /// Mostly for `path == nullptr`.
     bool operator==(const IPathManager* manager) const { return m_manager == manager; }
+    /// Mostly for `path != nullptr`.
     bool operator!=(const IPathManager* manager) const { return m_manager != manager; }
 
     /// The plain pointer, not counted, null for a null handle.
     operator const IPathManager*() const { return m_manager; }
+    /// For the library's own use, as is the next: the class behind is not public.
     IPathManager* operator->() const { return m_manager; }
+    /// The plain pointer, not counted, null for a null handle.
     IPathManager* operator*() const { return m_manager; }
 
   private:
@@ -84,6 +97,7 @@ class OVSEL_API ovDir {
   public:
     /// A null handle, which is not the same as a handle on a path's null record (ovGetNullDir).
     ovDir() = default;
+    /// Takes what @p other holds, a removed directory included.
     ovDir(const ovDir& other);
     /// Holds @p record if it is not null, removed or not.
     ovDir(PathAllDirItemInfo* record);
@@ -91,15 +105,19 @@ class OVSEL_API ovDir {
 
     /// As copy.
     ovDir& operator=(const ovDir& other);
+    /// Lets go of the old record and holds @p record, removed or not. Null is allowed.
     ovDir& operator=(PathAllDirItemInfo* record);
     /// Lets go of the old record, becomes null, and then takes what @p other holds at that moment.
     void copy(const ovDir& other);
 
+    /// Same record, or both null.
     bool operator==(const ovDir& other) const { return m_record == other.m_record; }
+    /// Not the same record.
     bool operator!=(const ovDir& other) const { return m_record != other.m_record; }
 
     /// The plain pointer, not counted, null for a null handle.
     PathAllDirItemInfo* operator->() const { return m_record; }
+    /// The same; `*dir == nullptr` is the test for a null handle.
     PathAllDirItemInfo* operator*() const { return m_record; }
 
   private:
@@ -136,6 +154,8 @@ OVSEL_API ustring ovGetDirName(const ovDir& dir);
 OVSEL_API char* ovGetDirName(const ovDir& dir, char* buffer);
 
 /// Length in bytes of the narrow form of the directory's name, without terminator.
+/// @pre @p dir is not null.
+/// @throws fl::i18n::CvtInvalidCharacter for a name with no narrow form.
 OVSEL_API int ovGetDirNameLen(const ovDir& dir);
 
 /// The directory's own last name component, without the sentinel of a class or package directory. A root is
@@ -146,5 +166,5 @@ OVSEL_API ustring ovGetBaseDirName(const ovDir& dir);
 /// True if both handles hold the same record; two null handles do.
 OVSEL_API bool ovIsSameDir(ovDir a, ovDir b);
 
-/// Every directory of a path has an absolute name: always true.
+/// Every directory of a path has an absolute name: always true, also for a null handle.
 OVSEL_API bool ovIsAbsoluteDir(const ovDir& dir);

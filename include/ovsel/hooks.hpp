@@ -10,13 +10,17 @@
 /// The two tables of functions that a host hands to the library: five I/O hooks, through which a path reaches
 /// the file system, and three message hooks, through which every message leaves. Both tables are process-wide
 /// and set before the first path is created.
+///
+/// Hooks are called on the host's thread, inside the call that needs them, with absolute names in UTF-16 and
+/// the system's grammar. What an I/O hook throws passes through the library to the host's call, and the path
+/// stays usable. A hook may ask paths, but must neither change nor refresh the one that calls it.
 
 /// What hook 2 says of a directory.
 enum ovDirAccessibility : std::uint32_t {
-    ovDirAccessible = 1,
-    ovDirPermissionDenied = 3,
-    ovDirNonexistent = 4, ///< or not a directory
-    ovDirAccessFailure = 5
+    ovDirAccessible = 1,       ///< a directory that may be entered and read
+    ovDirPermissionDenied = 3, ///< there, but not for this process
+    ovDirNonexistent = 4,      ///< or not a directory
+    ovDirAccessFailure = 5     ///< any other failure
 };
 
 /// Hook 1. Lists a directory. An ovPath given to a hook is the hook's own handle.
@@ -65,7 +69,8 @@ OVSEL_API bool ovSetDefaultIOFcns(ovReadDirectoryFcn readDirectory, ovDirAccessi
 
 /// Sets the hooks of one path. Here a null argument means the current default, not what the path had before.
 /// @return true
-/// @pre @p path is not null; on a null or removed path "asserted here" is printed first.
+/// @pre @p path is in service; a removed one takes the hooks too, after a line "asserted here" through
+/// HostPrintf.
 OVSEL_API bool ovSetIOFcns(ovPath path, ovReadDirectoryFcn readDirectory,
                            ovDirAccessibilityFcn dirAccessibility, ovReservedIOFcn reserved,
                            ovDirExistsFcn dirExists, ovFileTimeFcn fileTime);

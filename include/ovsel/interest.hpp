@@ -27,8 +27,8 @@ enum ovEventType : std::uint32_t {
 
 /// The token of a registration. It keeps the path's memory alive as long as it exists.
 struct ovRegisteredInterest {
-    ovPath m_path; ///< null if nothing was registered
-    std::int32_t m_index = 0;
+    ovPath m_path;            ///< null if nothing was registered
+    std::int32_t m_index = 0; ///< the slot, for the library's own use
 };
 
 /// Registers a callback on a path.
@@ -42,6 +42,7 @@ struct ovRegisteredInterest {
 OVSEL_API ovRegisteredInterest ovRegisterPathInterest(ovPath path,
                                                       boost::function<void(ovEventType, ovDir)> callback);
 
-/// Ends a registration; the callback is destroyed at once. Nothing happens when the path has been removed.
+/// Ends a registration; the callback is destroyed at once. Nothing happens with a null token and when the
+/// path has been removed.
 /// Cancel a token once only: its slot may belong to somebody else by then.
 OVSEL_API void ovCancelPathInterest(ovRegisteredInterest interest);

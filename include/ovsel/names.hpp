@@ -50,9 +50,10 @@ OVSEL_API char* ovConcatPathSubdir(char* dst, const char* name);
 /// @p a, but not that of @p b. @return @p dst
 OVSEL_API char* ovCombinePathName(char* dst, const char* a, const char* b);
 
-/// Writes to @p dst what @p name means from the directory @p base: @p name itself if it begins with `\`,
-/// `.\`, `..\` or a drive (`X:`), else @p base, `\`, @p name. `/` is an ordinary character here, and the
-/// separator is written even behind one that @p base ends in: `C:\a\` and `b` give `C:\a\\b`.
+/// Writes to @p dst what @p name means from the directory @p base: @p name itself if it begins with a drive
+/// (`X:`), with a backslash, or with one or two dots and a backslash; else @p base, a backslash, @p name. `/`
+/// is an ordinary character here, and the separator is written even behind one that @p base ends in: `C:\a\`
+/// and `b` give `C:\a\\b`.
 /// @p dst needs room for 1280 bytes and a terminator.
 /// @return false, with @p dst not written, if the result would exceed 1280 bytes
 OVSEL_API bool ovCombineDirectory(char* dst, const char* base, const char* name);
@@ -114,8 +115,8 @@ OVSEL_API bool ovIsAbsolutePath(const ustring& name);
 /// absolute, `\\server` without a share too, and `/` never.
 OVSEL_API bool ovIsAbsolutePath(const char* name);
 
-/// Makes a name absolute against the process's current directory, resolving `.` and `..` by text; links are
-/// not followed and `..` above the root vanishes. @p dst and @p name may be one object.
+/// Makes a name absolute against the process's current directory. `.` and `..` are resolved by text: links
+/// are not followed and `..` above the root vanishes. @p dst and @p name may be one object.
 ///
 /// An absolute name comes back exactly as it was given, `..` included, and need not exist: true says nothing
 /// about the disk in that case.
@@ -163,14 +164,17 @@ OVSEL_API int ovCurrentPathExists();
 
 /// Does *any* element of the name begin with `@`? True for a class directory and for all below it.
 OVSEL_API bool ovIsDirNameMethodDirName(const ustring& name);
+/// The same for narrow text.
 OVSEL_API bool ovIsDirNameMethodDirName(const char* name);
 
 /// Does *any* element of the name begin with `+`? `a\+b\c` qualifies, `a+b` does not.
 OVSEL_API bool ovIsDirNamePackageDirName(const ustring& name);
+/// The same for narrow text.
 OVSEL_API bool ovIsDirNamePackageDirName(const char* name);
 
 /// The first `+` that begins an element, a pointer into @p name, or null.
 OVSEL_API const char16_t* ovGetPackageDirName(const char16_t* name);
+/// The same for narrow text.
 OVSEL_API const char* ovGetPackageDirName(const char* name);
 
 /// Is the last element, split off as by ovSeparatePathName, exactly `private`? `a\private` is, and

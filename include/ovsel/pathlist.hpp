@@ -9,8 +9,9 @@
 /// @file
 /// The ordered list of a path's directories: adding, removing, replacing, walking, and finding by full name.
 ///
-/// Names may use `/` or `\`. A rejected directory is reported through the warning hook with its name; nothing
-/// here throws for it. All functions expect handles on live paths and directories unless they say otherwise.
+/// Names are UTF-16, or narrow (the encoding of file names) in the plain forms, and may use `/` or `\`. A
+/// rejected directory is reported through the warning hook with its name; nothing here throws for it. All
+/// functions expect handles on live paths and directories unless they say otherwise: see handles.hpp.
 
 /// Where ovAddDir puts a directory.
 enum ovDirAddLocn : std::uint32_t {
@@ -26,14 +27,17 @@ enum ovDirAddLocn : std::uint32_t {
 /// ovAddDir(path, u"C:\\a", ovDirAddAtEnd);
 /// ovDir again = ovAddDir(path, u"C:\\a", ovDirAddAtBegin);   // the null record: nothing was added or moved
 /// @endcode
+/// @param path must be in service.
 /// @param name absolute, or relative to the process's current directory. An absolute name is kept as it is
 /// given.
+/// @param location in front or behind.
 /// @return the directory, or the path's null record if nothing was added.
 OVSEL_API ovDir ovAddDir(ovPath path, const ustring& name, ovDirAddLocn location);
 /// The same with a narrow name; a null one gives the null record.
 OVSEL_API ovDir ovAddDir(ovPath path, const char* name, ovDirAddLocn location);
 
-/// Removes a directory from the path. Silent on an invalid handle, on the current directory and on class,
+/// Removes a directory from the path. Handles on it and on what lay below stay safe to hold. Silent on a null
+/// or invalid handle, on the current directory and on class,
 /// package and private directories.
 OVSEL_API void ovRemoveDir(ovDir dir);
 
@@ -54,14 +58,15 @@ OVSEL_API bool ovReplacePath(ovPath path, const ustring& directories);
 /// @pre @p dir is the null record, the current directory or a path directory.
 OVSEL_API ovDir ovGetNextPathDir(ovDir dir);
 
-/// The one of the two whose path-level directory comes first; @p a when they lie in the same one.
+/// The one of the two whose path-level directory comes first; @p a when they lie in the same one. A null
+/// handle or record counts as the first place.
 OVSEL_API ovDir ovSelectDirFirstOnPath(ovDir a, ovDir b);
 
 /// Removes every path directory that exists no longer. The current directory is never looked at.
 OVSEL_API void ovDeleteNonExistentDirectories(ovPath path);
 
 /// The record of an absolute name: current directory, path, class, package or private directory; the path's
-/// null record if there is none. Plain sub-directories have no record.
+/// null record if there is none, also for an empty name. Plain sub-directories have no record.
 OVSEL_API ovDir ovFindDirFullName(ovPath path, const ustring& name);
 /// The same with a narrow name, which must not be null.
 OVSEL_API ovDir ovFindDirFullName(ovPath path, const char* name);

@@ -5,7 +5,8 @@
 #include <ovsel/handles.hpp>
 
 /// @file
-/// Paths: named search paths of one process. Names are narrow and compare byte for byte.
+/// Paths: named search paths of one process. Names are narrow and compare byte for byte. A path lives as long
+/// as the last ovPath on it, or until ovRemovePath.
 
 /// Creates a path whose directories are all taken as unchanging, with the platform's case rule: the same as
 /// ovCreatePathWithPreFrozen with an empty (not null) prefix.
@@ -20,6 +21,8 @@ OVSEL_API ovPath ovCreatePath(int unused, const char* name);
 
 /// Creates a path.
 ///
+/// @param unused ignored.
+/// @param name the path's name, not null.
 /// @param preFrozenPrefix directories whose names begin with these characters are taken as unchanging once
 /// they are read. Null: none. Empty: all. It is compared character by character, so that `C:\tool` also
 /// covers `C:\toolbox`.
@@ -27,16 +30,17 @@ OVSEL_API ovPath ovCreatePath(int unused, const char* name);
 /// @param disableTempFileProbe no temporary file is written to find out whether a remote file system reports
 /// changes.
 /// @return as ovCreatePath.
+/// @throws what an I/O hook throws while the current directory is read; there is no path then.
 OVSEL_API ovPath ovCreatePathWithPreFrozen(int unused, const char* name, const char16_t* preFrozenPrefix,
                                            ovCaseSensitivity caseSensitivity, bool disableTempFileProbe);
-/// The same with a narrow prefix.
+/// The same with a narrow prefix, in the encoding of file names.
 OVSEL_API ovPath ovCreatePathWithPreFrozen(int unused, const char* name, const char* preFrozenPrefix,
                                            ovCaseSensitivity caseSensitivity, bool disableTempFileProbe);
 
 /// The path in service of that name, else a null handle.
 /// @pre @p name is not null.
 OVSEL_API ovPath ovLookupPath(const char* name);
-/// @throws fl::i18n::CvtInvalidCharacter for a name with no narrow form.
+/// The same with a name in UTF-16. @throws fl::i18n::CvtInvalidCharacter for a name with no narrow form.
 OVSEL_API ovPath ovLookupPath(const ustring& name);
 
 /// Takes a path out of service: parties are told, all directories go, the name is free again. Handles stay

@@ -10,8 +10,9 @@
 /// Refreshing and freezing. A path looks at the disk for changes here and nowhere else; when, is the host's
 /// decision.
 ///
-/// All names are absolute. Handles on removed directories must not be given, unless a function says
-/// otherwise.
+/// All names are absolute, in UTF-16 or narrow (the encoding of file names). Paths must be in service and
+/// handles live: see handles.hpp. A refresh reads directories through the I/O hooks and lets through what
+/// those throw; a directory that was being read then keeps what had been read.
 
 /// What a refresh does with a directory. 0 acts as ovRefreshCheck.
 enum ovDirRefreshType : std::uint32_t {
@@ -39,6 +40,7 @@ OVSEL_API void ovSetDirChanged(ovDir dir);
 /// case for a check.
 /// @return the directory marked, or the null record.
 OVSEL_API ovDir ovSetDirChanged(ovPath path, const ustring& fullName);
+/// The same with a narrow name; null counts as empty.
 OVSEL_API ovDir ovSetDirChanged(ovPath path, const char* fullName);
 
 /// Tells the path that a directory is gone: its parent is marked.
@@ -46,6 +48,7 @@ OVSEL_API ovDir ovSetDirChanged(ovPath path, const char* fullName);
 OVSEL_API ovDir ovSetDirRemoved(ovPath path, const ustring& fullName);
 
 /// Tells the path that a file changed: its directory is marked as by ovSetDirChanged.
+/// @return as there; the null record for an empty name.
 OVSEL_API ovDir ovSetFullnameChanged(ovPath path, const ustring& fullName);
 
 /// Marks every directory as changed.

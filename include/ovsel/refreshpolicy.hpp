@@ -23,15 +23,15 @@ enum ovRefreshPolicy : std::uint32_t {
 
 /// When a directory without notifications is worth a warning. Any other value acts as ovWarnCNHNever.
 enum ovWarnInvalidCNH : std::uint32_t {
-    ovWarnCNHNever = 0,
-    ovWarnCNHOnce = 1, ///< once for each file system
-    ovWarnCNHAlways = 2
+    ovWarnCNHNever = 0, ///< silence
+    ovWarnCNHOnce = 1,  ///< the start: each local directory, and one for each remote file system
+    ovWarnCNHAlways = 2 ///< each directory
 };
 
 /// Sets the policy of a remote current directory that has no notification handle.
+/// @param path must be in service.
 /// @param policy ovRefreshNotified changes nothing and only asks.
 /// @return the policy that held so far.
-/// @pre @p path is a path in service.
 OVSEL_API ovRefreshPolicy ovNonNotifiedRemoteCWDRefreshPolicy(ovPath path, ovRefreshPolicy policy);
 
 /// The same for all other remote directories, those that are there already included. Prints "asserted here"
@@ -41,4 +41,5 @@ OVSEL_API ovRefreshPolicy ovNonNotifiedRemotePathRefreshPolicy(ovPath path, ovRe
 /// Sets when a directory without a handle is worth a warning through the warning hook. There is no value for
 /// a pure question.
 /// @return the mode that held so far.
+/// @pre @p path is not null.
 OVSEL_API ovWarnInvalidCNH ovSetNotificationHandleWarnings(ovPath path, ovWarnInvalidCNH mode);
