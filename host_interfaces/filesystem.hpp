@@ -19,6 +19,7 @@ namespace fl::filesystem {
 /// Base of the six failures, so that a caller may catch them all; what() is English and for logs only.
 class OVSEL_HOST_API Failure : public std::runtime_error {
   public:
+    /// @p what is English and for logs; it names what failed.
     explicit Failure(const std::string& what) : std::runtime_error(what) {}
     ~Failure() override;
 };
@@ -26,43 +27,43 @@ class OVSEL_HOST_API Failure : public std::runtime_error {
 /// The name cannot be a name: empty where one is needed, a lone server, a NUL inside.
 class OVSEL_HOST_API InvalidArgument : public Failure {
   public:
-    using Failure::Failure;
+    using Failure::Failure; ///< as the base
     ~InvalidArgument() override;
 };
 /// The process may not look there, or may not enter.
 class OVSEL_HOST_API AccessDenied : public Failure {
   public:
-    using Failure::Failure;
+    using Failure::Failure; ///< as the base
     ~AccessDenied() override;
 };
 /// Nothing of that name, or a file where a directory is needed.
 class OVSEL_HOST_API PathNotFound : public Failure {
   public:
-    using Failure::Failure;
+    using Failure::Failure; ///< as the base
     ~PathNotFound() override;
 };
 /// Longer than the system takes.
 class OVSEL_HOST_API FileNameTooLarge : public Failure {
   public:
-    using Failure::Failure;
+    using Failure::Failure; ///< as the base
     ~FileNameTooLarge() override;
 };
 /// Any other answer of the operating system.
 class OVSEL_HOST_API SystemError : public Failure {
   public:
-    using Failure::Failure;
+    using Failure::Failure; ///< as the base
     ~SystemError() override;
 };
 /// The name has no form in the encoding of the file system.
 class OVSEL_HOST_API FileNameConversionFailure : public Failure {
   public:
-    using Failure::Failure;
+    using Failure::Failure; ///< as the base
     ~FileNameConversionFailure() override;
 };
 
-inline constexpr char16_t PATHNAME_SEPARATOR[] = u"\\";
-inline constexpr char16_t PARENT_DIRECTORY[] = u"..";
-inline constexpr char16_t CURRENT_DIRECTORY[] = u".";
+inline constexpr char16_t PATHNAME_SEPARATOR[] = u"\\"; ///< between elements
+inline constexpr char16_t PARENT_DIRECTORY[] = u"..";   ///< the element that leads up
+inline constexpr char16_t CURRENT_DIRECTORY[] = u".";   ///< the element that stays
 
 /// The name with every `/` turned into `\`. Nothing else changes; @p keepAll is true in every call of the
 /// library and says that no element may be dropped.
@@ -82,7 +83,7 @@ OVSEL_HOST_API bool is_absolute(const ustring& name);
 /// @throws SystemError or PathNotFound when the current directory cannot be had.
 OVSEL_HOST_API ustring absolute(const ustring& name, const ustring& base);
 
-/// `absolute`, then `.` and `..` resolved by text: links are not followed, and the name need not exist.
+/// The name made absolute, then dots resolved by text: links are not followed, and the name need not exist.
 /// `..` above the root vanishes.
 /// @throws InvalidArgument for an empty name, a NUL inside and a server without a share, and as absolute.
 OVSEL_HOST_API ustring canonical(const ustring& name, const ustring& base);

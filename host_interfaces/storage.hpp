@@ -34,16 +34,21 @@ class OVSEL_HOST_API AbsoluteIRI {
     /// @p path in the form that getPath returns.
     AbsoluteIRI(ustring scheme, ustring path) : m_scheme(std::move(scheme)), m_path(std::move(path)) {}
 
+    /// Such as "file".
     const ustring& getScheme() const { return m_scheme; }
+    /// With `/` between its elements.
     const ustring& getPath() const { return m_path; }
     /// The last element of the path; empty for a root.
     ustring getName() const;
+    /// Is there an element behind the root?
     bool hasParent() const;
+    /// The location without its last element.
     /// @pre hasParent()
     AbsoluteIRI getParent() const;
     /// scheme, "://", path.
     ustring toString() const;
 
+    /// Equal texts.
     friend bool operator==(const AbsoluteIRI&, const AbsoluteIRI&) = default;
 
   private:
@@ -61,6 +66,7 @@ OVSEL_HOST_API ustring fromAbsoluteIRI(const AbsoluteIRI& location);
 /// narrow text and names the location.
 class OVSEL_HOST_API Exception : public std::runtime_error {
   public:
+    /// @p what is narrow and names the location.
     explicit Exception(const std::string& what) : std::runtime_error(what) {}
     ~Exception() override;
 };
@@ -70,8 +76,8 @@ class OVSEL_HOST_API StorageSystem {
   public:
     /// One entry of a folder; anything that leads to a folder counts as one.
     struct Entry {
-        ustring name;
-        bool isFolder;
+        ustring name;  ///< bare
+        bool isFolder; ///< a folder, or a link to one
     };
 
     virtual ~StorageSystem();
@@ -92,8 +98,11 @@ class OVSEL_HOST_API StorageSystem {
 /// A plain reference on a storage system that somebody else keeps alive as well.
 class StorageSystemReference {
   public:
+    /// An empty reference.
     StorageSystemReference() = default;
+    /// Null makes an empty reference.
     explicit StorageSystemReference(std::shared_ptr<StorageSystem> system) : m_system(std::move(system)) {}
+    /// The system, or null.
     const std::shared_ptr<StorageSystem>& get() const { return m_system; }
     /// @throws Exception when the reference is empty.
     const StorageSystem& system() const {
@@ -112,10 +121,13 @@ class FolderListing;
 class Folder {
   public:
     Folder() = default;
+    /// Opens nothing.
     Folder(AbsoluteIRI location, StorageSystemReference reference)
         : m_location(std::move(location)), m_reference(std::move(reference)) {}
 
+    /// Where it lies, or would.
     const AbsoluteIRI& getLocation() const { return m_location; }
+    /// The system that it lies on.
     const StorageSystemReference& getReference() const { return m_reference; }
     /// Without any parent.
     ustring getName() const { return m_location.getName(); }
@@ -141,10 +153,13 @@ inline AbsoluteIRI ChildLocation(const AbsoluteIRI& folder, const ustring& name)
 class File {
   public:
     File() = default;
+    /// Opens nothing.
     File(AbsoluteIRI location, StorageSystemReference reference)
         : m_location(std::move(location)), m_reference(std::move(reference)) {}
 
+    /// Where it lies, or would.
     const AbsoluteIRI& getLocation() const { return m_location; }
+    /// The system that it lies on.
     const StorageSystemReference& getReference() const { return m_reference; }
     /// Without any parent.
     ustring getName() const { return m_location.getName(); }
@@ -157,12 +172,15 @@ class File {
 /// What a folder held when it was listed: its files and its sub-folders, walked as one sequence.
 class FolderListing {
   public:
-    using value_type = std::variant<File, Folder>;
-    using const_iterator = std::vector<value_type>::const_iterator;
+    using value_type = std::variant<File, Folder>;                  ///< one entry
+    using const_iterator = std::vector<value_type>::const_iterator; ///< valid as long as the listing
 
     FolderListing() = default;
+    /// In the order given.
     explicit FolderListing(std::vector<value_type> entries) : m_entries(std::move(entries)) {}
+    /// The first entry.
     const_iterator begin() const { return m_entries.begin(); }
+    /// Behind the last.
     const_iterator end() const { return m_entries.end(); }
 
   private:

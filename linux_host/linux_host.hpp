@@ -57,8 +57,8 @@ class OVSEL_HOST_API DriveMap {
 // The questions below take any name in either form; a relative one is meant against the process's current
 // directory. A name that cannot be a path (see DriveMap::ToPath) stands for nothing that exists.
 
-inline constexpr unsigned short DirectoryWord = 0x4000;
-inline constexpr unsigned short FileWord = 0x8000;
+inline constexpr unsigned short DirectoryWord = 0x4000; ///< of Listing::words: a directory
+inline constexpr unsigned short FileWord = 0x8000;      ///< a file
 
 /// One directory as it was read: entries sorted by name, by code unit.
 struct Listing {
@@ -97,6 +97,7 @@ struct Counters {
     std::uint64_t handles = 0;          ///< change handles open at present
 };
 
+/// The counts of this moment.
 OVSEL_HOST_API Counters GetCounters();
 
 /// Sets the counts to zero; what is held at present stays.
