@@ -151,6 +151,7 @@ void RequireUtf8(const std::string& encoding) {
 template <typename Text, typename Source>
 Text Strictly(Source source, const char* fault) {
     Text result;
+    result.reserve(source.size());
     const std::size_t taken = linux_host::AppendText(result, source, linux_host::Escapes::Refused);
     if (taken != source.size()) {
         throw CvtInvalidCharacter(fault + (" at " + std::to_string(taken)));

@@ -6,11 +6,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "host_interfaces/ustring.hpp"
+#include "host_interfaces/text.hpp"
 #include "linux_host/linux_host.hpp"
 #include "tests/support/temp_tree.hpp"
 
 namespace test {
+
+inline ustring Wide(std::string_view text) { return fl::i18n::codecvt_narrow_string_to_ustring()(text); }
+inline std::string Narrow(const ustring& text) { return fl::i18n::codecvt_ustring_to_narrow_string()(text); }
 
 /// The name of a path inside a tree. The tree's own path can be spelled in the grammar.
 inline ustring NameOf(const TempTree& tree, const std::string& path = {}) {

@@ -6,7 +6,6 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
-#include "host_interfaces/text.hpp"
 #include "host_test.hpp"
 
 namespace {
@@ -32,9 +31,8 @@ namespace {
 
 using linux_host::ListDirectory;
 using test::NameOf;
+using test::Narrow;
 using test::TempTree;
-
-std::string Narrow(const ustring& text) { return fl::i18n::codecvt_ustring_to_narrow_string()(text); }
 
 /// One line per entry: `d`, `f` or `?` by its word, and the name.
 std::string Show(const std::optional<linux_host::Listing>& listing) {
@@ -122,17 +120,6 @@ TEST_F(Listings, DoWithoutTheTypesOfEntries) {
     EXPECT_EQ(LeftOut(), "0 unspellable, 0 special, 1 ancestors");
 }
 
-TEST_F(Listings, KeepWhatWasReadWhenTheFolderGoesAwayMeanwhile) {
-    TempTree tree{"d/a", "d/b", "d/c"};
-    const Fault removal([&](dirent* entry) {
-        tree.Remove("d");
-        return entry;
-    });
-    const ustring name = NameOf(tree, "d");
-    EXPECT_EQ(Show(ListDirectory(name)), "f a\nf b\nf c\n");
-    EXPECT_EQ(Show(ListDirectory(name)), "nothing");
-}
-
 TEST_F(Listings, KeepWhatWasReadWhenTheDiskFails) {
     const TempTree tree{"a", "b", "c"};
     auto allowed = std::make_shared<int>(4);
@@ -188,24 +175,6 @@ TEST_F(Listings, DoNotMultiplyThroughLinksSideBySide) {
     }
     std::size_t budget = 1000;
     EXPECT_EQ(CountSpecialFolders(NameOf(tree, "d0"), budget), 2U + 4U + 8U) << "no circle, and 2^20 names";
-}
-
-TEST_F(Listings, OfAHundredThousandFilesAreCompleteAndInOrder) {
-    constexpr int Count = 100000;
-    const TempTree tree = TempTree::InMemory();
-    for (int i = 0; i < Count; ++i) {
-        ASSERT_EQ(::mknod(tree.Path(std::to_string(i)).c_str(), S_IFREG | 0600, 0), 0);
-    }
-    const auto listing = ListDirectory(NameOf(tree));
-    ASSERT_TRUE(listing);
-    ASSERT_EQ(listing->words.size(), std::size_t(Count));
-    ustring last;
-    for (const char16_t* name = listing->names.data(); *name != 0; name += last.size() + 1) {
-        ASSERT_LT(last, ustring(name));
-        last = name;
-    }
-    EXPECT_EQ(last, u"99999");
-    EXPECT_EQ(linux_host::GetCounters().listings, 1U);
 }
 
 } // namespace

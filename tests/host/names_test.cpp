@@ -3,15 +3,15 @@
 #include <gtest/gtest.h>
 
 #include "host_interfaces/filesystem.hpp"
-#include "host_interfaces/text.hpp"
 #include "host_interfaces/utility.hpp"
+#include "host_test.hpp"
 
 namespace fs = fl::filesystem;
 
 namespace {
 
-ustring Wide(const std::string& text) { return fl::i18n::codecvt_narrow_string_to_ustring()(text); }
-std::string Narrow(const ustring& text) { return fl::i18n::codecvt_ustring_to_narrow_string()(text); }
+using test::Narrow;
+using test::Wide;
 
 /// The elements that a cursor meets, joined with commas.
 std::string Elements(const ustring& name) {

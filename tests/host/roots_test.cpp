@@ -5,18 +5,15 @@
 #include "host_interfaces/filesystem.hpp"
 #include "host_interfaces/platform.hpp"
 #include "host_interfaces/storage.hpp"
-#include "host_interfaces/text.hpp"
 #include "host_test.hpp"
-#include "linux_host/linux_host.hpp"
 
 namespace {
 
 using foundation::storage::vfs::AbsoluteIRI;
 using linux_host::DriveMap;
 using test::NameOf;
+using test::Narrow;
 using test::TempTree;
-
-std::string Narrow(const ustring& text) { return fl::i18n::codecvt_ustring_to_narrow_string()(text); }
 
 class Roots : public testing::Test {
   protected:

@@ -4,34 +4,69 @@
 #include <random>
 
 #include "host_interfaces/platform.hpp"
-#include "host_interfaces/text.hpp"
+#include "host_test.hpp"
 
 namespace {
 
 using namespace fl::i18n;
 
-ustring Wide(std::string_view text) { return codecvt_narrow_string_to_ustring()(text); }
-std::string Narrow(const ustring& text) { return codecvt_ustring_to_narrow_string()(text); }
+using test::Narrow;
+using test::Wide;
 
-TEST(Text, DecodesCharactersAndEscapesTheBytesOfBrokenOnes) {
-    const std::pair<std::string, ustring> table[] = {
+/// "-" for what the converter refuses.
+template <typename Converter, typename Text>
+auto OrRefusal(const Converter& convert, const Text& text) {
+    using Result = decltype(convert(text));
+    try {
+        return convert(text);
+    } catch (const CvtInvalidCharacter&) {
+        return Result(1, '-');
+    }
+}
+
+TEST(Text, DecodesCharactersAndEscapesOrRefusesTheBytesOfBrokenOnes) {
+    using Rows = std::vector<std::pair<std::string, ustring>>;
+    const Rows whole = {
         {"", u""},
-        {"plain", u"plain"},
+        {"\x7F", u"\u007F"},
+        {"\xC2\x80", u"\u0080"},
         {"\xC3\xA4", u"\u00E4"},
-        {"\xE2\x82\xAC", u"\u20AC"},
-        {"\xF0\x9F\x98\x80", u"\U0001F600"},
-        {"a\xFFz", {u'a', 0xDCFF, u'z'}},
-        {"\xC3", {0xDCC3}},
-        {"\xE2\x82z", {0xDCE2, 0xDC82, u'z'}},
-        {"\xC0\xAF", {0xDCC0, 0xDCAF}},                         // an overlong separator
-        {"\xED\xB3\xBF", {0xDCED, 0xDCB3, 0xDCBF}},             // an encoded escape unit
-        {"\xF0\x90\x92\x80", {0xD801, 0xDC80}},                 // the low half lies in the escapes' range
-        {"\xF4\x90\x80\x80", {0xDCF4, 0xDC90, 0xDC80, 0xDC80}}, // above the last code point
-        {std::string("a\0b", 3), {u'a', 0, u'b'}},
+        {"\xDF\xBF\xE0\xA0\x80", u"\u07FF\u0800"},
+        {"\xED\x9F\xBF\xEE\x80\x80", u"\uD7FF\uE000"},
+        {"\xEF\xBB\xBF\xEF\xBF\xBF", u"\uFEFF\uFFFF"},
+        {"\xF0\x90\x80\x80", u"\U00010000"},
+        {"\xF0\x90\x92\x80", {0xD801, 0xDC80}}, // the low half lies in the escapes' range
+        {"\xF4\x8F\xBF\xBF", u"\U0010FFFF"},
+        {std::string(1, '\0'), ustring(1, 0)},
     };
-    for (const auto& [bytes, units] : table) {
-        EXPECT_EQ(Wide(bytes), units) << testing::PrintToString(bytes);
-        EXPECT_EQ(Narrow(units), bytes);
+    const Rows broken = {
+        {"\xFF", {0xDCFF}},
+        {"\x80", {0xDC80}},
+        {"\xC3", {0xDCC3}},
+        {"\xE2\x82", {0xDCE2, 0xDC82}},
+        {"\xF0\x9F\x98", {0xDCF0, 0xDC9F, 0xDC98}},
+        {"\xC0\xAF", {0xDCC0, 0xDCAF}},                         // an overlong separator
+        {"\xE0\x9F\xBF", {0xDCE0, 0xDC9F, 0xDCBF}},             // overlong too
+        {"\xF0\x8F\xBF\xBF", {0xDCF0, 0xDC8F, 0xDCBF, 0xDCBF}}, // and this
+        {"\xED\xA0\x80", {0xDCED, 0xDCA0, 0xDC80}},             // an encoded surrogate
+        {"\xED\xB3\xBF", {0xDCED, 0xDCB3, 0xDCBF}},             // an encoded escape unit
+        {"\xF4\x90\x80\x80", {0xDCF4, 0xDC90, 0xDC80, 0xDC80}}, // above the last code point
+    };
+    const codecvt_string_to_ustring strictlyWide("UTF-8");
+    const codecvt_ustring_to_string strictlyNarrow("utf8");
+    // Plain text before it is converted in runs, which must not move or cut it.
+    for (const std::size_t before : {0U, 1U, 7U, 8U, 9U, 16U, 100U}) {
+        for (const Rows* rows : {&whole, &broken}) {
+            for (const auto& row : *rows) {
+                const std::string bytes = std::string(before, 'a') + row.first + "z";
+                const ustring units = ustring(before, u'a') + row.second + u"z";
+                EXPECT_EQ(Wide(bytes), units);
+                EXPECT_EQ(Narrow(units), bytes);
+                EXPECT_EQ(OrRefusal(strictlyWide, bytes), rows == &whole ? units : u"-");
+                EXPECT_EQ(OrRefusal(strictlyNarrow, units), rows == &whole ? bytes : "-");
+                EXPECT_EQ(OrRefusal(strictlyWide, row.first), rows == &whole ? row.second : u"-");
+            }
+        }
     }
     EXPECT_EQ(to_ustring(nullptr), u"");
 }
@@ -53,10 +88,15 @@ TEST(Text, BringsEveryByteStringBack) {
     }
 }
 
-TEST(Text, RefusesWhatHasNoBytes) {
+TEST(Text, RefusesWhatHasNoBytesAndEncodingsThatItDoesNotHave) {
     for (const ustring& units : {ustring{0xD800}, ustring{0xDC00}, ustring{0xDC7F}, ustring{0xDD00},
                                  ustring{u'a', 0xD800, u'b'}, ustring{0xD800, 0xD800, 0xDC80}}) {
         EXPECT_THROW(Narrow(units), CvtInvalidCharacter) << testing::PrintToString(units);
+        EXPECT_THROW(codecvt_ustring_to_string("UTF-8")(units), CvtInvalidCharacter);
+    }
+    for (const char* encoding : {"", "UTF-16", "UTF-81", "ISO-8859-1"}) {
+        EXPECT_THROW(codecvt_ustring_to_string{encoding}, CvtInvalidCharacter);
+        EXPECT_THROW(codecvt_string_to_ustring{encoding}, CvtInvalidCharacter);
     }
     EXPECT_EQ(codecvt_ascii_to_ustring()("a\x7F"), u"a\x7F");
     EXPECT_EQ(codecvt_ustring_to_ascii()(u"a\x7F"), "a\x7F");

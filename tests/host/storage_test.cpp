@@ -1,0 +1,214 @@
+// The storage layer on the disk: folders, locations, and streams whose failures can be seen.
+
+#include <csignal>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <sys/resource.h>
+
+#include "host_interfaces/filesystem.hpp"
+#include "host_interfaces/storage.hpp"
+#include "host_test.hpp"
+
+namespace vfs = foundation::storage::vfs;
+
+namespace {
+
+using test::NameOf;
+using test::Narrow;
+using test::TempTree;
+
+vfs::AbsoluteIRI Location(const ustring& name) { return vfs::toAbsoluteIRI(u"file", name); }
+
+std::ptrdiff_t Descriptors() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+/// Tests leave no descriptor open and no root mapped.
+class Storage : public testing::Test {
+  protected:
+    ~Storage() override {
+        linux_host::DriveMap::Reset();
+        EXPECT_EQ(Descriptors(), m_descriptors);
+    }
+
+    vfs::File File(const ustring& name) const { return {Location(name), m_system}; }
+    vfs::Folder Folder(const ustring& name) const { return {Location(name), m_system}; }
+
+    /// What @p question says, or "refused" if the storage layer does, in a text that names the location.
+    static std::string Answer(const ustring& name, const std::function<std::string()>& question) {
+        try {
+            return question();
+        } catch (const vfs::Exception& exception) {
+            const std::string display = Narrow(Location(name).toString().substr(0, 10));
+            EXPECT_EQ(std::string_view(exception.what()).substr(0, display.size()), display);
+            return "refused";
+        }
+    }
+
+    /// The entries with their kinds.
+    std::string List(const ustring& name) const {
+        return Answer(name, [&] {
+            std::string text;
+            for (const auto& entry : Folder(name).listAll()) {
+                const auto* folder = std::get_if<vfs::Folder>(&entry);
+                const vfs::AbsoluteIRI location =
+                    folder != nullptr ? folder->getLocation() : std::get<vfs::File>(entry).getLocation();
+                EXPECT_EQ(location.getParent(), Location(name));
+                EXPECT_EQ(Folder(fromAbsoluteIRI(location)).folderExists(), folder != nullptr);
+                text += (folder != nullptr ? "d " : "f ") + Narrow(location.getName()) + "|";
+            }
+            return text;
+        });
+    }
+    std::string Read(const ustring& name) const {
+        return Answer(name, [&] {
+            vfs::ifstream stream(File(name));
+            return std::string(std::istreambuf_iterator<char>(stream), {});
+        });
+    }
+    std::string Write(const ustring& name, const std::string& text) const {
+        return Answer(name, [&] { return vfs::ofstream(File(name)) << text ? "written" : "bad"; });
+    }
+    std::string Canonical(const ustring& name) const {
+        return Answer(name, [&] { return Narrow(Folder(name).getCanonicalLocation().toString()); });
+    }
+
+    vfs::StorageSystemReference m_system{vfs::createStorageSystem({}, nullptr)};
+
+  private:
+    std::ptrdiff_t m_descriptors = Descriptors();
+};
+
+TEST_F(Storage, ListsWhatTheHooksListAndTellsWhereLinksLead) {
+    TempTree tree{"b.p",         "sub/x",        "@C/",          "bad\xFF",        "a:b",          "@up -> .",
+                  "ldir -> sub", "lfile -> b.p", "lost -> none", "round -> round", "loop/in -> .."};
+    ASSERT_EQ(::mkfifo(tree.Path("pipe").c_str(), 0600), 0);
+    EXPECT_EQ(List(NameOf(tree)), "d @C|f b.p|f bad\xFF|d ldir|f lfile|d loop|f lost|f round|d sub|");
+    EXPECT_EQ(List(NameOf(tree, "ldir")), "f x|");
+    EXPECT_EQ(List(NameOf(tree, "@C")), "");
+    linux_host::DriveMap::Add(u"D:", tree.Path("loop"), linux_host::DriveMap::Kind::Fixed);
+    EXPECT_EQ(List(u"D:\\"), "d in|");
+    for (const char* path : {"gone", "b.p", "lost", "round", "pipe"}) {
+        EXPECT_EQ(List(NameOf(tree, path)), "refused") << path;
+    }
+    EXPECT_EQ(List(u"Q:\\"), "refused");
+}
+
+TEST_F(Storage, CarriesBytesOfEverySizeThereAndBackOverWhatWasThere) {
+    TempTree tree;
+    tree.Write("file", std::string(300000, 'o'));
+    const ustring name = NameOf(tree, "file");
+    for (const std::size_t size : {0U, 1U, 65535U, 65536U, 65537U, 131072U, 200001U}) {
+        std::string bytes(size, ' ');
+        std::generate(bytes.begin(), bytes.end(),
+                      [n = 0U]() mutable { return static_cast<char>(n++ * 7 / 3); });
+        EXPECT_EQ(Write(name, bytes), "written");
+        EXPECT_TRUE(Read(name) == bytes) << size;
+        vfs::ofstream(File(name)).put('x').write(bytes.data(), static_cast<std::streamsize>(size)).put('z');
+        EXPECT_TRUE(Read(name) == "x" + bytes + "z") << size;
+    }
+    EXPECT_EQ(Write(NameOf(tree, "bad\xFF"), "new"), "written");
+    EXPECT_EQ(std::filesystem::file_size(tree.Path("bad\xFF")), 3U);
+}
+
+TEST_F(Storage, OpensNothingButRegularFilesAndNeverWaits) {
+    TempTree tree{"file", "sub/", "ldir -> sub", "lpipe -> pipe", "round -> round"};
+    ASSERT_EQ(::mkfifo(tree.Path("pipe").c_str(), 0600), 0);
+    const int reader = ::open(tree.Path("pipe").c_str(), O_RDONLY | O_NONBLOCK); // a writer may now open it
+    std::vector<ustring> names = {u"C:\\dev\\null", u"C:\\dev\\tty", u"Q:\\x", u"\\\\server"};
+    for (const char* path : {"", "sub", "ldir", "pipe", "lpipe", "round", "none/x"}) {
+        names.push_back(NameOf(tree, path));
+    }
+    for (const ustring& wrong : {ustring(u"\\file\0x", 7), ustring{u'\\', 0xD800}, ustring(300, u'a')}) {
+        names.push_back(NameOf(tree) + wrong);
+    }
+    for (const ustring& name : names) {
+        EXPECT_EQ(Read(name) + " " + Write(name, "x"), "refused refused") << testing::PrintToString(name);
+    }
+    ::close(reader);
+    EXPECT_FALSE(std::filesystem::exists(tree.Path("none")));
+    EXPECT_THROW(vfs::ifstream(vfs::File(Location(NameOf(tree, "file")), {})), vfs::Exception) << "no system";
+
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(tree.Root());
+    tree.Write("sub/bad\xFF", "text");
+    for (const std::string& name : {std::string("sub/bad\xFF"), std::string(".\\sub\\bad\xFF"),
+                                    tree.Path("ldir/bad\xFF"), "C:" + tree.Path("sub/bad\xFF")}) {
+        std::FILE* file = fl::filesystem::open_for_reading(name.c_str());
+        ASSERT_NE(file, nullptr) << name;
+        EXPECT_EQ(std::fgetc(file), 't');
+        EXPECT_EQ(::fcntl(::fileno(file), F_GETFD), FD_CLOEXEC);
+        std::fclose(file);
+    }
+    for (const char* name : {"pipe", "sub", "lpipe", "C:\\dev\\null", "none", "Q:\\x", ""}) {
+        EXPECT_EQ(fl::filesystem::open_for_reading(name), nullptr) << name;
+    }
+    EXPECT_EQ(fl::filesystem::open_for_reading(nullptr), nullptr);
+    std::filesystem::current_path(before);
+}
+
+/// Lets files grow up to @p size bytes; a write beyond fails.
+bool LimitFileSize(::rlim_t size) {
+    const ::rlimit limit{size, RLIM_INFINITY};
+    return std::signal(SIGXFSZ, SIG_IGN) != SIG_ERR && ::setrlimit(RLIMIT_FSIZE, &limit) == 0;
+}
+
+TEST_F(Storage, TellsWhyAStreamFailsAndLosesNoByteOfIt) {
+    // A regular file by its mode, whose first page nobody can read.
+    vfs::ifstream unreadable(File(u"C:\\proc\\self\\mem"));
+    EXPECT_TRUE(unreadable.get() == EOF && unreadable.bad());
+    unreadable.clear();
+    unreadable.exceptions(std::ios::badbit);
+    EXPECT_THROW(unreadable.get(), vfs::Exception);
+
+    TempTree tree;
+    const ustring name = NameOf(tree, "file");
+    const std::string begin(70000, 'b'), end(60000, 'e');
+    const auto question = [&] {
+        vfs::ofstream(File(name)) << begin << end; // the destructor fails in silence
+        if (std::filesystem::file_size(tree.Path("file")) != 100000) {
+            return 1;
+        }
+        vfs::ofstream stream(File(name));
+        if (!(stream << begin).flush() || !(stream << end) || stream.flush()) {
+            return 2;
+        }
+        stream.clear();
+        stream.exceptions(std::ios::badbit);
+        try {
+            stream << end; // more than the buffer has room for
+            return 3;
+        } catch (const vfs::Exception&) {
+        }
+        stream.clear();
+        return LimitFileSize(RLIM_INFINITY) && stream.flush() ? 0 : 4;
+    };
+    EXPECT_EQ(test::AskInChild([] { return LimitFileSize(100000); }, question), 0);
+    const std::string written = Read(name);
+    EXPECT_EQ(written.substr(0, 130000), begin + end) << "what failed is tried again, and leaves no gap";
+}
+
+TEST_F(Storage, FindsTheOneLocationBehindLinksDotsAndRoots) {
+    TempTree tree{"real/sub/file", "link -> real", "x:y/", "lost -> none", "colon -> x:y"};
+    const std::string root = Narrow(Location(NameOf(tree)).toString());
+    EXPECT_EQ(Canonical(NameOf(tree, "link/sub/../sub/file")), root + "/real/sub/file");
+    EXPECT_EQ(Canonical(NameOf(tree, "link") + u"\\..\\link\\."), root + "/real");
+    linux_host::DriveMap::Add(u"L:", tree.Path("link"), linux_host::DriveMap::Kind::Fixed);
+    EXPECT_EQ(Canonical(u"L:\\sub"), root + "/real/sub") << "a root that is a link";
+    linux_host::DriveMap::Add(u"\\\\s\\h", tree.Path("real"), linux_host::DriveMap::Kind::Fixed);
+    EXPECT_EQ(Canonical(u"L:\\sub\\file"), "file:////s/h/sub/file");
+    EXPECT_EQ(Canonical(u"L:\\"), "file:////s/h");
+    EXPECT_EQ(vfs::Folder({u"x", u"C:/"}, m_system).getCanonicalLocation().toString(), u"x://C:/");
+    for (const ustring& name : {NameOf(tree, "lost"), NameOf(tree, "colon"), NameOf(tree, "gone"),
+                                NameOf(tree) + ustring(u"\\real\0", 6), ustring(u"Q:\\")}) {
+        EXPECT_EQ(Canonical(name), "refused") << testing::PrintToString(name);
+        EXPECT_EQ(Folder(name).folderExists(), name == NameOf(tree, "colon"));
+    }
+
+    linux_host::testing::SetStorageSystem(m_system.get());
+    EXPECT_EQ(vfs::createStorageSystem({}, nullptr), m_system.get());
+    linux_host::testing::SetStorageSystem(nullptr);
+    EXPECT_NE(vfs::createStorageSystem({}, nullptr), m_system.get());
+}
+
+} // namespace
