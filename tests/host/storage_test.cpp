@@ -1,5 +1,6 @@
 // The storage layer on the disk: folders, locations, and streams whose failures can be seen.
 
+#include <algorithm>
 #include <csignal>
 #include <gtest/gtest.h>
 #include <iterator>
@@ -18,6 +19,14 @@ using test::Narrow;
 using test::TempTree;
 
 vfs::AbsoluteIRI Location(const ustring& name) { return vfs::toAbsoluteIRI(u"file", name); }
+
+/// So many, of every value and without a short period.
+std::string Bytes(std::size_t count) {
+    std::string bytes(count, ' ');
+    std::generate(bytes.begin(), bytes.end(),
+                  [n = 0U]() mutable { return static_cast<char>(++n * 2654435761U >> 24); });
+    return bytes;
+}
 
 std::ptrdiff_t Descriptors() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
@@ -80,10 +89,11 @@ class Storage : public testing::Test {
 };
 
 TEST_F(Storage, ListsWhatTheHooksListAndTellsWhereLinksLead) {
-    TempTree tree{"b.p",         "sub/x",        "@C/",          "bad\xFF",        "a:b",          "@up -> .",
-                  "ldir -> sub", "lfile -> b.p", "lost -> none", "round -> round", "loop/in -> .."};
+    TempTree tree{"b.p",          "sub/x",          "@C/",           "bad\xFF",
+                  "a:b",          "@up -> .",       "ldir -> sub",   "lfile -> b.p",
+                  "lost -> none", "round -> round", "loop/in -> ..", "zdir -> loop"};
     ASSERT_EQ(::mkfifo(tree.Path("pipe").c_str(), 0600), 0);
-    EXPECT_EQ(List(NameOf(tree)), "d @C|f b.p|f bad\xFF|d ldir|f lfile|d loop|f lost|f round|d sub|");
+    EXPECT_EQ(List(NameOf(tree)), "d @C|f b.p|f bad\xFF|d ldir|f lfile|d loop|f lost|f round|d sub|d zdir|");
     EXPECT_EQ(List(NameOf(tree, "ldir")), "f x|");
     EXPECT_EQ(List(NameOf(tree, "@C")), "");
     linux_host::DriveMap::Add(u"D:", tree.Path("loop"), linux_host::DriveMap::Kind::Fixed);
@@ -99,9 +109,7 @@ TEST_F(Storage, CarriesBytesOfEverySizeThereAndBackOverWhatWasThere) {
     tree.Write("file", std::string(300000, 'o'));
     const ustring name = NameOf(tree, "file");
     for (const std::size_t size : {0U, 1U, 65535U, 65536U, 65537U, 131072U, 200001U}) {
-        std::string bytes(size, ' ');
-        std::generate(bytes.begin(), bytes.end(),
-                      [n = 0U]() mutable { return static_cast<char>(n++ * 7 / 3); });
+        const std::string bytes = Bytes(size);
         EXPECT_EQ(Write(name, bytes), "written");
         EXPECT_TRUE(Read(name) == bytes) << size;
         vfs::ofstream(File(name)).put('x').write(bytes.data(), static_cast<std::streamsize>(size)).put('z');
@@ -163,7 +171,7 @@ TEST_F(Storage, TellsWhyAStreamFailsAndLosesNoByteOfIt) {
 
     TempTree tree;
     const ustring name = NameOf(tree, "file");
-    const std::string begin(70000, 'b'), end(60000, 'e');
+    const std::string begin = Bytes(70000), end = Bytes(60000);
     const auto question = [&] {
         vfs::ofstream(File(name)) << begin << end; // the destructor fails in silence
         if (std::filesystem::file_size(tree.Path("file")) != 100000) {
