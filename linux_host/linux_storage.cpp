@@ -32,11 +32,13 @@ std::string PathOf(const AbsoluteIRI& location) {
     return std::move(resolved.path);
 }
 
+/// Through links; one that leads nowhere is none.
 bool IsFolder(const std::string& path) {
     struct stat status {};
     return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
+/// Asked when a listing has failed, which says no more than that.
 const char* ReasonOfNoListing(const ustring& name) {
     switch (DirectoryAccessibility(name)) {
     case 3:
@@ -65,7 +67,7 @@ std::vector<LinuxStorage::Entry> LinuxStorage::ListAll(const AbsoluteIRI& folder
         ustring entry = next;
         next += entry.size() + 1;
         bool isFolder = word == DirectoryWord;
-        if (word == 0) {
+        if (word == 0) { // only links, as a rule, are worth a question of their own
             path.resize(folderLength);
             isFolder = AppendNarrow(path, entry) && IsFolder(path);
         }
@@ -104,6 +106,7 @@ std::unique_ptr<std::streambuf> LinuxStorage::OpenForWriting(const AbsoluteIRI& 
     if (descriptor < 0) {
         Throw(file, std::strerror(errno));
     }
+    // The buffer closes the file, also when emptying it fails.
     auto buffer = WritingBuffer(descriptor, DisplayOf(file));
     if (::ftruncate(descriptor, 0) != 0) {
         Throw(file, std::strerror(errno));

@@ -14,6 +14,7 @@ namespace linux_host {
 
 namespace {
 
+/// A cache file of some megabytes takes a hundred calls or so.
 using Bytes = std::array<char, 65536>;
 
 /// Calls until no signal cuts the call short.
@@ -103,6 +104,7 @@ class Writer : public std::streambuf {
 
 } // namespace
 
+// A close that fails has closed nevertheless, and nobody could do anything about what it says.
 Descriptor::~Descriptor() { ::close(m_number); }
 
 int OpenRegularFile(const std::string& path, int flags) {
