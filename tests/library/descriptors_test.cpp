@@ -1,0 +1,78 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <regex>
+
+#include <ovsel/descriptors.hpp>
+
+#include "host_interfaces/array.hpp"
+#include "host_interfaces/text.hpp"
+#include "linux_host/linux_host.hpp"
+#include "support/temp_tree.hpp"
+#include "support/texts.hpp"
+
+namespace {
+
+struct Destroy {
+    void operator()(HostArray* value) const { host::DestroyArray(value); }
+};
+using Value = std::unique_ptr<HostArray, Destroy>;
+
+/// What the builtin makes of a name: the POSIX path of its answer, or what it raised.
+std::string Absolutized(const std::string& name) {
+    const Value given(host::NewTextArray(U(name)));
+    const HostArray* inputs[] = {given.get()};
+    HostArray* outputs[] = {nullptr};
+    try {
+        QuerySVFcnTable_ovsel()->entries[0].function(1, outputs, 1, inputs);
+    } catch (const fl::i18n::MessageException& error) {
+        EXPECT_EQ(outputs[0], nullptr);
+        return error.identifier() + " " + N(error.arguments().at(0));
+    }
+    const Value answer(outputs[0]);
+    return linux_host::DriveMap::ToPath(host::TextOfArray(*answer)).value_or("no path");
+}
+
+TEST(Descriptors, TellWhatTheLibraryIsAndOfferItsOneBuiltin) {
+    const ovFcnTable& table = *QuerySVFcnTable_ovsel();
+    EXPECT_EQ(QuerySVFcnTable_ovsel(), &table);
+    ASSERT_EQ(table.entryCount, 1U);
+    EXPECT_EQ(table.entries[0].reserved, nullptr);
+    // The host reads the first words without knowing the type.
+    EXPECT_EQ(*reinterpret_cast<const ovFcnTableEntry* const*>(&table), table.entries);
+    EXPECT_EQ(*reinterpret_cast<const ovBuiltinFcn*>(table.entries), table.entries[0].function);
+    EXPECT_STREQ(table.library, "ovsel");
+    EXPECT_STREQ(table.version, ovsel_version);
+    const std::string version = ovsel_version;
+    EXPECT_TRUE(std::regex_match(version, std::regex(R"(\d+\.\d+\.\d+)"))) << version;
+    EXPECT_TRUE(std::regex_match(ovsel_build_date, std::regex("[A-Z][a-z]{2} [ 1-3][0-9] 20[0-9]{2}")))
+        << ovsel_build_date;
+    EXPECT_TRUE(std::regex_match(ovsel_relative_path, std::regex(R"([^/].*libovsel\.so\.[\d.]+)")))
+        << ovsel_relative_path;
+}
+
+TEST(Descriptors, AbsolutizeANameOrRaiseItsMessage) {
+    const test::TempTree tree{"a/b/", "a/+pkg/", "link -> a/b", "lost -> nowhere"};
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(tree.Path("a"));
+    const std::string lost = "SORVEN:ovsel:cannotAbsolutizePath ";
+    const struct {
+        std::string name, answer;
+    } rows[] = {
+        {"b", tree.Path("a/b")},
+        {".", tree.Path("a")},
+        {"b/../+pkg", tree.Path("a/+pkg")},
+        {"b\\..\\..\\link\\", tree.Path("a/b")},
+        {"C:" + tree.Path("link"), tree.Path("a/b")},
+        {"nothing", lost + "nothing"},
+        {"../lost", lost + "../lost"},
+        {"Q:\\a", lost + "Q:\\a"},
+        {std::string("b\0c", 3), lost + std::string("b\0c", 3)},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(Absolutized(row.name), row.answer) << row.name;
+    std::filesystem::current_path(before);
+}
+
+} // namespace
