@@ -14,7 +14,11 @@
 /// counted by operation, so that "asks the system once" is an ordinary assertion.
 class FakePlatform : public host::IPlatform {
   public:
-    FakePlatform() : m_previous(host::SetPlatform(this)) {}
+    /// The mode in which the tests run is that of the process.
+    FakePlatform() : m_previous(host::SetPlatform(this)) {
+        if (const char* mode = m_previous->GetEnvironment("PATH_MGR_MODE"))
+            environment["PATH_MGR_MODE"] = mode;
+    }
     ~FakePlatform() override { host::SetPlatform(m_previous); }
     FakePlatform(const FakePlatform&) = delete;
     FakePlatform& operator=(const FakePlatform&) = delete;

@@ -7,6 +7,7 @@
 #include "host_interfaces/filesystem.hpp"
 #include "support/fake_disk.hpp"
 #include "support/fake_platform.hpp"
+#include "support/fake_storage.hpp"
 #include "support/invariants.hpp"
 #include "support/texts.hpp"
 
@@ -83,6 +84,7 @@ class PathFixture : public testing::Test {
     }
 
     FakePlatform platform;
+    FakeStorageInForce storage;
     FakeDisk& disk = FakeDisk::Get();
     ovPath owner;
     ovPath path;

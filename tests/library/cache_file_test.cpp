@@ -1,0 +1,287 @@
+#include "cache_fixture.hpp"
+
+#include <algorithm>
+#include <cstring>
+
+#include "ovsel/cache/handreader.hpp"
+#include "ovsel/cache/xmlreader.hpp"
+#include "ovsel/reading/cacheddircontents.hpp"
+#include "ovsel/reading/idiritemsiterator.hpp"
+#include "ovsel/reading/idiritemsiteratorfactory.hpp"
+#include "ovsel/reading/vfsmode.hpp"
+
+using namespace Quorrant::ovsel;
+namespace vfs = foundation::storage::vfs;
+
+namespace {
+
+const std::string header = "<Quorrant type=\"Path Cache File\" version=\"1.2\" date=\"";
+const std::string footer = "</Quorrant>\n";
+
+const std::string small = "<Quorrant>\n <D name=\"a\">\n  <D name=\"a/+p\">\n  </D>\n  <C name=\"x.sv\"/>\n"
+                          "  <d name=\"s\"/>\n </D>\n</Quorrant>\n";
+
+/// "D a { F x, D b { } }" for what the hand reader made of a file; "-" if it refused.
+std::string TreeText(const CacheDirNode& node) {
+    std::string text = N(node.m_name) + "{";
+    const char* name = node.m_names;
+    for (std::size_t i = 0; i < node.m_lettersCount; name += std::strlen(name) + 1, ++i)
+        text += (i > 0 ? " " : "") + std::string(1, node.m_letters[i]) + ":" + name;
+    EXPECT_EQ(node.m_names + node.m_namesLength - 1, name + (node.m_lettersCount == 0 ? 1 : 0));
+    EXPECT_EQ('\0', *name) << "the list ends with an empty name";
+    for (const CacheDirNode* child = node.m_firstChild.get(); child; child = child->m_nextSibling.get())
+        text += " " + TreeText(*child);
+    return text + "}";
+}
+
+std::string Names(const std::vector<ustring>& names) {
+    std::string text = "[";
+    for (const ustring& name : names)
+        text += (text.size() > 1 ? " " : "") + N(name);
+    return text + "]";
+}
+
+std::string MapText(const CachedDirMap& map) {
+    std::vector<std::string> directories;
+    for (const auto& [name, contents] : map)
+        directories.push_back(N(name) + Names(contents.subdirs) + Names(contents.files) +
+                              Names(contents.classFiles) + Names(contents.noClassFiles) +
+                              Names(contents.unconfirmed));
+    std::sort(directories.begin(), directories.end());
+    return Join(directories, " ");
+}
+
+/// The storage layer is sure of every file and knows of no classes, save that private files are none.
+std::string AsTheModeKnows(std::string text) {
+    for (const char* known : {"<C name=\"Helper", "<U name=\"readme", "<C name=\"two", "<N name=\"three"})
+        if (IsVFSMode())
+            text[text.find(known) + 1] = 'F';
+    return text;
+}
+
+/// Keeps what a reader installs.
+class Receiver final : public IDirItemsIteratorFactory {
+  public:
+    explicit Receiver(CachedDirMap& received) : m_received(received) {}
+    void InstallCachedDirItems(const CachedDirMap& contents, const vfs::AbsoluteIRI&) override {
+        m_received = contents;
+    }
+    std::unique_ptr<IDirItemsIterator> CreateDirItemsIterator(vfs::AbsoluteIRI) override { return nullptr; }
+    bool FolderExists(const vfs::AbsoluteIRI&) override { return false; }
+    void ClearCachedDirItems() override {}
+
+  private:
+    CachedDirMap& m_received;
+};
+
+class CacheFile : public Cache {
+  protected:
+    /// What the hand reader makes of a text.
+    std::string ByHand(const std::string& text) {
+        folder.Write("cache.xml", text);
+        const HandReading reading = ReadCacheFileByHand(FileName().c_str());
+        return reading.root ? TreeText(*reading.root) : "-";
+    }
+    /// What the XML reader makes of it: its map, or the message with its arguments.
+    std::string ByXml(const std::string& text) {
+        folder.Write("cache.xml", text);
+        return ReadXml();
+    }
+    std::string ReadXml() {
+        CachedDirMap map;
+        path->SetDirItemsIteratorFactory(std::make_unique<Receiver>(map));
+        const vfs::AbsoluteIRI file = vfs::toAbsoluteIRI(u"file", U(FileName()));
+        try {
+            EXPECT_TRUE(ReadCacheFileXML(path, file, vfs::toAbsoluteIRI(u"file", u"C:\\T")));
+        } catch (const fl::i18n::MessageException& failure) {
+            lastArguments = failure.arguments();
+            return failure.identifier();
+        }
+        return MapText(map);
+    }
+
+    std::vector<ustring> lastArguments;
+};
+
+} // namespace
+
+TEST_F(CacheFile, IsWrittenByteForByte) {
+    platform.now = 1794626472; // Sat Nov 14 03:21:12 2026
+    disk.Put("C:\\T\\sig\\core", "+util/ @Filter/ private/ data/ run.sv readme.bin? step.svx:C two.p:C "
+                                 "three.p:N");
+    disk.Put("C:\\T\\sig\\core\\+util", "Helper.sv:C +deep/");
+    disk.Put("C:\\T\\sig\\core\\@Filter", "Filter.sv notes.txt");
+    disk.Put("C:\\T\\sig\\core\\private", "step.p:N data/");
+    disk.Put("C:\\T\\open", "");
+    disk.Put("C:\\other", "x.sv");
+    const std::string date = "Sat Nov 14 03:21:12 2026\">\n";
+    const auto write = [&](const ovPath& from) {
+        EXPECT_TRUE(ovWritePathToCacheFile(from, FileName().c_str()));
+        return FileText();
+    };
+    EXPECT_EQ(header + date + footer, write(path)) << "nothing is frozen";
+
+    const ovPath toolbox = PrefixedPath("toolbox", {"C:\\T\\sig\\core", "C:\\other", "C:\\T\\open"});
+    ovUnFreeze(ovFindDirFullName(toolbox, u"C:\\T\\open"));
+    EXPECT_EQ(header + date + AsTheModeKnows(R"( <D name="sig/core">
+  <D name="sig/core/+util">
+   <D name="sig/core/+util/+deep">
+   </D>
+   <C name="Helper.sv"/>
+  </D>
+  <D name="sig/core/@Filter">
+   <F name="Filter.sv"/>
+   <F name="notes.txt"/>
+  </D>
+  <D name="sig/core/private">
+   <N name="step.p"/>
+  </D>
+  <F name="run.sv"/>
+  <U name="readme.bin"/>
+  <F name="step.svx"/>
+  <C name="two.p"/>
+  <N name="three.p"/>
+  <d name="data"/>
+ </D>
+)") + footer,
+              write(toolbox));
+
+    ovFreeze(Add("C:\\other"));
+    ovFreeze(Add("C:\\T\\open"));
+    const std::string whole = header + date +
+                              " <D name=\"C:/other\">\n  <F name=\"x.sv\"/>\n </D>\n"
+                              " <D name=\"C:/T/open\">\n </D>\n" +
+                              footer;
+    EXPECT_EQ(whole, write(path)) << "no prefix: full names";
+    const ovPath empty = NewPath("an empty prefix is a separator", ovCaseSensitive, u"");
+    ovFreeze(ovAddDir(empty, u"C:\\other", ovDirAddAtEnd));
+    EXPECT_EQ(header + date + footer, write(empty));
+
+    disk.Put("C:\\T\\odd", "\xED\xB2\x80x.sv");
+    EXPECT_THROW(write(PrefixedPath("odd", {"C:\\T\\odd"})), fl::i18n::CvtInvalidCharacter);
+    EXPECT_THROW(ovWritePathToCacheFile(path, ("C:" + folder.Path("missing/cache.xml")).c_str()),
+                 vfs::Exception);
+}
+
+TEST_F(CacheFile, IsReadByHandAsFarAsItsShapesGo) {
+    const std::string root = "<Quorrant whatever>";
+    const std::string longest(1280, 'n');
+    const auto nested = [](int depth) {
+        std::string text = "<Q>";
+        for (int i = 0; i < depth; ++i)
+            text += "<D name=\"d\">";
+        for (int i = 0; i < depth; ++i)
+            text += "</D>";
+        return text + "</Q>";
+    };
+    const struct {
+        std::string text, tree;
+    } rows[] = {
+        {small, "CachePath{D:a a{D:+p C:x.sv d:s a\\+p{}}}"},
+        {root + "</x>", "CachePath{}"},
+        {root + "</", "CachePath{}"},
+        {"", "-"},
+        {"<Quorrant", "-"},
+        {root, "-"},
+        {root + "<F name=\"x\"/>", "-"},
+        {root + "<F name=\"x\"/></Quorrant>", "CachePath{F:x}"},
+        {root + "<F name=\"x\" /></Quorrant>", "-"},
+        {root + "<F x=\"\" name=\"y\"/></", "-"},
+        {root + "<Fill color=\"x\"/></", "CachePath{F:x}"},
+        {root + "<X name=\"x\"/></", "-"},
+        {root + "<!-- no --></", "-"},
+        {root + "text <U name=\"a/b\"/> text </", "CachePath{U:a\\b}"},
+        {root + "<D name=\"a/b\"></D></", "CachePath{D:b a\\b{}}"},
+        {root + "<D name=\"a\" ></D></", "-"},
+        {root + "<D name=\"a\"></d></", "-"},
+        {root + "<D name=\"a\"><N name=\"n\"/>", "-"},
+        {root + "<D name=\"a\"></D><D name=\"a\"><d name=\"s\"/></D></", "CachePath{D:a D:a a{} a{d:s}}"},
+        {root + "<F name=\"" + longest + "\"/></", "CachePath{F:" + longest + "}"},
+        {root + "<F name=\"" + longest + "n\"/></", "-"},
+        // A directory beyond ASCII is not entered: its entries and its end are its parent's.
+        {root + "<D name=\"a\"><D name=\"\xC3\xA4\"><F name=\"x\"/></D><F name=\"lost\"/></D></",
+         "CachePath{D:a F:lost a{F:x}}"},
+        {root + "<F name=\"\xC3\xA4\"/></", "CachePath{F:\xC3\xA4}"},
+        {root + std::string("<F name=\"x\0\n", 12) + "y\"/></", "CachePath{F:xy}"}, // NUL hides a line's rest
+        {nested(257), "-"},
+        {std::string(1, '\0') + "\n" + root + std::string(9000, ' ') + "<F name=\"x\"/></", "CachePath{F:x}"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(row.tree, ByHand(row.text)) << row.text.substr(0, 200);
+    EXPECT_NE("-", ByHand(nested(256)));
+}
+
+TEST_F(CacheFile, IsReadAsXmlForWhatItsElementsSay) {
+    const std::string parseError = "SORVEN:ovsel:pathCacheXMLParseError";
+    const std::string unable = "SORVEN:ovsel:unableToLoadCache";
+    const auto repeat = [](const std::string& text, int count) {
+        std::string all;
+        for (int i = 0; i < count; ++i)
+            all += text;
+        return all;
+    };
+    const struct {
+        std::string text, map;
+    } rows[] = {
+        {small, "a/+p[][][][][] a[a/+p s][][x.sv][][]"},
+        {"<Quorrant/>", ""},
+        {"<Quorrant><Dxyz name=\"a\"><Fine name=\"f\"/></Dxyz><F name=\"g\"/></Quorrant>", "a[][f g][][][]"},
+        {"<Quorrant><D name=\"a&amp;\xC3\xA4\"><U name=\"u\"/><N name=\"n\"/></D></Quorrant>",
+         "a&\xC3\xA4[][][][n][u]"},
+        {"<D name=\"a\"><Quorrant version=\"9\"/></D>", "a[][][][][]"},
+        {"\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><Quorrant><!-- c --></Quorrant>", ""},
+        {"<Quorrant><F name=\"x\"/></Quorrant>", parseError},
+        {"<Quorrant><D name=\"a\"/><D name=\"a\"/></Quorrant>", parseError},
+        {"<Quorrant><D name=\"a\"><X name=\"x\"/></D></Quorrant>", parseError},
+        {"<Quorrant><D/></Quorrant>", parseError},
+        {"<Quorrant><D name=\"a<b\"/></Quorrant>", parseError},
+        {"<Quorrant><D name=\"a & b\"/></Quorrant>", parseError},
+        {"<Quorrant>", parseError},
+        {"", parseError},
+        {std::string("<Quorrant>\0</Quorrant>", 22), parseError},
+        {"<Quorrant><D name=\"\xE4\"/></Quorrant>", unable}, // no UTF-8
+        {std::string("\xFF\xFE<\0Q\0", 6), unable},
+        {"<!DOCTYPE Quorrant SYSTEM \"http://127.0.0.1/x.dtd\"><Quorrant/>", parseError},
+        {"<!DOCTYPE q [<!ENTITY e SYSTEM \"file:///etc/passwd\">]><Quorrant><D name=\"&e;\"/></Quorrant>",
+         parseError},
+        {"<Quorrant><D name=\"&e;\"/></Quorrant>", parseError},
+        {repeat("<D name=\"a\">", 100000), parseError},
+        {"<Quorrant>" + repeat("<Quorrant>", 1000000), parseError},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(row.map, ByXml(row.text)) << row.text.substr(0, 200);
+        if (row.map == unable)
+            EXPECT_EQ(2u, lastArguments.size()) << "the file and the reason";
+    }
+    ByXml("<Quorrant><F name=\"x\"/></Quorrant>");
+    ASSERT_EQ(1u, lastArguments.size());
+    EXPECT_EQ(
+        fl::i18n::message_text({"SORVEN:ovsel", "cacheFileWrongFormat", {}}, fl::i18n::Locale::global()),
+        lastArguments[0]);
+    folder.Remove("cache.xml");
+    EXPECT_EQ(unable, ReadXml());
+    EXPECT_EQ(fl::filesystem::make_native_form(U(FileName()), true), lastArguments[0]);
+    EXPECT_FALSE(ReadCacheFileByHand(FileName().c_str()).opened);
+    folder.Add({"cache.xml/"});
+    EXPECT_EQ(unable, ReadXml());
+    EXPECT_FALSE(ReadCacheFileByHand(FileName().c_str()).opened);
+}
+
+TEST_F(CacheFile, MayBeDamagedAtAnyByte) {
+    const std::string whole = ByHand(small);
+    for (std::size_t length = 0; length < small.size(); ++length) {
+        const std::string text = small.substr(0, length);
+        // Behind the slash of the root's end nothing is looked at by hand.
+        EXPECT_EQ(length < small.rfind('/') + 1 ? "-" : whole, ByHand(text)) << text;
+        if (length + 1 < small.size()) // without its last line feed the file is whole
+            EXPECT_EQ("SORVEN:ovsel:pathCacheXMLParseError", ByXml(text)) << text;
+    }
+    for (std::size_t at = 0; at < small.size(); ++at)
+        for (int byte = 0; byte < 256; byte += (at % 8 == 0 ? 1 : 17)) {
+            std::string text = small;
+            text[at] = static_cast<char>(byte);
+            ByHand(text); // the sanitizers watch
+            if (byte % 17 == 0)
+                ByXml(text);
+        }
+}

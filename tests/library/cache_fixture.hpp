@@ -1,0 +1,43 @@
+#pragma once
+
+#include <fstream>
+#include <utility>
+
+#include "linux_host/linux_host.hpp"
+#include "support/path_fixture.hpp"
+#include "support/temp_tree.hpp"
+
+/// A cache file of its own, what the library prints, and the process out of cache mode again at the end.
+class Cache : public PathFixture {
+  protected:
+    Cache() {
+        linux_host::SetPrintSink([this](std::string_view text) { printed += text; });
+    }
+    ~Cache() override {
+        ovEnableToolboxCacheDiagnosticTrace(false);
+        ovEnableToolboxCacheDiagnosticStatusReport(false);
+        if (ovInToolboxCacheMode())
+            ovRevertFromToolboxCache(ovCreatePath(0, "to end cache mode with"));
+        ovTerminate();
+        linux_host::SetPrintSink({});
+    }
+
+    /// The name of the cache file in the system's grammar.
+    std::string FileName() const { return "C:" + folder.Path("cache.xml"); }
+    std::string FileText() const {
+        std::ifstream stream(folder.Path("cache.xml"), std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    std::string TakePrinted() { return std::exchange(printed, {}); }
+
+    /// A path under the prefix `C:\T`, with its directories frozen.
+    ovPath PrefixedPath(const char* name, const std::vector<std::string>& dirs) {
+        ovPath made = NewPath(name, ovCaseSensitive, u"C:\\T");
+        for (const std::string& dir : dirs)
+            ovAddDir(made, U(dir), ovDirAddAtEnd);
+        return made;
+    }
+
+    test::TempTree folder = test::TempTree::InMemory();
+    std::string printed;
+};

@@ -1,0 +1,353 @@
+#include "cache_fixture.hpp"
+
+#include <algorithm>
+#include <random>
+#include <sstream>
+
+#include "ovsel/cache/cachehooks.hpp"
+#include "ovsel/cache/cachetree.hpp"
+#include "ovsel/names/nameequality.hpp"
+#include "ovsel/reading/diritemsiteratorfactory.hpp"
+#include "ovsel/reading/idiritemsiterator.hpp"
+#include "ovsel/reading/vfsmode.hpp"
+
+using namespace Quorrant::ovsel;
+namespace vfs = foundation::storage::vfs;
+
+namespace {
+
+/// The storage layer's source gives a directory's files by their letter, so that the order of a walk through
+/// all of them does not come back there; what a name means does.
+std::string WithoutOrder(const std::string& text, char between) {
+    if (!IsVFSMode())
+        return text;
+    std::vector<std::string> parts;
+    std::istringstream stream(text);
+    for (std::string part; std::getline(stream, part, between);) {
+        std::erase(part, ' ');
+        parts.push_back(part);
+    }
+    std::sort(parts.begin(), parts.end());
+    return Join(parts);
+}
+
+} // namespace
+
+TEST(CacheTree, FindsWhatAWalkWouldFind) {
+    std::mt19937 random(7);
+    const auto pick = [&](std::size_t n) {
+        return std::uniform_int_distribution<std::size_t>(0, n - 1)(random);
+    };
+    const std::vector<ustring> names{u"a", u"A", u"b", u"k", u"a\\b", u"", u"CachePath"};
+    const std::vector<ustring> asked{u"a", u"A",         u"b",      u"\u212A", u"a\\b", u"A\\B",
+                                     u"",  u"CachePath", u"\uFB01", u"none",   u"K"};
+    struct Walk {
+        std::vector<const CacheDirNode*> nodes;
+        std::uint32_t compares = 0;
+        const CacheDirNode* Find(const CacheDirNode* node, const ustring& name, bool exact) {
+            for (; node; node = node->m_nextSibling.get()) {
+                ++compares;
+                if (NamesEqual(node->m_name, name, exact))
+                    return node;
+                if (const CacheDirNode* below = Find(node->m_firstChild.get(), name, exact))
+                    return below;
+            }
+            return nullptr;
+        }
+        void Number(const CacheDirNode* node) {
+            for (; node; node = node->m_nextSibling.get()) {
+                nodes.push_back(node);
+                Number(node->m_firstChild.get());
+            }
+        }
+    };
+    for (int round = 0; round < 50; ++round) {
+        auto root = std::make_unique<CacheDirNode>(u"CachePath");
+        std::vector<CacheDirNode*> all{root.get()};
+        for (std::size_t count = pick(12); count > 0; --count) {
+            std::unique_ptr<CacheDirNode>* end = &all[pick(all.size())]->m_firstChild;
+            while (*end)
+                end = &(*end)->m_nextSibling;
+            *end = std::make_unique<CacheDirNode>(names[pick(names.size())]);
+            all.push_back(end->get());
+        }
+        Walk numbers;
+        numbers.Number(root.get());
+        CacheTree tree(std::move(root));
+        for (std::size_t start = 0; start < numbers.nodes.size(); ++start)
+            for (const ustring& name : asked)
+                for (const bool exact : {true, false}) {
+                    Walk walk;
+                    const CacheDirNode* found = walk.Find(numbers.nodes[start], name, exact);
+                    const auto answer = tree.Find(static_cast<CacheTree::Place>(start), name, exact);
+                    ASSERT_EQ(found, answer.found ? &tree.At(*answer.found) : nullptr) << N(name);
+                    ASSERT_EQ(walk.compares, answer.compares) << N(name) << " from " << start;
+                }
+    }
+}
+
+TEST_F(Cache, AnswersThePathsHooks) {
+    if (IsVFSMode())
+        GTEST_SKIP() << "hooks are not asked";
+    disk.Put("C:\\T\\unlisted", "u.sv");
+    disk.Put("C:\\other", "o.sv");
+    disk.Put("C:\\T\\disk.d", "");
+    disk.times["C:\\T\\v.d\\x"] = 5;
+    disk.times["C:\\other\\o.sv"] = 6;
+    folder.Write("cache.xml", "<Q>\n <D name=\"a\">\n  <D name=\"a/@K\">\n   <C name=\"K.sv\"/>\n  </D>\n"
+                              "  <N name=\"x.p\"/>\n  <U name=\"u\"/>\n  <d name=\"s\"/>\n </D>\n"
+                              " <D name=\"v.d\">\n </D>\n</Q>\n");
+    ovUseToolboxCache(path, U(FileName()), u"C:\\T", false);
+    ASSERT_TRUE(ovInToolboxCacheMode());
+    EXPECT_EQ("", TakePrinted()) << "only who asks is told";
+
+    unsigned short* words = nullptr;
+    char16_t* names = CacheReadDirectory(path, u"C:\\T\\a", &words);
+    EXPECT_EQ(u"@K;x.p;u;s", [&] {
+        ustring all;
+        for (const char16_t* name = names; *name; name += ustring(name).size() + 1)
+            all += (all.empty() ? u"" : u";") + ustring(name);
+        return all;
+    }());
+    EXPECT_EQ((std::vector<unsigned short>{0x4000, 0x8002, 0, 0x4000}),
+              std::vector<unsigned short>(words, words + 4));
+    HostFree(names);
+    HostFree(words);
+
+    disk.listings = 0;
+    disk.existenceQueries = disk.timeQueries = 0;
+    Add("C:\\T\\a");
+    EXPECT_EQ("-1 C:\\T\\a\\x.p",
+              Search(ovCreateVisibleSearchIterator(ovGetNullDir(path), u"x.p", nullptr, ovCaseOfPath)).All());
+    EXPECT_EQ(0, disk.listings + disk.existenceQueries + disk.timeQueries) << "the disk is left alone";
+
+    const struct {
+        const char* name;
+        bool directory;
+        int accessibility;
+        long time;
+    } rows[] = {
+        {"C:\\T\\a", true, 1, 0},
+        {"C:\\T\\a\\@K", true, 1, 0},
+        {"C:\\T\\a\\@Nowhere", true, 1, 0}, // by its form
+        {"D:\\private", true, 1, 0},
+        {"D:\\Private", false, 4, 0},
+        {"C:\\T\\v.d", false, 4, 0},    // listed, but a dot makes it a file
+        {"C:\\T\\disk.d", false, 1, 0}, // on the disk, but the dot forbids to look
+        {"C:\\T\\v.d\\x", false, 4, 5}, // its directory is not believed either
+        {"C:\\T\\a\\x.p", false, 4, 0}, // a file of the cache does not change
+        {"C:\\T\\unlisted", true, 1, 0},
+        {"C:\\other\\o.sv", false, 4, 6},
+        {"C:\\T\\CachePath", true, 1, 0}, // the name of the tree's root
+        {"C:\\t\\a", false, 4, 0},        // case counts on this path
+        {"C:\\T", true, 1, 0},
+    };
+    disk.dirs["C:\\T"];
+    for (const auto& row : rows) {
+        EXPECT_EQ(row.directory, CacheIsDirectory(path, U(row.name))) << row.name;
+        EXPECT_EQ(row.accessibility, CacheGetAccessibility(path, U(row.name))) << row.name;
+        EXPECT_EQ(row.time, CacheGetFileTime(path, U(row.name))) << row.name;
+    }
+    const ovPath loose = NewPath("loose", ovCaseInsensitive);
+    EXPECT_TRUE(CacheIsDirectory(loose, u"c:\\t\\A"));
+    EXPECT_TRUE(CacheIsDirectory(ovPath(), u"C:\\T\\a")) << "a path that is going is no reason to fail";
+    Add("C:\\T\\unlisted");
+    Add("C:\\other");
+    EXPECT_EQ("", TakePrinted());
+    ovRevertFromToolboxCache(path);
+    EXPECT_FALSE(ovInToolboxCacheMode());
+    EXPECT_FALSE(path->DirExists(u"D:\\private")) << "the default hooks are back";
+}
+
+TEST_F(Cache, TellsWhatItIsAskedToTell) {
+    if (IsVFSMode())
+        GTEST_SKIP() << "hooks are not asked";
+    disk.Put("C:\\T\\unlisted", "");
+    folder.Write("cache.xml", "<Q><D name=\"a\"><D name=\"a/b\"></D></D><D name=\"c\"></D></Q>");
+    const auto load = "Attempting to load Toolbox Path Cache " + FileName() + "\n";
+    const std::string read = "  Toolbox Path Cache read in 0.00 seconds.\n";
+    const std::string using_ =
+        "Request to use Toolbox Cache received or confirmed.\nToolbox Path prefix is C:\\T\\\n";
+
+    ovUseToolboxCache(path, U(FileName()), u"C:\\T", true);
+    EXPECT_EQ(read, TakePrinted());
+    CacheReadDirectory(path, u"C:\\T\\nowhere", nullptr);
+    EXPECT_EQ("C:\\T\\nowhere not found in Toolbox Path Cache\n", TakePrinted());
+    ovRevertFromToolboxCache(path);
+    EXPECT_EQ("", TakePrinted());
+
+    ovEnableToolboxCacheDiagnosticStatusReport(true);
+    ovUseToolboxCache(path, u"C:\\missing", u"C:\\T", false);
+    EXPECT_FALSE(ovInToolboxCacheMode());
+    EXPECT_EQ("Attempting to load Toolbox Path Cache C:\\missing\nUnable to open Toolbox Path Cache file: "
+              "C:\\missing\n",
+              TakePrinted());
+    ovUseToolboxCache(path, U(FileName()), u"C:\\T", false);
+    EXPECT_EQ(load + read + "Toolbox Path Cache contains 3 directories.\n" + using_, TakePrinted());
+
+    ovEnableToolboxCacheDiagnosticTrace(true);
+    const auto trace = [&](const char* name) {
+        CacheIsDirectory(path, U(name));
+        return TakePrinted();
+    };
+    EXPECT_EQ("Is C:\\T\\a\\b a directory?...\n    Cache search for C:\\T\\a\\b...  Success, 3 compares.\n",
+              trace("C:\\T\\a\\b"));
+    EXPECT_EQ("Is C:\\T\\a\\b a directory?...\n    Cache search for C:\\T\\a\\b...  Cache-Cached  Success, 1 "
+              "compares.\n",
+              trace("C:\\T\\a\\b"));
+    EXPECT_EQ("Is C:\\T\\c a directory?...\n    Cache search for C:\\T\\c...  Success, 5 compares.\n",
+              trace("C:\\T\\c"))
+        << "one in vain from the last hit, then four from the root";
+    EXPECT_EQ("Is C:\\T\\x a directory?...\n    Cache search for C:\\T\\x...\n    Cache search failure,     "
+              "Failed.\nIs C:\\T\\x a directory?...\n",
+              trace("C:\\T\\x"));
+    EXPECT_EQ("\n    Did not match cache prefix C:\\T\\ (5)    Failed.\nIs D:\\x a directory?...\n",
+              trace("D:\\x"));
+    EXPECT_EQ("", trace("C:\\T\\a\\b.c"));
+    CacheGetAccessibility(path, u"C:\\T\\b.c");
+    EXPECT_EQ("Is C:\\T\\b.c accessible?...\nC:\\T\\b.c not in cache, using file system IsAccessible.\n",
+              TakePrinted());
+    CacheReadDirectory(path, u"D:\\x", nullptr);
+    EXPECT_EQ(
+        "Looking for contents of D:\\x...\n\n    Did not match cache prefix C:\\T\\ (5)    Failed.\n not in "
+        "cache...",
+        TakePrinted());
+    ovEnableToolboxCacheDiagnosticTrace(false);
+    ovRevertFromToolboxCache(path);
+    EXPECT_EQ("Toolbox Path Cache resetting...\n\tTotalDirLookupRequests = 4\n\tTotalDirLookupHits = "
+              "3\n\tNumCompares = 14\n",
+              TakePrinted());
+    ovUseToolboxCache(path, U(FileName()), u"C:\\T\\", false); // a separator too many: nothing lies there
+    EXPECT_FALSE(CacheIsDirectory(path, u"C:\\T\\a"));
+    TakePrinted();
+
+    EXPECT_EXIT(
+        {
+            ovDisableToolboxCache();
+            const bool still = ovInToolboxCacheMode();
+            ovRevertFromToolboxCache(path);
+            TakePrinted();
+            ovUseToolboxCache(path, U(FileName()), u"C:\\T", false);
+            const bool ignored = TakePrinted() == "Request to use Toolbox Cache received and ignored.\n";
+            std::_Exit(still && ignored && !ovInToolboxCacheMode() ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST_F(Cache, FeedsTheStorageLayersSources) {
+    disk.Put("C:\\T\\disk", "f.sv");
+    disk.Put("C:\\T\\dir", "sub/ @k/ .hidden gone/ x.sv +broken/");
+    disk.dirs.erase("C:\\T\\dir\\gone");
+    storage->broken = {"C:\\T\\dir\\+broken", "C:\\T\\bad"};
+    DirItemsIteratorFactory factory(storage.Reference(), false, false);
+    const auto at = [](const char* name) { return vfs::toAbsoluteIRI(u"file", U(name)); };
+    const auto items = [&](const char* name) {
+        std::vector<std::string> texts;
+        const auto source = factory.CreateDirItemsIterator(at(name));
+        for (source->First(); !source->IsDone(); source->Next()) {
+            const DirItemInfo& item = source->CurrentItem();
+            texts.push_back(N(item.name) + ":" + std::to_string(item.kind) + (item.confirmed ? "" : "?") +
+                            (item.fileKind ? "k" + std::to_string(item.fileKind) : ""));
+        }
+        return Join(texts, " ");
+    };
+    EXPECT_EQ("sub:1 @k:3 .hidden:2 gone:2? x.sv:2 +broken:2?", items("C:\\T\\dir"));
+    EXPECT_EQ("", items("C:\\T\\bad"));
+    EXPECT_EQ("", items("C:\\T\\missing"));
+
+    CachedDirMap map;
+    map[u"dir"] = {{u"dir/@k", u"plain", u"v1.2"}, {u"f.sv"}, {u"c.sv"}, {u"n.sv"}, {u"u"}};
+    factory.InstallCachedDirItems(map, at("C:\\T"));
+    const auto running = factory.CreateDirItemsIterator(at("C:\\T\\dir"));
+    running->First();
+    factory.InstallCachedDirItems(map, at("C:\\T"));
+    EXPECT_EQ(u"@k", running->CurrentItem().name) << "a source outlives a change of the contents";
+    EXPECT_EQ("@k:3 plain:1 v1:1 f.sv:2 c.sv:2k1 n.sv:2k2 u:2?", items("C:\\T\\dir"));
+    EXPECT_EQ("@k:3 plain:1 v1:1 f.sv:2 c.sv:2k1 n.sv:2k2 u:2?", items("c:\\t\\dir"))
+        << "the root without case";
+    EXPECT_EQ("", items("C:\\T\\DIR")) << "names beneath it exactly";
+    EXPECT_EQ("f.sv:2", items("C:\\T\\disk")) << "what the cache does not list is read";
+    EXPECT_EQ("", items("C:\\T")) << "the root has no name under itself";
+
+    EXPECT_TRUE(factory.FolderExists(at("C:\\T\\dir")));
+    EXPECT_TRUE(factory.FolderExists(at("C:\\T\\dir\\plain")));
+    EXPECT_FALSE(factory.FolderExists(at("C:\\T\\dir\\Plain")));
+    EXPECT_TRUE(factory.FolderExists(at("C:\\T\\disk")));
+    EXPECT_FALSE(factory.FolderExists(at("C:\\T\\bad")));
+    EXPECT_FALSE(factory.FolderExists(at("C:\\T\\f.sv")));
+    EXPECT_THROW(factory.FolderExists(at("C:\\")), std::out_of_range);
+    factory.ClearCachedDirItems();
+    EXPECT_FALSE(factory.FolderExists(at("C:\\")));
+    EXPECT_EQ("sub:1 @k:3 .hidden:2 gone:2? x.sv:2 +broken:2?", items("C:\\T\\dir"));
+}
+
+TEST_F(Cache, GivesBackWhatWasWritten) {
+    std::mt19937 random(11);
+    const auto pick = [&](std::size_t n) {
+        return std::uniform_int_distribution<std::size_t>(0, n - 1)(random);
+    };
+    const std::vector<std::string> files{"plot.sv", "plot.p", "Plot.sv", "a.b.sv", "n", "x.svx", "K.sv"};
+    const std::vector<std::string> marks{"", ":C", ":N", "?"};
+    const std::vector<std::string> folders{"@K/", "@plot/", "+p/", "private/", "sub/", "other/"};
+    const std::function<void(const std::string&, int)> fill = [&](const std::string& dir, int depth) {
+        std::string entries;
+        for (const std::string& file : files)
+            if (pick(3) == 0)
+                entries += file + marks[pick(marks.size())] + " ";
+        std::vector<std::string> below;
+        for (const std::string& name : folders)
+            if (depth < 3 && pick(3) == 0) {
+                entries += name + " ";
+                below.push_back(dir + "\\" + name.substr(0, name.size() - 1));
+            }
+        disk.Put(dir, entries);
+        for (const std::string& name : below)
+            fill(name, depth + 1);
+    };
+    const std::vector<std::string> dirs{"C:\\T\\a", "C:\\T\\b\\c", "C:\\T\\b"};
+    const auto answers = [&](const ovPath& asked) {
+        std::string text;
+        const auto add = [&](const char* name, ovSearch* search, int (*find)(ovSearch*, ovDir*, ustring&)) {
+            const std::string all = Search(search).All(find);
+            text += (*name ? all : WithoutOrder(all, '|')) + "\n";
+        };
+        for (const char* name : {"plot", "Plot", "a.b", "n", "K", "@K\\plot", "p\\plot", "sub", ""}) {
+            add(name, ovCreateAllSearchIterator(asked, name, nullptr, ovCaseOfPath), &ovFindNextUnspecified);
+            for (const std::string& dir : dirs)
+                add(name,
+                    ovCreateDirnameVisibleSearchIterator(asked, U(dir), U(name), nullptr, ovCaseInsensitive),
+                    &ovFindNextFile);
+        }
+        return text;
+    };
+    for (int round = 0; round < 20; ++round) {
+        for (const std::string& dir : dirs)
+            fill(dir, 0);
+        const ovPath fromDisk = PrefixedPath("from the disk", dirs);
+        ovWritePathToCacheFile(fromDisk, FileName().c_str());
+        const std::string first = FileText();
+        const std::string expected = answers(fromDisk);
+        ovRemovePath(fromDisk);
+
+        const auto kept = std::exchange(disk.dirs, {{"C:\\cwd", {}}});
+        disk.listings = 0;
+        const ovPath fromCache = NewPath("from the cache", ovCaseSensitive, u"C:\\T");
+        disk.listings = 0;
+        ovUseToolboxCache(fromCache, U(FileName()), u"C:\\T", false);
+        for (const std::string& dir : dirs) // the storage layer's mode asks this hook too
+            disk.accessibility[dir] = ovDirAccessible;
+        for (const std::string& dir : dirs)
+            ovAddDir(fromCache, U(dir), ovDirAddAtEnd);
+        platform.now += 5;
+        ovWritePathToCacheFile(fromCache, FileName().c_str());
+        const auto withoutDate = [](const std::string& text) {
+            return WithoutOrder(text.substr(text.find('\n')), '\n');
+        };
+        EXPECT_EQ(withoutDate(first), withoutDate(FileText()));
+        EXPECT_EQ(expected, answers(fromCache)) << first;
+        EXPECT_EQ(0, disk.listings);
+        ovRevertFromToolboxCache(fromCache);
+        ovRemovePath(fromCache);
+        disk.dirs = kept;
+    }
+}
