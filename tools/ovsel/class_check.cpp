@@ -12,12 +12,12 @@
 #include <linux_host/linux_host.hpp>
 #include <ovsel/ovsel.hpp>
 #include <spawn.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "tools/ovsel/exit_status.hpp"
 #include "tools/ovsel/output.hpp"
+#include "tools/ovsel/regular_file.hpp"
 
 namespace tool {
 namespace {
@@ -27,48 +27,9 @@ constexpr std::size_t MostText = 1U << 20;
 std::function<bool(const std::string& path)> g_check;
 std::string g_failure;
 
-class Descriptor {
-  public:
-    explicit Descriptor(int value) : m_value(value) {}
-    ~Descriptor() {
-        if (m_value >= 0)
-            ::close(m_value);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int operator*() const { return m_value; }
-
-  private:
-    int m_value;
-};
-
-/// Opens nothing but regular files, and never waits: a link may lead to a pipe that nobody writes to.
-int OpenRegular(const std::string& path) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    struct stat status {};
-    if (file >= 0 && (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode))) {
-        ::close(file);
-        return -1;
-    }
-    return file;
-}
-
 std::optional<std::string> ReadBeginning(const std::string& path) {
     const Descriptor file(OpenRegular(path));
-    std::string text(MostText, '\0');
-    std::size_t length = 0;
-    while (length < text.size()) {
-        const ::ssize_t count = ::read(*file, text.data() + length, text.size() - length);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return std::nullopt;
-        if (count == 0)
-            break;
-        length += static_cast<std::size_t>(count);
-    }
-    text.resize(length);
-    return text;
+    return *file < 0 ? std::nullopt : ReadUpTo(*file, MostText);
 }
 
 /// Boost's expressions, because those of the standard library go one call deeper with each character and end

@@ -2,22 +2,12 @@
 
 #include <fmt/format.h>
 
+#include "tools/ovsel/branches.hpp"
 #include "tools/ovsel/contents.hpp"
 #include "tools/ovsel/exit_status.hpp"
 
 namespace tool {
 namespace {
-
-/// What stands in front of an entry: its own branch, and below it the trunk of its parent or nothing.
-struct Branches {
-    const char* middle;
-    const char* last;
-    const char* through;
-    const char* blank;
-};
-
-constexpr Branches Boxes = {"├── ", "└── ", "│   ", "    "};
-constexpr Branches Ascii = {"|-- ", "`-- ", "|   ", "    "};
 
 /// One line of the drawing: a file, a special folder with contents of its own, or a plain sub-folder.
 struct Entry {
@@ -53,7 +43,7 @@ class TreeWriter {
     TreeWriter(const Options& options, const Session& session, Output& output)
         : m_session(session),
           m_output(output),
-          m_branches(output.HasBoxes() ? Boxes : Ascii),
+          m_branches(Branches::Of(output.HasBoxes())),
           m_depth(options.depth.value_or(~0U)) {}
 
     void Draw(const ovDir& dir, const std::string& heading) {

@@ -1,0 +1,87 @@
+#include "tools/ovsel/help.hpp"
+
+namespace tool::help {
+
+const char* const Introduction = R"(Which file does this name mean, seen from here?
+
+Examples:
+  ovsel which plot -p ~/toolbox -p ~/more     the file that plot means
+  ovsel which -a plot --from ~/more/main.sv   all candidates in order, each with its reason
+  ovsel which gfx/plot @plot/draw             names in package and class folders
+  ovsel tree -r ~/toolbox                     what a folder and its sub-folders hold
+  ovsel dirs --path-file folders.txt          the path in order, with counts
+  ovsel watch plot -p ~/toolbox               tell when plot comes to mean another file
+  ovsel class a.b.Name -p ~/toolbox           the file that defines a class
+
+The current directory stands in front of the path (--no-cwd hides it). The path itself is made of -p, -r and
+--path-file in the order given, then of OVSEL_PATH, whose folders are separated by ':'.
+)";
+
+const char* const Conclusion = R"(
+Exit status: 0 found, 1 not found, 2 wrong usage, 3 no usable folder or an unreadable list, 4 internal error.
+
+JSON: one object with "schema": 1 and "command". A name that is not UTF-8 is {"bytes": "<base64>"}.
+  which  "answers": one per NAME: "query", "found", "won_by", "winner", with -a "candidates", when nothing was
+         found "suggestions". A candidate has "path", "folder", "reason" (own_private, constructor,
+         current_directory, path, class_folder, package_folder, private), "position" (0 is the current
+         directory), "detail", "extension_place" (1 is the first of --ext; null with --dirs or --ext '*').
+  tree   "folders": "path", "kind", "position", "files", "packages", "classes", "private", "subfolders";
+         packages, classes and the private folder hold the same fields again.
+  dirs   "folders": "path", "kind", "position", "hidden", "files", "classes", "packages", "private_files",
+         "subfolders"; "totals": the sums.
+  class  "answers": one per NAME: "query", "found", "path".
+  watch  one object per line. The first alone has "schema" and "command": "interval_ms", "folders" of which so
+         many are "notified", "polled" and "unchecked"; "unnotified" says why: "reason" (local_refused,
+         remote_unsupported, remote_exhausted), "check" (reread, by_time, never), "folders", "example".
+         Then "event": "loaded", "added", "removed" with "folder" and "kind"; "meaning" with "name", "was",
+         "now" (null for nothing), and for what it means now "reason", "position", "detail" as in which.)";
+
+const char* const Which = R"(Show the file that a name means.
+
+Examples:
+  ovsel which plot -p ~/toolbox               the winner's path, nothing else
+  ovsel which -a plot --from ~/more/main.sv   all candidates, best first, each with its reason
+  ovsel which --scope method draw             files in class and package folders
+  ovsel which --dirs gfx                      folders instead of files
+)";
+
+const char* const Tree = R"(Show what the path holds, by kind.
+
+Examples:
+  ovsel tree -p ~/toolbox                     files, packages, classes, private folder, sub-folders
+  ovsel tree -r ~/toolbox --depth 1           without the contents of special folders
+)";
+
+const char* const Dirs = R"(Show the path in order, with counts.
+
+Examples:
+  ovsel dirs -p ~/toolbox -p ~/more
+  ovsel dirs -r ~/toolbox -0                  the folders' names for a script
+)";
+
+const char* const Watch = R"(Tell when folders change and when a name comes to mean another file.
+
+Examples:
+  ovsel watch -p ~/toolbox                    all names that a file outside of packages has
+  ovsel watch plot gfx/plot --from ~/m.sv     two names, as that file sees them
+  ovsel watch --json --interval 1s            one JSON object per line
+
+It looks once per interval and ends with 0 on an interrupt. A folder whose changes the system does not report
+is read again at each look, and told only when the names in it have changed. With -0 standard output holds each
+name that has changed its meaning and the file that it means now, both ended by NUL, an empty one for nothing.
+)";
+
+const char* const Class = R"(Show the file that defines a class.
+
+Examples:
+  ovsel class plot a.b.Name -p ~/toolbox
+  ovsel class plot --classdef-command 'grep -q ^class'
+
+A file defines a class if its first MiB matches the pattern, or if the command, called with the file as its
+last argument, ends with 0. Here the order of --ext decides, in rising priority: of Name.p and Name.sv in one
+folder, --ext .p,.sv takes Name.sv. Only files in .p, .sv, .svx and .svapp can define a class.
+)";
+
+const char* const CommonHint = "All further options: ovsel --help";
+
+} // namespace tool::help
