@@ -11,6 +11,7 @@
 /// @file
 /// The event layer: the bases of the events that a host publishes.
 
+/// Events that one part of a host tells to others.
 namespace foundation::msg_svc::eventmgr {
 
 class BaseEvent;

@@ -14,6 +14,7 @@
 /// Functions that look at no disk throw nothing but std::bad_alloc, unless they say otherwise. Those that
 /// take a name apart expect the native form: to them `/` is a character like any other.
 
+/// Names of files and folders, and the few questions about them that are no listing.
 namespace fl::filesystem {
 
 /// Base of the six failures, so that a caller may catch them all; what() is English and for logs only.

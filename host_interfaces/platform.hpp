@@ -10,6 +10,7 @@
 /// @file
 /// The platform: every operation beneath the library that touches the operating system itself.
 
+/// The machine and the surroundings of the library, as far as it may know them.
 namespace host {
 
 /// @name Answers of IPlatform::GetDriveType that have a meaning here

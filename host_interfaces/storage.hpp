@@ -24,6 +24,7 @@ namespace foundation::msg_svc::eventmgr {
 class EventManager;
 }
 
+/// Folders and files as a storage system shows them.
 namespace foundation::storage::vfs {
 
 /// A location: a scheme such as "file" and a path with `/` between its elements and none at its end, except

@@ -13,6 +13,7 @@
 /// The text layer: conversions between narrow text and `ustring`, and the message catalogue.
 /// Narrow text is in the encoding of file names, on Linux UTF-8 in which every byte survives.
 
+/// Text in its encodings, and the messages for people.
 namespace fl::i18n {
 
 /// A unit or byte that the target of a conversion cannot carry.

@@ -20,6 +20,7 @@ namespace foundation::storage::vfs {
 class StorageSystem;
 }
 
+/// What a program on Linux may ask of its host layer beyond the interfaces.
 namespace linux_host {
 
 /// Directs HostPrintf to @p sink instead of standard output; an empty function restores that. The sink gets

@@ -12,13 +12,13 @@
 /// @code
 /// // Writing: the prefix is given when the path is created, without a separator at its end.
 /// ovPath path = ovCreatePathWithPreFrozen(0, "main", u"C:\\host\\toolbox", ovCaseSensitive, false);
-/// ovAddDir(path, "C:\\host\\toolbox\\sig", ovDirAddAtEnd);       // frozen, since it is under the prefix
+/// ovAddDir(path, "C:\\host\\toolbox\\sig", ovDirAddAtEnd); // frozen, since it is under the prefix
 /// ovWritePathToCacheFile(path, "C:\\host\\toolbox.xml");
 ///
 /// // Using: before the directories are added.
 /// ovUseToolboxCache(path, u"C:\\host\\toolbox.xml", u"C:\\host\\toolbox", false);
 /// if (!ovInToolboxCacheMode())
-///     ...;                                                        // read from the disk as ever
+///     log("no cache: directories are read from the disk");
 /// @endcode
 ///
 /// What is under the prefix then counts as unchanging: the cache is believed, whatever the disk holds. A

@@ -8,6 +8,7 @@
 /// @file
 /// The event by which a host tells that the current directory has changed.
 
+/// Events about paths.
 namespace pathevents {
 
 /// Tells subscribers of the host's event layer that the current directory has changed. The library only

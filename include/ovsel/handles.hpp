@@ -14,8 +14,8 @@
 /// A handle is *null* (it holds nothing), *live*, or *dead* (its path or directory has been removed). The
 /// rule for every function of the library: where the comment says nothing else, paths must be in service and
 /// directory handles live. A null handle there is dereferenced, which ends the program, and a dead one may
-/// be: there is no error to catch. Making, copying, comparing and dropping handles, ovGetDirType,
-/// ovIsDirHandleValid and ovIsSameDir are safe with all three.
+/// be: there is no error to catch. Making, copying, comparing and dropping handles, ovIsDirHandleValid and
+/// ovIsSameDir are safe with all three.
 
 class IPathManager;
 class PathAllDirItemInfo;

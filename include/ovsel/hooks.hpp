@@ -86,7 +86,7 @@ OVSEL_API void ovSetMessageFcns(ovMessageFcn errorFcn, ovMessageFcn warningFcn, 
 /// @code
 /// ovEnvironmentFcns* saved = ovGetEnvironmentFcns();
 /// ovSetMessageFcns(nullptr, collect, nullptr);
-/// ...
+/// ovReplacePath(path, directories); // what is refused is told to collect
 /// ovReturnEnvironmentFcns(saved);
 /// @endcode
 OVSEL_API ovEnvironmentFcns* ovGetEnvironmentFcns();

@@ -5,9 +5,8 @@
 ///
 /// Three things to know:
 ///
-/// - An **ovPath** is an ordered list of directories with a current directory in front. Each directory is
-/// read once,
-///   when it is added; from then on questions are answered from memory.
+/// - An **ovPath** is an ordered list of directories with a current directory in front. Each is read
+///   once, when it is added; from then on questions are answered from memory.
 /// - An **ovDir** is one directory of a path: the current directory, a path directory, or one of the special
 ///   directories inside: `private` (seen by its parent only), `@Class` (methods of a class), `+package`.
 /// - An **ovSearch** walks the candidates for one name, best first.
@@ -17,10 +16,14 @@
 /// #include <ovsel/ovsel.hpp>
 ///
 /// linux_hooks::InstallDefaultHooks();
-/// ovPath path = ovCreatePathWithPreFrozen(0, "main", static_cast<const char16_t*>(nullptr), ovCaseSensitive,
-/// false); ovAddDir(path, "/usr/lib/host/toolbox", ovDirAddAtEnd); const char* const extensions[] = {".p",
-/// ".sv", nullptr}; ovDir where; ustring file; if (ovFindFirstFileVisibleToFile(path, u"C:\\work\\main.sv",
-/// u"plot", extensions, &where, file) != 0)
+/// const char16_t* const nothingFrozen = nullptr;
+/// ovPath path = ovCreatePathWithPreFrozen(0, "main", nothingFrozen, ovCaseSensitive, false);
+/// ovAddDir(path, "/usr/lib/host/toolbox", ovDirAddAtEnd);
+///
+/// const char* const extensions[] = {".p", ".sv", nullptr};
+/// ovDir where;
+/// ustring file;
+/// if (ovFindFirstFileVisibleToFile(path, u"C:\\work\\main.sv", u"plot", extensions, &where, file) != 0)
 ///     run(file);
 /// @endcode
 ///
