@@ -32,10 +32,14 @@
 #include <linux_host/linux_host.hpp>
 #include <ovsel/ovsel.hpp>
 
+#include "rows.hpp"
+
 namespace {
 
+using bench::PrintRow;
+using bench::Seconds;
+
 constexpr int folderCount = 20'000;
-constexpr int roundCount = 9;
 
 /// A tree in memory, so that the disk's own speed plays no part; gone with this object.
 class Tree {
@@ -68,30 +72,6 @@ ustring Wide(const std::string& text) { return fl::i18n::to_ustring(text.c_str()
 ovPath NewPath() {
     return ovCreatePathWithPreFrozen(0, "bench", static_cast<const char16_t*>(nullptr), ovCaseSensitive,
                                      true);
-}
-
-double Seconds(const std::function<void()>& work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-/// Ours and the limit turn by turn; prints the median ratio with the least and the greatest.
-void PrintRow(const char* job, const std::function<double()>& ours, const std::function<double()>& limit) {
-    std::vector<double> ratios, our, bare;
-    for (int i = 0; i < roundCount; ++i) {
-        our.push_back(ours());
-        bare.push_back(limit());
-        ratios.push_back(our.back() / bare.back());
-    }
-    const auto median = [](std::vector<double> values) {
-        std::sort(values.begin(), values.end());
-        return values[values.size() / 2];
-    };
-    const auto [least, greatest] = std::minmax_element(ratios.begin(), ratios.end());
-    std::printf("| %-14s | %10.1f | %10.1f | %8.2f [%6.2f, %6.2f] |\n", job, median(our) * 1e6,
-                median(bare) * 1e6, median(ratios), *least, *greatest);
-    std::fflush(stdout);
 }
 
 void QuietRefreshes(const char* job, const char* root, const std::function<double()>& limit) {
@@ -209,8 +189,7 @@ int main() {
         tree.Folder(std::to_string(i));
         tree.Age(std::to_string(i));
     }
-    std::printf("| job            |    ours us |   limit us | ratio [least, greatest] |\n"
-                "|:---------------|-----------:|-----------:|------------------------:|\n");
+    bench::PrintHead();
     QuietRefreshes("quiet_notified", "T:\\", &PollAndWalk);
     linux_host::testing::NotificationFaults network;
     network.fileSystem = NFS_SUPER_MAGIC;
