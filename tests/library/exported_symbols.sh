@@ -11,8 +11,10 @@ library=$1 list=$2 version=${3:-}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-# Inline functions (W) come and go with the optimisation; what only tests call is nobody's interface.
+# Inline functions (W) come and go with the optimisation, types of functions with a sanitizer; what only tests call is
+# nobody's interface.
 nm -DC --defined-only "$library" | grep -v ' W ' | sed -e 's/^[0-9a-f]* [A-Z] //' -e '/^linux_host::testing::/d' \
+    -e '/^typeinfo.*(/d' \
     -e 's/std::__cxx11::basic_string<char16_t, std::char_traits<char16_t>, std::allocator<char16_t> >/ustring/g' \
     -e 's/std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> >/std::string/g' |
     sort -u >"$work/shown"
