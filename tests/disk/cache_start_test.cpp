@@ -1,0 +1,117 @@
+// A start from the cache on a machine whose toolbox is gone: nothing of it is read, and no name needs the
+// system.
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <ovsel/ovsel.hpp>
+
+#include "linux_hooks/linux_hooks.hpp"
+#include "linux_host/linux_host.hpp"
+#include "support/temp_tree.hpp"
+#include "support/texts.hpp"
+
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool isSanitized = true; // whose allocator maps memory when it pleases
+#else
+constexpr bool isSanitized = false;
+#endif
+
+class CacheStart : public testing::Test {
+  protected:
+    CacheStart() {
+        linux_hooks::InstallDefaultHooks();
+        linux_host::SetPrintSink([](std::string_view) {});
+        linux_host::DriveMap::Add(u"T:", tree.Root(), linux_host::DriveMap::Kind::Fixed);
+    }
+    ~CacheStart() override {
+        path = ovPath();
+        ovTerminate();
+        linux_host::DriveMap::Reset();
+        linux_host::SetPrintSink({});
+    }
+    void Open() {
+        path = ovCreatePathWithPreFrozen(0, "main", u"T:\\box", ovCaseSensitive, true);
+        ASSERT_EQ(nullptr, ovSetCWDName(path, u"T:\\cwd"));
+    }
+    void AddAll() {
+        for (const char* dir : {"T:\\box\\sig", "T:\\box\\img", "T:\\own"})
+            ovAddDir(path, U(dir), ovDirAddAtEnd);
+    }
+    std::string Answers() {
+        std::vector<std::string> all;
+        for (const char* name : {"plot", "@plot\\draw", "gfx\\fill", "link", "own", "nothing"}) {
+            ovDir dir;
+            ustring file;
+            ovFindFirstFileVisibleToFile(path, u"T:\\box\\sig\\x.sv", U(name), nullptr, &dir, file);
+            all.push_back(N(file));
+        }
+        return Join(all);
+    }
+
+    test::TempTree tree{"cwd/",           "box/sig/plot.sv",         "box/sig/@plot/plot.sv",
+                        "own/own.sv",     "box/sig/@plot/draw.sv",   "box/sig/private/plot.p",
+                        "box/target.sv",  "box/img/+gfx/fill.sv",    "box/img/link.sv -> ../target.sv",
+                        "box/img/plot.p", "box/img/folder -> ../sig"};
+    ovPath path;
+};
+
+TEST_F(CacheStart, NeedsNothingOfTheToolbox) {
+    Open();
+    AddAll();
+    ovWritePathToCacheFile(path, "T:\\cache.xml");
+    const std::string expected = Answers();
+    EXPECT_EQ("T:\\box\\sig\\private\\plot.p | T:\\box\\sig\\@plot\\draw.sv | T:\\box\\img\\+gfx\\fill.sv | "
+              "T:\\box\\img\\link.sv | T:\\own\\own.sv | ",
+              expected);
+    path = ovPath();
+    ovTerminate();
+
+    // In the storage layer's mode the accessibility of a path's folder is still asked of the disk.
+    tree.Rename("box", "elsewhere");
+    tree.Add({"box/sig/", "box/img/", "box/img/link.sv"});
+    Open();
+    ovUseToolboxCache(path, u"T:/cache.xml", u"T:\\box", false);
+    ASSERT_TRUE(ovInToolboxCacheMode());
+    linux_host::ResetCounters();
+    AddAll();
+    EXPECT_EQ(expected, Answers());
+    EXPECT_EQ(1u, linux_host::GetCounters().listings) << "T:\\own, and nothing under the prefix";
+    ovRefreshAllDirectories(path, ovRefreshCheck);
+    EXPECT_EQ(expected, Answers());
+    ovRevertFromToolboxCache(path);
+}
+
+TEST_F(CacheStart, AnswersWithoutASystemCall) {
+    if (isSanitized)
+        GTEST_SKIP() << "the sanitizer makes calls of its own";
+    Open();
+    AddAll();
+    ovWritePathToCacheFile(path, "T:\\cache.xml");
+    path = ovPath();
+    ovTerminate();
+    Open();
+    ovUseToolboxCache(path, u"T:\\cache.xml", u"T:\\box", false);
+    AddAll();
+    const std::string first = Answers(); // looks once at each item of unknown kind
+    EXPECT_EXIT(
+        {
+            // From here on any call but read, write and exit kills the process.
+            if (::prctl(PR_SET_SECCOMP, SECCOMP_MODE_STRICT) != 0)
+                ::_exit(2);
+            bool same = true;
+            for (int i = 0; i < 1000; ++i)
+                same = same && Answers() == first;
+            ::syscall(SYS_exit, same ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+    ovRevertFromToolboxCache(path);
+}
+
+} // namespace
