@@ -43,5 +43,7 @@ function(ovsel_install)
   endif()
 
   install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
+  install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc
+    FILES_MATCHING PATTERN "*.md" PATTERN man EXCLUDE)
   install(DIRECTORY examples/embed DESTINATION ${examplesdir} COMPONENT doc)
 endfunction()
