@@ -35,7 +35,7 @@ done
 # Each header by itself, in a program that warns of more than we do about ourselves.
 for header in $(cd "$prefix/include" && find . -name '*.hpp'); do
     echo "#include <$header>" >"$work/alone.cpp"
-    quietly ${compilers##* } -std=c++20 -fsyntax-only -Wall -Wextra -Werror -I"$prefix/include" "$work/alone.cpp"
+    quietly "${compilers##* }" -std=c++20 -fsyntax-only -Wall -Wextra -Werror -I"$prefix/include" "$work/alone.cpp"
 done
 
 pkgconfig=$(find "$prefix" -type d -name pkgconfig)
