@@ -24,17 +24,17 @@ using ovBuiltinFcn = void (*)(int outputCount, HostArray* outputs[], int inputCo
 
 /// One builtin. Which name it gets is decided by the interpreter that registers it.
 struct ovFcnTableEntry {
-    ovBuiltinFcn function;
-    const void* reserved; ///< null
+    ovBuiltinFcn function; ///< never null
+    const void* reserved;  ///< null
 };
 
 /// The builtins of a library, and behind them what identifies it.
 struct ovFcnTable {
-    const ovFcnTableEntry* entries;
-    std::size_t entryCount; ///< 1
-    std::size_t layout;     ///< of this record: 1; a higher number only adds fields behind these
-    const char* library;    ///< "ovsel"
-    const char* version;    ///< as ovsel_version
+    const ovFcnTableEntry* entries; ///< the first of them
+    std::size_t entryCount;         ///< 1
+    std::size_t layout;             ///< of this record: 1; a higher number only adds fields behind these
+    const char* library;            ///< "ovsel"
+    const char* version;            ///< as ovsel_version
 };
 
 extern "C" {
