@@ -116,6 +116,8 @@ ClassCheck::~ClassCheck() {
     g_check = nullptr;
 }
 
+bool ClassCheck::Defines(const ustring& fileName) const { return IsClass(fileName); }
+
 const std::string& ClassCheck::Failure() const { return g_failure; }
 
 } // namespace tool

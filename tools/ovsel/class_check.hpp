@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include <host_interfaces/ustring.hpp>
+
 #include "tools/ovsel/options.hpp"
 
 namespace tool {
@@ -16,6 +18,9 @@ class ClassCheck {
     ~ClassCheck();
     ClassCheck(const ClassCheck&) = delete;
     ClassCheck& operator=(const ClassCheck&) = delete;
+
+    /// The same for whoever asks besides.
+    bool Defines(const ustring& fileName) const;
 
     /// What kept a check from being made, empty if nothing did. The library is told "no class" then, for an
     /// exception must not pass through it.

@@ -18,7 +18,30 @@ Search EverythingIn(const ovDir& dir, ovExtensionList extensions) {
     return Search(ovCreateDirSearchIterator(dir, ustring(), extensions, ovCaseOfPath));
 }
 
-/// Those of @p files that are links to folders.
+void ReadFilesAndSubFolders(const Session& session, const ovDir& dir, Contents& contents) {
+    const std::vector<ustring> all = FilesIn(dir, nullptr);
+    const NameSet files(all.begin(), all.end());
+    // A cache is believed, whatever the disk holds.
+    const bool fromCache = session.UsesCache() && session.IsUnderPrefix(ovGetDirName(dir));
+    const NameSet links = fromCache ? NameSet() : FolderLinks(dir, files);
+    for (ustring& file : FilesIn(dir, session.Extensions()))
+        if (links.count(file) == 0)
+            contents.files.push_back(std::move(file));
+
+    // Special folders keep no plain sub-folders; showing a link to one there would be inconsistent.
+    const bool showsSubFolders = ovIsSameDir(dir, ovGetPathDir(dir));
+    if (!showsSubFolders)
+        return;
+    contents.subFolders.assign(links.begin(), links.end());
+    // Sub-folders can be asked for together with files only.
+    for (Search search = EverythingIn(dir, nullptr); auto item = search.NextUnspecified();)
+        if (files.count(item->name) == 0)
+            contents.subFolders.push_back(std::move(item->name));
+    std::sort(contents.subFolders.begin(), contents.subFolders.end());
+}
+
+} // namespace
+
 NameSet FolderLinks(const ovDir& dir, const NameSet& files) {
     NameSet links;
     const ustring folder = ovGetDirName(dir);
@@ -39,28 +62,6 @@ NameSet FolderLinks(const ovDir& dir, const NameSet& files) {
     return links;
 }
 
-void ReadFilesAndSubFolders(const Session& session, const ovDir& dir, Contents& contents) {
-    const std::vector<ustring> all = FilesIn(dir, nullptr);
-    const NameSet files(all.begin(), all.end());
-    const NameSet links = FolderLinks(dir, files);
-    for (ustring& file : FilesIn(dir, session.Extensions()))
-        if (links.count(file) == 0)
-            contents.files.push_back(std::move(file));
-
-    // Special folders keep no plain sub-folders; showing a link to one there would be inconsistent.
-    const bool showsSubFolders = ovIsSameDir(dir, ovGetPathDir(dir));
-    if (!showsSubFolders)
-        return;
-    contents.subFolders.assign(links.begin(), links.end());
-    // Sub-folders can be asked for together with files only.
-    for (Search search = EverythingIn(dir, nullptr); auto item = search.NextUnspecified();)
-        if (files.count(item->name) == 0)
-            contents.subFolders.push_back(std::move(item->name));
-    std::sort(contents.subFolders.begin(), contents.subFolders.end());
-}
-
-} // namespace
-
 std::vector<ustring> FilesIn(const ovDir& dir, ovExtensionList extensions) {
     std::vector<ustring> files;
     for (Search search = EverythingIn(dir, extensions); auto file = search.NextFile();)
@@ -71,28 +72,35 @@ std::vector<ustring> FilesIn(const ovDir& dir, ovExtensionList extensions) {
 Contents ReadContents(const Session& session, const ovDir& dir) {
     Contents contents;
     ReadFilesAndSubFolders(session, dir, contents);
-    for (Search search = EverythingIn(dir, nullptr); auto child = search.NextDir();) {
-        switch (ovGetDirType(*child)) {
+    for (const ovDir& child : FoldersIn(dir)) {
+        switch (ovGetDirType(child)) {
         case ovDirTypePackage:
-            contents.packages.push_back(*child);
+            contents.packages.push_back(child);
             break;
         case ovDirTypeClass:
-            contents.classes.push_back(*child);
+            contents.classes.push_back(child);
             break;
         default: // a folder holds nothing else that has a record
-            contents.privateFolder = *child;
+            contents.privateFolder = child;
             break;
         }
     }
     return contents;
 }
 
+std::vector<ovDir> FoldersIn(const ovDir& dir) {
+    std::vector<ovDir> folders;
+    for (Search search = EverythingIn(dir, nullptr); auto child = search.NextDir();)
+        folders.push_back(*child);
+    return folders;
+}
+
 std::vector<ovDir> FoldersBelow(const ovDir& dir) {
     std::vector<ovDir> folders = {dir};
     // The list grows while it is walked, level by level; an index stays good where an iterator would not.
     for (std::size_t i = 0; i < folders.size(); ++i)
-        for (Search search = EverythingIn(folders[i], nullptr); auto child = search.NextDir();)
-            folders.push_back(*child);
+        for (const ovDir& child : FoldersIn(folders[i]))
+            folders.push_back(child);
     return folders;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <unordered_set>
 #include <vector>
 
 #include <ovsel/ovsel.hpp>
@@ -21,6 +22,9 @@ struct Contents {
 /// take it for a file: it looks where a link leads when somebody asks for its name, and not before.
 Contents ReadContents(const Session& session, const ovDir& dir);
 
+/// The package, class and private folders directly in @p dir.
+std::vector<ovDir> FoldersIn(const ovDir& dir);
+
 /// @p dir, and all package, class and private folders below it.
 std::vector<ovDir> FoldersBelow(const ovDir& dir);
 
@@ -29,6 +33,9 @@ std::vector<ustring> FilesIn(const ovDir& dir, ovExtensionList extensions);
 
 /// The full names of the files and plain sub-folders directly in @p dir.
 std::vector<ustring> NamesIn(const ovDir& dir);
+
+/// Those of @p files, full names in @p dir, that are links to folders. Asks the disk.
+std::unordered_set<ustring> FolderLinks(const ovDir& dir, const std::unordered_set<ustring>& files);
 
 /// The last part of a file's full name, in its exact bytes.
 std::string LeafOf(const ustring& fullName, bool withExtension);

@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include <ovsel/ovsel.hpp>
+
 #include "tools/ovsel/output.hpp"
 
 namespace tool {
@@ -25,10 +27,20 @@ int Guard(const std::function<int()>& work) noexcept {
         // The order matters: each class before its base.
     } catch (const ReaderGone&) {
         return ExitFound; // `head` has all it wanted
+    } catch (const FindingError& error) {
+        return Report(ExitNotFound, "", error.what());
     } catch (const UsageError& error) {
         return Report(ExitUsage, "", error.what());
     } catch (const EnvironmentError& error) {
         return Report(ExitEnvironment, "", error.what());
+    } catch (const std::out_of_range& error) {
+        // In the storage layer's mode the library raises it for folders with shorter names than the prefix.
+        return ovInToolboxCacheMode()
+                   ? Report(ExitEnvironment,
+                            "--cache: a folder above --prefix was asked for, which cannot be "
+                            "answered with PATH_MGR_MODE=vfs",
+                            "")
+                   : Report(ExitInternal, "internal error: ", error.what());
     } catch (const std::exception& error) {
         return Report(ExitInternal, "internal error: ", error.what());
     } catch (...) {

@@ -12,13 +12,16 @@ Examples:
   ovsel dirs --path-file folders.txt          the path in order, with counts
   ovsel watch plot -p ~/toolbox               tell when plot comes to mean another file
   ovsel class a.b.Name -p ~/toolbox           the file that defines a class
+  ovsel cache --help                          how to start without reading the disk
 
 The current directory stands in front of the path (--no-cwd hides it). The path itself is made of -p, -r and
 --path-file in the order given, then of OVSEL_PATH, whose folders are separated by ':'.
 )";
 
 const char* const Conclusion = R"(
-Exit status: 0 found, 1 not found, 2 wrong usage, 3 no usable folder or an unreadable list, 4 internal error.
+Exit status: 0 found or in order; 1 not found, or findings: names that a cache cannot carry, a file that is no
+cache, a cache that differs from the disk; 2 wrong usage; 3 no usable folder, an unreadable list, a cache that
+cannot be read, written or used; 4 internal error.
 
 JSON: one object with "schema": 1 and "command". A name that is not UTF-8 is {"bytes": "<base64>"}.
   which  "answers": one per NAME: "query", "found", "won_by", "winner", with -a "candidates", when nothing was
@@ -34,7 +37,13 @@ JSON: one object with "schema": 1 and "command". A name that is not UTF-8 is {"b
          many are "notified", "polled" and "unchecked"; "unnotified" says why: "reason" (local_refused,
          remote_unsupported, remote_exhausted), "check" (reread, by_time, never), "folders", "example".
          Then "event": "loaded", "added", "removed" with "folder" and "kind"; "meaning" with "name", "was",
-         "now" (null for nothing), and for what it means now "reason", "position", "detail" as in which.)";
+         "now" (null for nothing), and for what it means now "reason", "position", "detail" as in which.
+  cache write   "written", "folders" and "entries" counted, "refused" and "warnings": "path", "reason".
+  cache show    "date", "version", "folders": "name" from the prefix on, "folders" the same again, "entries":
+                "letter", "name".
+  cache verify  "equal", "folders" and "entries" of the cache counted, "differences": "change" (added, removed,
+                changed, unreadable), "path", "in_cache" and "on_disk" (folder, file, class file, file without
+                a class, null for nothing).)";
 
 const char* const Which = R"(Show the file that a name means.
 
@@ -80,6 +89,48 @@ Examples:
 A file defines a class if its first MiB matches the pattern, or if the command, called with the file as its
 last argument, ends with 0. Here the order of --ext decides, in rising priority: of Name.p and Name.sv in one
 folder, --ext .p,.sv takes Name.sv. Only files in .p, .sv, .svx and .svapp can define a class.
+)";
+
+const char* const Cache = R"(Write, show and verify the file from which a path starts without the disk.
+
+A cache keeps what the folders below one folder, the prefix, hold. Any other command takes it with
+--cache FILE --prefix DIR and believes it, whatever the disk holds by then; folders that it does not list, and
+all outside the prefix, are read from the disk. -r still walks the disk to find sub-folders; --path-file and -p
+do not. --stats tells how much was read.
+)";
+
+const char* const CacheWrite = R"(Keep what the path holds below the prefix.
+
+Examples:
+  ovsel cache write tb.xml --prefix /opt/host -r /opt/host/toolbox
+  ovsel which plot --cache tb.xml --prefix /opt/host -p /opt/host/toolbox/plots
+
+FILE is replaced in one step and only by a whole cache, read back before. A name that is not ASCII or holds a
+control character, ", & or < cannot stand in a cache; nor can one beyond 1280 bytes from the prefix on, a folder
+that cannot be read, and one nested deeper than 254. If there is one, all are named (with -0 on standard output,
+else on standard error) and nothing is written.
+)";
+
+const char* const CacheShow = R"(Show what a cache holds.
+
+Examples:
+  ovsel cache show tb.xml
+  ovsel cache show tb.xml --json
+
+A letter stands before each name: D a folder with contents of its own, d another one, C a file that defines a
+class, N one that does not, F one of which that is not known, U one that may be a folder. The file is read
+strictly: what no writer would have written is reported with its line (exit status 1).
+)";
+
+const char* const CacheVerify = R"(Compare a cache with the disk.
+
+Examples:
+  ovsel cache verify tb.xml --prefix /opt/host
+  ovsel cache verify tb.xml --prefix /opt/host --path-file folders.txt   also whether it lacks a folder
+
+Told, with -0 by name alone, are names that the disk has besides (added) or has no more (removed), that are a
+folder instead of a file, define a class or no longer do (changed), and folders that cannot be read
+(unreadable). Whether a file defines a class is looked at only where the cache says something about it.
 )";
 
 const char* const CommonHint = "All further options: ovsel --help";

@@ -12,6 +12,10 @@ extern const char* const Tree;
 extern const char* const Dirs;
 extern const char* const Watch;
 extern const char* const Class;
+extern const char* const Cache;
+extern const char* const CacheWrite;
+extern const char* const CacheShow;
+extern const char* const CacheVerify;
 
 /// At the end of each command's help.
 extern const char* const CommonHint;

@@ -1,3 +1,6 @@
+#include "tools/ovsel/cache_show.hpp"
+#include "tools/ovsel/cache_verify.hpp"
+#include "tools/ovsel/cache_write.hpp"
 #include "tools/ovsel/class.hpp"
 #include "tools/ovsel/dirs.hpp"
 #include "tools/ovsel/exit_status.hpp"
@@ -23,14 +26,29 @@ int Answer(const tool::Options& options, tool::Session& session, tool::Output& o
         return tool::RunWatch(options, session, output);
     case tool::Command::Class:
         return tool::RunClass(options, session, output);
+    case tool::Command::CacheWrite:
+        return tool::RunCacheWrite(options, session, output);
+    case tool::Command::CacheVerify:
+        return tool::RunCacheVerify(options, session, output);
+    case tool::Command::CacheShow: // without a path
+        break;
     }
     return tool::ExitInternal;
+}
+
+int ShowCache(const tool::Options& options) {
+    tool::Output output(options);
+    const int status = tool::RunCacheShow(options, output);
+    output.Finish();
+    return status;
 }
 
 int Run(int argc, const char* const* argv) {
     tool::Options options;
     if (const auto done = tool::ParseOptions(argc, argv, options))
         return *done;
+    if (options.command == tool::Command::CacheShow)
+        return ShowCache(options);
     // The session outlives the output, because it is asked until the last name is written; the statistics
     // come last, behind the answer even where both streams lead to one terminal.
     tool::Session session(options);

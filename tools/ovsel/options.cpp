@@ -147,6 +147,10 @@ void AddPathOptions(CLI::App& app, Options& options) {
            "Map a root of the library's grammar, such as X:, to a folder (repeatable)")
         ->type_name("ROOT=FOLDER[:fixed|remote|detect]")
         ->trigger_on_parse();
+    app.add_option("--cache", options.cache,
+                   "Take what lies under --prefix from FILE, which cache write has written")
+        ->type_name("FILE");
+    app.add_option("--prefix", options.prefix, "The folder that a cache is about")->type_name("DIR");
 }
 
 void AddQuestionOptions(CLI::App& app, Options& options) {
@@ -188,9 +192,6 @@ void AddWatchOptions(CLI::App& watch, Options& options) {
 }
 
 void AddClassOptions(CLI::App& command, Options& options) {
-    command.add_option("NAME", options.names, "Names, dotted for classes in packages: a.b.Name")
-        ->required()
-        ->type_name("");
     CLI::Option* pattern =
         command
             .add_option("--classdef-pattern", options.classPattern,
@@ -205,14 +206,36 @@ void AddClassOptions(CLI::App& command, Options& options) {
         ->excludes(pattern);
 }
 
-void AddCommands(CLI::App& app, Options& options) {
+CLI::App* AddCommand(CLI::App& parent, Options& options, const char* name, Command command,
+                     const char* help) {
+    CLI::App* sub = parent.add_subcommand(name, help);
+    sub->callback([&options, command] { options.command = command; });
     // fallthrough lets the common options stand behind the command as well as before it.
+    sub->fallthrough()->footer(help::CommonHint);
+    AddNulFlag(*sub, options);
+    return sub;
+}
+
+void AddCacheCommands(CLI::App& app, Options& options) {
+    CLI::App* group = app.add_subcommand("cache", help::Cache);
+    group->fallthrough()->footer(help::CommonHint)->require_subcommand(1);
+    AddNulFlag(*group, options);
     const auto add = [&](const char* name, Command command, const char* help) {
-        CLI::App* sub = app.add_subcommand(name, help);
-        sub->callback([&options, command] { options.command = command; });
-        sub->fallthrough()->footer(help::CommonHint);
-        AddNulFlag(*sub, options);
+        CLI::App* sub = AddCommand(*group, options, name, command, help);
+        sub->add_option("FILE", options.file, "The cache")->required()->type_name("");
         return sub;
+    };
+    CLI::App* write = add("write", Command::CacheWrite, help::CacheWrite);
+    write->add_flag("--classes", options.classes,
+                    "Look into each .sv and .p file, and note whether it defines a class");
+    AddClassOptions(*write, options);
+    add("show", Command::CacheShow, help::CacheShow);
+    AddClassOptions(*add("verify", Command::CacheVerify, help::CacheVerify), options);
+}
+
+void AddCommands(CLI::App& app, Options& options) {
+    const auto add = [&](const char* name, Command command, const char* help) {
+        return AddCommand(app, options, name, command, help);
     };
     CLI::App* which = add("which", Command::Which, help::Which);
     which->add_option("NAME", options.names, "Names, also qualified: gfx/plot, @plot/draw")
@@ -228,7 +251,12 @@ void AddCommands(CLI::App& app, Options& options) {
         ->type_name("N");
     add("dirs", Command::Dirs, help::Dirs);
     AddWatchOptions(*add("watch", Command::Watch, help::Watch), options);
-    AddClassOptions(*add("class", Command::Class, help::Class), options);
+    CLI::App* classes = add("class", Command::Class, help::Class);
+    classes->add_option("NAME", options.names, "Names, dotted for classes in packages: a.b.Name")
+        ->required()
+        ->type_name("");
+    AddClassOptions(*classes, options);
+    AddCacheCommands(app, options);
     app.require_subcommand(1);
 }
 
@@ -246,12 +274,15 @@ class Help : public CLI::Formatter {
 
 /// An unknown command is the likeliest slip, and CLI11 would only say that one is missing.
 int ReportParseError(const CLI::ParseError& error, const CLI::App& app) {
-    const std::vector<std::string> rest = app.remaining();
-    if (app.get_subcommands().empty() && !rest.empty()) {
+    const CLI::App* last = &app;
+    while (!last->get_subcommands().empty())
+        last = last->get_subcommands().front();
+    std::vector<std::string> commands;
+    for (const CLI::App* sub : last->get_subcommands(nullptr))
+        commands.push_back(sub->get_name());
+    const std::vector<std::string> rest = app.remaining(true);
+    if (!commands.empty() && !rest.empty()) {
         Complain(fmt::format("there is no command {}", Shown(rest.front())));
-        std::vector<std::string> commands;
-        for (const CLI::App* sub : app.get_subcommands(nullptr))
-            commands.push_back(sub->get_name());
         Suggest(ClosestNames(rest.front(), commands));
     } else {
         Complain(error.what());
@@ -267,6 +298,19 @@ void RefuseBrackets(const Options& options, int argc, const char* const* argv) {
             throw UsageError(fmt::format("a NAME in brackets, [{}], needs its extension", Shown(name)));
 }
 
+void CheckCacheOptions(const Options& options) {
+    const bool works = options.command == Command::CacheWrite || options.command == Command::CacheVerify;
+    const bool isCacheCommand = works || options.command == Command::CacheShow;
+    if (works && !options.prefix)
+        throw UsageError("a cache is written and verified with --prefix DIR, the folder that it is about");
+    if (isCacheCommand && options.cache)
+        throw UsageError("--cache is for other commands: these look at the disk");
+    if (!isCacheCommand && options.cache && !options.prefix)
+        throw UsageError("--cache needs --prefix DIR, the folder that it was written for");
+    if (!isCacheCommand && options.prefix && !options.cache)
+        throw UsageError("--prefix needs --cache FILE");
+}
+
 /// What is wrong only in combination, or would be answered with something that nobody asked for.
 void CheckTogether(const Options& options) {
     if (options.json && options.nul)
@@ -274,6 +318,7 @@ void CheckTogether(const Options& options) {
     const bool needsAsker = options.scope == Scope::Private || options.scope == Scope::Dir;
     if (needsAsker && !options.from)
         throw UsageError("--scope private and --scope dir need --from FILE");
+    CheckCacheOptions(options);
     if (std::find(options.names.begin(), options.names.end(), "") != options.names.end())
         throw UsageError("an empty NAME would stand for every file");
     if (options.command == Command::Class && !options.extensions)

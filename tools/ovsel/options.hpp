@@ -9,7 +9,7 @@
 
 namespace tool {
 
-enum class Command { Which, Tree, Dirs, Watch, Class };
+enum class Command { Which, Tree, Dirs, Watch, Class, CacheWrite, CacheShow, CacheVerify };
 enum class Scope { All, Visible, Path, Method, Private, Dir };
 enum class Form { Native, System };
 enum class ColorWhen { Auto, Always, Never };
@@ -43,6 +43,9 @@ struct Options {
     bool ignoreCase = false;
     std::vector<Mount> mounts;
 
+    std::optional<std::string> cache;  ///< the file to start from
+    std::optional<std::string> prefix; ///< with a cache, in use, written or verified
+
     bool json = false;
     /// Names end in NUL, on the way out and in --path-file.
     bool nul = false;
@@ -59,9 +62,12 @@ struct Options {
     std::chrono::milliseconds interval{200}; ///< watch
     bool once = false;                       ///< watch
 
-    std::string classPattern = R"(^\s*classdef\b)"; ///< class
-    /// class; a program and its arguments. Empty: the pattern decides.
+    std::string classPattern = R"(^\s*classdef\b)"; ///< class, cache write, cache verify
+    /// The same; a program and its arguments. Empty: the pattern decides.
     std::vector<std::string> classCommand;
+
+    std::string file;     ///< cache write, show, verify
+    bool classes = false; ///< cache write
 };
 
 /// Reads the command line into @p options.

@@ -1,5 +1,6 @@
 #include "tools/ovsel/session.hpp"
 
+#include <algorithm>
 #include <cstdio>
 #include <optional>
 
@@ -9,9 +10,11 @@
 #include <host_interfaces/text.hpp>
 #include <linux_hooks/linux_hooks.hpp>
 
+#include "tools/ovsel/cache_use.hpp"
 #include "tools/ovsel/contents.hpp"
 #include "tools/ovsel/exit_status.hpp"
 #include "tools/ovsel/output.hpp"
+#include "tools/ovsel/replacement.hpp"
 
 namespace tool {
 namespace {
@@ -22,11 +25,17 @@ std::string g_subject;
 
 /// Beside the subject because the hooks for messages know no path either.
 Refusals g_refusals;
+CacheReport g_cacheReport;
 
 void PrintMessage(const char* text) {
     if (g_refusals.Take(text))
         return;
     Complain(g_subject.empty() ? std::string(text) : Shown(g_subject) + ": " + text);
+}
+
+void PrintDiagnostic(std::string_view text) {
+    if (!g_cacheReport.Take(text))
+        Complain(std::string(text.substr(0, text.find_last_not_of(" \n") + 1)));
 }
 
 /// `ovsel: reading ...` on a terminal, once the work has become long; gone again at the end.
@@ -82,7 +91,8 @@ std::size_t CountFiles(const std::vector<ovDir>& folders) {
 
 } // namespace
 
-Session::Session(const Options& options) : m_anyExtension(!options.extensions) {
+Session::Session(const Options& options)
+    : m_anyExtension(!options.extensions), m_ignoresCase(options.ignoreCase), m_usesCache(options.cache) {
     if (options.extensions)
         m_extensions = *options.extensions;
     // The list that the library takes holds pointers into m_extensions, which does not change any more.
@@ -91,15 +101,21 @@ Session::Session(const Options& options) : m_anyExtension(!options.extensions) {
     m_extensionList.push_back(nullptr);
 
     // Standard output is for the answer alone, also where the library prints by itself.
-    linux_host::SetPrintSink([](std::string_view text) { Complain(std::string(text)); });
+    linux_host::SetPrintSink(PrintDiagnostic);
     ApplyMounts(options.mounts);
+    if (options.command == Command::CacheWrite)
+        Replacement::MapOpenFiles();
     linux_hooks::InstallDefaultHooks();
     // The third hook carries diagnostics of change detection, for whoever works on that.
     ovSetMessageFcns(PrintMessage, PrintMessage, nullptr);
-    CreatePath(options);
 
     // Relative names mean the directory that the tool was started in, so they are resolved before --cwd.
     const std::vector<PathEntry> entries = CollectPathEntries(options);
+    if (options.prefix)
+        SetPrefix(*options.prefix);
+    if (const std::string file = options.cache.value_or(options.file); !file.empty())
+        m_file = {file, AbsolutePath(file)};
+    CreatePath(options);
     if (options.from)
         SetAsker(*options.from);
     SetCurrentDirectory(options);
@@ -118,16 +134,38 @@ Session::~Session() {
     linux_host::SetPrintSink(nullptr);
 }
 
-/// Who looks once takes every folder as unchanging, which spares the handles for change notification.
+void Session::SetPrefix(const std::string& folder) {
+    constexpr std::size_t longest = 1022; // with its separator below 1024, which is what the library allows
+    const auto name = linux_host::DriveMap::ToName(AbsolutePath(folder));
+    if (!name)
+        throw EnvironmentError(fmt::format(
+            "--prefix {}: no mapped root holds it, or there is a \\ or : in its name", Shown(folder)));
+    if (name->back() == u'\\')
+        throw UsageError(fmt::format("--prefix {}: a whole root cannot be a prefix", Shown(folder)));
+    if (name->size() > longest)
+        throw UsageError(fmt::format("--prefix: longer than {} characters", longest));
+    m_prefix = *name;
+}
+
+/// Who looks once takes every folder as unchanging, which spares the handles for change notification. The
+/// writer of a cache lets the prefix alone decide.
 void Session::CreatePath(const Options& options) {
     const bool watches = options.command == Command::Watch;
-    m_path = ovCreatePathWithPreFrozen(0, "ovsel", watches ? nullptr : u"",
+    const bool writes = options.command == Command::CacheWrite;
+    m_path = ovCreatePathWithPreFrozen(0, "ovsel",
+                                       watches  ? nullptr
+                                       : writes ? m_prefix.c_str()
+                                                : u"",
                                        options.ignoreCase ? ovCaseInsensitive : ovCaseSensitive, true);
     if (m_path == nullptr)
         throw EnvironmentError("no path could be created");
-    ovSetFreezeAllAddedDirectories(m_path, !watches);
+    ovSetFreezeAllAddedDirectories(m_path, !watches && !writes);
     // To be counted, each folder has to be told.
     ovSetNotificationHandleWarnings(m_path, watches ? ovWarnCNHAlways : ovWarnCNHNever);
+    if (options.stats && m_usesCache)
+        g_cacheReport.Begin();
+    if (m_usesCache)
+        UseCache(m_path, m_file, m_prefix);
     if (!watches)
         return;
     // Left alone, remote folders without notification would not be looked at.
@@ -167,13 +205,20 @@ void Session::StandInForCurrentDirectory(const Options& options) {
 }
 
 void Session::AddFolders(const std::vector<PathEntry>& entries) {
+    const bool freezesAll = ovSetFreezeAllAddedDirectories(m_path, false);
     Progress progress(entries.size());
     for (std::size_t i = 0; i < entries.size(); ++i) {
         progress.Show(i);
         g_subject = entries[i].shown;
-        if (const auto name = LibraryName(entries[i].path))
-            ovAddDir(m_path, *name, ovDirAddAtEnd);
+        const auto name = LibraryName(entries[i].path);
+        if (!name)
+            continue;
+        // What comes from a cache does not change, and to watch it would be in vain.
+        const bool freezes = freezesAll || (m_usesCache && IsUnderPrefix(*name));
+        ovSetFreezeAllAddedDirectories(m_path, freezes);
+        ovAddDir(m_path, *name, ovDirAddAtEnd);
     }
+    ovSetFreezeAllAddedDirectories(m_path, freezesAll);
     g_subject.clear();
 
     // A null record in return says either "rejected" or "known already"; the walk tells what is really there.
@@ -184,6 +229,19 @@ void Session::AddFolders(const std::vector<PathEntry>& entries) {
     }
     if (!entries.empty() && m_folders.size() == 1)
         throw EnvironmentError(fmt::format("none of the {} folders given could be used", entries.size()));
+    const auto isUnderPrefix = [this](const ovDir& dir) { return IsUnderPrefix(ovGetDirName(dir)); };
+    if (m_usesCache && std::none_of(m_folders.begin() + 1, m_folders.end(), isUnderPrefix))
+        Complain("note: no folder of the path lies under --prefix, so that nothing comes from the cache");
+}
+
+/// As the library compares, but for letters beyond ASCII where case does not count.
+bool Session::IsUnderPrefix(const ustring& fullName) const {
+    const auto lower = [](char16_t unit) {
+        return unit >= u'A' && unit <= u'Z' ? char16_t(unit + 32) : unit;
+    };
+    const auto same = [&](char16_t a, char16_t b) { return m_ignoresCase ? lower(a) == lower(b) : a == b; };
+    return fullName.size() > m_prefix.size() + 1 && fullName[m_prefix.size()] == u'\\' &&
+           std::equal(m_prefix.begin(), m_prefix.end(), fullName.begin(), same);
 }
 
 void Session::SetAsker(const std::string& file) {
@@ -203,7 +261,7 @@ Refusals& Session::Unnotified() const { return g_refusals; }
 
 std::size_t Session::PositionOf(const ovDir& dir) const { return m_positions.at(*ovGetPathDir(dir)); }
 
-void Session::PrintStats() const {
+void Session::PrintStats() {
     // Taken before the files are counted, which is no part of the answer.
     const auto answered = Clock::now();
     const linux_host::Counters now = linux_host::GetCounters();
@@ -218,6 +276,10 @@ void Session::PrintStats() const {
     Complain(fmt::format("left out: {} names with \\ or :, {} sockets, pipes or devices, {} special folders "
                          "inside themselves",
                          now.unspellable, now.specialFiles, now.ancestorLinks));
+    if (!m_usesCache)
+        return;
+    if (const std::string report = g_cacheReport.Finish(m_path); !report.empty())
+        Complain(report);
 }
 
 } // namespace tool

@@ -38,13 +38,24 @@ class Session {
     /// Its record at present, the null record if it has none.
     ovDir AskerFolder() const;
 
+    /// The folder of --prefix, without a separator at its end; empty without that option.
+    const ustring& Prefix() const { return m_prefix; }
+    /// Does a full name lie below it?
+    bool IsUnderPrefix(const ustring& fullName) const;
+    /// Is the cache believed in all that lies there?
+    bool UsesCache() const { return m_usesCache; }
+    /// The FILE of a command on caches.
+    const PathEntry& File() const { return m_file; }
+
     /// The folders that are to be watched and for which there is no notification.
     Refusals& Unnotified() const;
 
-    /// Writes what --stats promises.
-    void PrintStats() const;
+    /// Writes what --stats promises. To be called last: it ends the use of a cache.
+    void PrintStats();
 
   private:
+    /// @throws UsageError, EnvironmentError
+    void SetPrefix(const std::string& folder);
     void CreatePath(const Options& options);
     /// @throws EnvironmentError when the directory of --cwd is refused.
     void SetCurrentDirectory(const Options& options);
@@ -57,6 +68,10 @@ class Session {
     std::vector<std::string> m_extensions; ///< owns what m_extensionList points to
     std::vector<const char*> m_extensionList;
     bool m_anyExtension;
+    bool m_ignoresCase;
+    bool m_usesCache;
+    ustring m_prefix;
+    PathEntry m_file;
     ovPath m_path;
     std::vector<ovDir> m_folders;
     /// By record, as long as m_folders holds the handles.

@@ -131,11 +131,15 @@ class Watcher {
 /// are open and from its warnings.
 void Watcher::Introduce() {
     std::size_t folders = 0;
+    std::size_t frozen = 0;
     for (const ovDir& folder : m_session.Folders())
-        folders += FoldersBelow(folder).size();
+        for (const ovDir& dir : FoldersBelow(folder)) {
+            ++folders;
+            frozen += ovIsFrozen(dir) ? 1U : 0U;
+        }
     const Refusals& refusals = m_session.Unnotified();
     const std::size_t notified = std::min<std::size_t>(linux_host::GetCounters().handles, folders);
-    const std::size_t unchecked = std::min(refusals.CountUnchecked(), folders - notified);
+    const std::size_t unchecked = std::min(refusals.CountUnchecked() + frozen, folders - notified);
     const std::size_t polled = folders - notified - unchecked;
     m_session.Unnotified().Report();
     if (m_output.IsNul())
