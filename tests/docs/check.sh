@@ -137,7 +137,7 @@ check_completions() {
   while IFS='|' read -r line expected; do
     diff --label "ovsel $line" <(tr ' ' '\n' <<<"$expected") --label bash <(eval "offered ovsel $line") >&2
   done <<'ROWS'
-''|class dirs tree watch which
+''|cache class dirs tree watch which
 wh|which
 nothing|
 --no-c|--no-cwd
@@ -148,6 +148,8 @@ nothing|
 -p ''|folder
 --from f|file folder
 tree --d|--depth
+cache v|verify
+cache show f|file folder
 which --scope p|path private
 which --scope = d|dir
 which plot --j|--json

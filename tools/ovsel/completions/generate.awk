@@ -40,7 +40,7 @@ function bash_options(of,   i, list) {
     return list
 }
 
-function bash(   i, list) {
+function bash(   i, list, seen) {
     print "# Completion of ovsel for bash. Made by generate.sh from the tool's own help."
     print "_ovsel()"
     print "{"
@@ -55,8 +55,10 @@ function bash(   i, list) {
     for (i = 1; i <= commands; ++i)
         print "        '" parent[i] " " substr(path[i], parent[i] == "" ? 1 : length(parent[i]) + 2) "') command=" quoted(path[i]) " ;;"
     for (i = 1; i <= n; ++i)
-        if (values[i] != "")
+        if (values[i] != "" && !(names(i) in seen)) {
+            seen[names(i)]
             list = list (list == "" ? "" : " | ") bash_patterns(i, "*' ")
+        }
     print "        " list ") ((++i)); [[ ${COMP_WORDS[i]-} != = ]] || ((++i)) ;;"
     print "        esac"
     print "    done"

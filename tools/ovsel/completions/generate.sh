@@ -24,8 +24,12 @@ table() {
         if (names[i] ~ /^--/) long = names[i]; else short = names[i]
       return kind "\t" command "\t" short "\t" long "\t" word[2]
     }
-    # The first clause is enough for a list.
-    function clause(s) { sub(/( \(|[,;.:] ).*/, "", s); sub(/\.$/, "", s); return s }
+    # The first clause is enough for a list, unless it is a word or two.
+    function clause(s) {
+      sub(/( \(|[;.:] ).*/, "", s)
+      sub(/\.$/, "", s)
+      return match(s, /^............+, /) && match(substr(s, 13), /, /) ? substr(s, 1, 11 + RSTART) : s
+    }
     /^(Options|Subcommands|Positionals):$/ {
       flush(); kind = /^O/ ? "o" : /^S/ ? "c" : "p"; next
     }

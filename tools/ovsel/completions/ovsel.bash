@@ -14,7 +14,11 @@ _ovsel()
         ' dirs') command='dirs' ;;
         ' watch') command='watch' ;;
         ' class') command='class' ;;
-        *' -p' | *' --path' | *' -r' | *' --recursive' | *' --path-file' | *' --cwd' | *' --mount' | *' --ext' | *' --from' | *' --color' | *' --form' | *' --scope' | *' --depth' | *' --interval' | *' --classdef-pattern' | *' --classdef-command') ((++i)); [[ ${COMP_WORDS[i]-} != = ]] || ((++i)) ;;
+        ' cache') command='cache' ;;
+        'cache write') command='cache write' ;;
+        'cache show') command='cache show' ;;
+        'cache verify') command='cache verify' ;;
+        *' -p' | *' --path' | *' -r' | *' --recursive' | *' --path-file' | *' --cwd' | *' --mount' | *' --cache' | *' --prefix' | *' --ext' | *' --from' | *' --color' | *' --form' | *' --scope' | *' --depth' | *' --interval' | *' --classdef-pattern' | *' --classdef-command') ((++i)); [[ ${COMP_WORDS[i]-} != = ]] || ((++i)) ;;
         esac
     done
     COMPREPLY=()
@@ -24,6 +28,8 @@ _ovsel()
     *' --path-file') mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
     *' --cwd') mapfile -t COMPREPLY < <(compgen -d -- "$word") ;;
     *' --mount') : ;;
+    *' --cache') mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
+    *' --prefix') mapfile -t COMPREPLY < <(compgen -d -- "$word") ;;
     *' --ext') : ;;
     *' --from') mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
     *' --color') mapfile -t COMPREPLY < <(compgen -W 'always auto never' -- "$word") ;;
@@ -33,16 +39,27 @@ _ovsel()
     'watch --interval') : ;;
     'class --classdef-pattern') : ;;
     'class --classdef-command') mapfile -t COMPREPLY < <(compgen -c -- "$word") ;;
+    'cache write --classdef-pattern') : ;;
+    'cache write --classdef-command') mapfile -t COMPREPLY < <(compgen -c -- "$word") ;;
+    'cache verify --classdef-pattern') : ;;
+    'cache verify --classdef-command') mapfile -t COMPREPLY < <(compgen -c -- "$word") ;;
     *)
         case $command in
-        '') words='which tree dirs watch class'; [[ $word != -* ]] || words='-h --help -p --path -r --recursive --path-file --cwd --no-cwd --mount --ext --from --ignore-case --json -0 --color --form --stats --version' ;;
+        '') words='which tree dirs watch class cache'; [[ $word != -* ]] || words='-h --help -p --path -r --recursive --path-file --cwd --no-cwd --mount --cache --prefix --ext --from --ignore-case --json -0 --color --form --stats --version' ;;
         'which') words=''; [[ $word != -* ]] || words='-a --all --dirs --scope' ;;
         'tree') words=''; [[ $word != -* ]] || words='--depth' ;;
         'dirs') words=''; [[ $word != -* ]] || words='' ;;
         'watch') words=''; [[ $word != -* ]] || words='--interval --once' ;;
         'class') words=''; [[ $word != -* ]] || words='--classdef-pattern --classdef-command' ;;
+        'cache') words='write show verify'; [[ $word != -* ]] || words='' ;;
+        'cache write') words=''; [[ $word != -* ]] || words='--classes --classdef-pattern --classdef-command' ;;
+        'cache show') words=''; [[ $word != -* ]] || words='' ;;
+        'cache verify') words=''; [[ $word != -* ]] || words='--classdef-pattern --classdef-command' ;;
         esac
-        [[ $word != -* || -z $command ]] || words+=' -h --help -p --path -r --recursive --path-file --cwd --no-cwd --mount --ext --from --ignore-case --json -0 --color --form --stats --version'
+        [[ $word != -* || -z $command ]] || words+=' -h --help -p --path -r --recursive --path-file --cwd --no-cwd --mount --cache --prefix --ext --from --ignore-case --json -0 --color --form --stats --version'
+        case $command in
+        'cache write' | 'cache show' | 'cache verify') [[ $word == -* ]] || mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
+        esac
         [[ -z $words ]] || mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
         ;;
     esac
