@@ -146,8 +146,8 @@ OVSEL_API ustring ovGetDirName(const ovDir& dir);
 /// The same, narrow, written to @p buffer with its terminator.
 /// @pre @p buffer holds ovGetDirNameLen(dir) + 1 bytes: nothing is checked.
 /// @code
-/// std::string name(ovGetDirNameLen(dir), '\0');   // one byte short!
-/// ovGetDirName(dir, name.data());                 // std::string owns the byte behind, so this one is safe
+/// std::vector<char> name(static_cast<std::size_t>(ovGetDirNameLen(dir)) + 1); // and its terminator
+/// ovGetDirName(dir, name.data());
 /// @endcode
 /// @return @p buffer
 /// @throws fl::i18n::CvtInvalidCharacter for a name with no narrow form.
