@@ -48,7 +48,8 @@ ustring AbsoluteIRI::toString() const { return m_scheme + u"://" + m_path; }
 
 AbsoluteIRI toAbsoluteIRI(const ustring& scheme, const ustring& nativePath) {
     ustring path = fl::filesystem::make_generic_form(nativePath);
-    path.resize(std::max(path.find_last_not_of(u'/') + 1, RootLength(path)));
+    if (path.ends_with(u'/') && path.size() > RootLength(path))
+        path.pop_back();
     return {scheme, std::move(path)};
 }
 

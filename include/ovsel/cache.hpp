@@ -51,8 +51,11 @@ OVSEL_API bool ovWritePathToCacheFile(ovPath path, const char* fileName);
 /// @param prefix must end without a separator: one is added in any case, and nothing lies behind two.
 /// @param report shall the time it took, and directories under the prefix that the cache does not list, be
 /// printed?
-/// @throws fl::i18n::MessageException only where PATH_MGR_MODE is vfs: "SORVEN:ovsel:unableToLoadCache" with
-/// the file and the reason, "SORVEN:ovsel:pathCacheXMLParseError" with the reason.
+/// @throws fl::i18n::CvtInvalidCharacter for a @p cacheFile that has no narrow form; and, only where
+/// PATH_MGR_MODE is vfs, fl::i18n::MessageException: "SORVEN:ovsel:unableToLoadCache" with the file and the
+/// reason, "SORVEN:ovsel:pathCacheXMLParseError" with the reason.
+/// @warning In that mode, while a cache is in use, a question whether a name shorter than the prefix is a
+/// directory ends in std::out_of_range. ovDeleteNonExistentDirectories asks it of every path directory.
 OVSEL_API void ovUseToolboxCache(ovPath path, const ustring& cacheFile, const ustring& prefix, bool report);
 
 /// Ends the use of the cache and gives the path the default I/O hooks. What was learnt from the cache stays

@@ -203,12 +203,12 @@ TEST_F(CacheFile, IsReadByHandAsFarAsItsShapesGo) {
          "CachePath{D:a F:lost a{F:x}}"},
         {root + "<F name=\"\xC3\xA4\"/></", "CachePath{F:\xC3\xA4}"},
         {root + std::string("<F name=\"x\0\n", 12) + "y\"/></", "CachePath{F:xy}"}, // NUL hides a line's rest
-        {nested(257), "-"},
+        {nested(2049), "-"},
         {std::string(1, '\0') + "\n" + root + std::string(9000, ' ') + "<F name=\"x\"/></", "CachePath{F:x}"},
     };
     for (const auto& row : rows)
         EXPECT_EQ(row.tree, ByHand(row.text)) << row.text.substr(0, 200);
-    EXPECT_NE("-", ByHand(nested(256)));
+    EXPECT_NE("-", ByHand(nested(2048)));
 }
 
 TEST_F(CacheFile, IsReadAsXmlForWhatItsElementsSay) {
@@ -252,6 +252,15 @@ TEST_F(CacheFile, IsReadAsXmlForWhatItsElementsSay) {
         EXPECT_EQ(row.map, ByXml(row.text)) << row.text.substr(0, 200);
         if (row.map == unable)
             EXPECT_EQ(2u, lastArguments.size()) << "the file and the reason";
+    }
+    // As deep as by hand, and no deeper by what a name says.
+    for (const int depth : {2048, 2049}) {
+        std::string text, name;
+        for (int i = 0; i < depth; ++i)
+            text += "<D name=\"" + std::to_string(i) + "\">";
+        text += "<F name=\"x\"/>" + repeat("</D>", depth);
+        EXPECT_EQ(depth > 2048, ByXml("<Quorrant>" + text + "</Quorrant>") == parseError);
+        EXPECT_EQ(depth > 2048, ByXml("<D name=\"a" + repeat("/+p", depth - 1) + "\"/>") == parseError);
     }
     ByXml("<Quorrant><F name=\"x\"/></Quorrant>");
     ASSERT_EQ(1u, lastArguments.size());

@@ -234,6 +234,88 @@ TEST_F(Cache, TellsWhatItIsAskedToTell) {
         testing::ExitedWithCode(0), "");
 }
 
+TEST_F(Cache, IsBelievedForWhatLiesUnderItsPrefixOnly) {
+    disk.Put("C:\\abc", "own.sv");
+    disk.Put("C:\\T\\a", "own.sv");
+    disk.Put("C:\\T\\ab", "own.sv");
+    const std::string text =
+        "<Quorrant><D name=\"abc\"><F name=\"x.sv\"/></D><D name=\"bc\"><F name=\"y.sv\"/></D>"
+        "<D name=\"a\"><F name=\"z.sv\"/></D><D name=\"b\"><F name=\"y.sv\"/></D></Quorrant>";
+    folder.Write("cache.xml", text);
+    const struct {
+        const char *prefix, *dir, *file;
+    } rows[] = {{"C:", "C:\\abc", "x.sv"},          {"C:\\T", "C:\\T\\a", "z.sv"},
+                {"C:/T", "C:\\T\\a", "own.sv"},     {"C:\\T\\", "C:\\T\\a", "own.sv"},
+                {"C:\\T\\", "C:\\T\\ab", "own.sv"}, {"C:\\T\\a", "C:\\T\\ab", "own.sv"}};
+    for (const auto& row : rows) {
+        ovUseToolboxCache(path, U(FileName()), U(row.prefix), false);
+        disk.accessibility[row.dir] = ovDirAccessible;
+        const ovDir dir = Add(row.dir);
+        const bool separatorsMeet =
+            IsVFSMode() && std::string(row.prefix) == "C:/T"; // locations have one form
+        EXPECT_EQ("-1 " + std::string(row.dir) + "\\" + (separatorsMeet ? "z.sv" : row.file),
+                  Search(ovCreateDirSearchIterator(dir, u"", nullptr, ovCaseOfPath)).All())
+            << row.prefix;
+        ovRevertFromToolboxCache(path);
+        ovRemoveDir(dir);
+    }
+}
+
+TEST_F(Cache, DoesNotMultiply) {
+    const std::function<int(const ovDir&)> count = [&](const ovDir& dir) {
+        int all = 1;
+        for (ovDir child = ovGetPackageDirs(dir, dir); ovGetDirType(child) != ovDirTypeNull;
+             child = ovGetPackageDirs(dir, child))
+            all += count(child);
+        return all;
+    };
+    std::string text = "<Quorrant>", name = "a";
+    for (int level = 0; level < 20; ++level, name += "/+pp")
+        text += "<D name=\"" + name + "\">";
+    for (int level = 0; level < 20; ++level)
+        text += "<d name=\"+pp\"/><d name=\"+pp\"/><d name=\"+Pp\"/><d name=\"+PP\"/></D>";
+    folder.Write("cache.xml", text + "</Quorrant>");
+    disk.accessibility["C:\\T\\a"] = ovDirAccessible;
+    for (const ovCaseSensitivity rule : {ovCaseSensitive, ovCaseInsensitive}) {
+        const ovPath asked = NewPath("asked", rule);
+        ovUseToolboxCache(asked, U(FileName()), u"C:\\T", false);
+        // The spellings that the file has no directory for come from the disk, and are files there.
+        EXPECT_GE(21 + 2 * 20, count(ovAddDir(asked, u"C:\\T\\a", ovDirAddAtEnd)));
+        ovRevertFromToolboxCache(asked);
+        ovRemovePath(asked);
+    }
+}
+
+TEST_F(Cache, SurvivesAPrintFunctionThatMeddles) {
+    if (IsVFSMode())
+        GTEST_SKIP() << "hooks are not asked";
+    folder.Write("cache.xml",
+                 "<Q><D name=\"a\"><F name=\"in_a.sv\"/></D><D name=\"c\"><F name=\"in_c.sv\"/></D></Q>");
+    folder.Write("small.xml", "<Q></Q>");
+    const std::function<void()> meddlings[] = {
+        [&] { ovRevertFromToolboxCache(path); },
+        [&] { ovUseToolboxCache(path, U("C:" + folder.Path("small.xml")), u"C:\\T", false); },
+        [&] { CacheIsDirectory(path, u"C:\\T\\a"); },
+    };
+    for (const auto& meddle : meddlings)
+        for (const char* at : {"Cache-Cached", "  Success"}) {
+            ovUseToolboxCache(path, U(FileName()), u"C:\\T", false);
+            CacheIsDirectory(path, u"C:\\T\\c");
+            bool done = false;
+            ovEnableToolboxCacheDiagnosticTrace(true);
+            linux_host::SetPrintSink([&](std::string_view words) {
+                if (words.find(at) != words.npos && !std::exchange(done, true))
+                    meddle();
+            });
+            char16_t* names = CacheReadDirectory(path, u"C:\\T\\c", nullptr);
+            EXPECT_TRUE(done);
+            EXPECT_EQ(u"in_c.sv", ustring(names));
+            HostFree(names);
+            linux_host::SetPrintSink({});
+            ovEnableToolboxCacheDiagnosticTrace(false);
+        }
+}
+
 TEST_F(Cache, FeedsTheStorageLayersSources) {
     disk.Put("C:\\T\\disk", "f.sv");
     disk.Put("C:\\T\\dir", "sub/ @k/ .hidden gone/ x.sv +broken/");

@@ -1,11 +1,13 @@
 #include "ovsel/cache/cachehooks.hpp"
 
 #include <algorithm>
+#include <cstring>
 #include <optional>
 
 #include "host_interfaces/filesystem.hpp"
 #include "host_interfaces/utility.hpp"
 #include "ovsel/cache/cachestate.hpp"
+#include "ovsel/cache/specialnames.hpp"
 #include "ovsel/frame/iohooks.hpp"
 #include "ovsel/names/pathnames.hpp"
 
@@ -19,13 +21,7 @@ Unit* AllocateUnits(std::size_t count) {
     return static_cast<Unit*>(HostMallocWithCheck(std::max<std::size_t>(count, 1) * sizeof(Unit)));
 }
 
-char16_t* NamesOf(const CacheDirNode& node) {
-    auto* names = AllocateUnits<char16_t>(node.m_namesLength);
-    // Each byte with its sign, as it has always been: what is beyond ASCII is not that name any more.
-    std::transform(node.m_names, node.m_names + node.m_namesLength, names,
-                   [](char byte) { return static_cast<char16_t>(static_cast<signed char>(byte)); });
-    return names;
-}
+constexpr unsigned short FileWord = 0x8000;
 
 unsigned short WordOf(char letter) {
     switch (letter) {
@@ -43,10 +39,33 @@ unsigned short WordOf(char letter) {
     }
 }
 
-unsigned short* WordsOf(const CacheDirNode& node) {
-    auto* words = AllocateUnits<unsigned short>(node.m_lettersCount);
-    std::transform(node.m_letters, node.m_letters + node.m_lettersCount, words, WordOf);
-    return words;
+/// A byte as a unit, with its sign, as it has always been: what is beyond ASCII is not that name any more.
+char16_t UnitOf(char byte) { return static_cast<char16_t>(static_cast<signed char>(byte)); }
+
+/// What a listing hook hands out for a directory of the cache.
+char16_t* HandOut(const CacheDirNode& node, bool caseSensitive, unsigned short** attributes) {
+    auto* names = AllocateUnits<char16_t>(node.m_namesLength);
+    auto* words = attributes ? AllocateUnits<unsigned short>(node.m_lettersCount) : nullptr;
+    SpecialNames special(caseSensitive);
+    char16_t* end = names;
+    std::size_t count = 0;
+    const char* name = node.m_names;
+    for (std::size_t i = 0; i < node.m_lettersCount; ++i, name += std::strlen(name) + 1) {
+        char16_t* const begin = end;
+        end = std::transform(name, name + std::strlen(name), begin, UnitOf);
+        const unsigned short word = WordOf(node.m_letters[i]);
+        if ((word & FileWord) == 0 && special.IsRepeated(ustring(begin, end))) {
+            end = begin;
+            continue;
+        }
+        *end++ = u'\0';
+        if (words)
+            words[count++] = word;
+    }
+    *end = u'\0';
+    if (attributes)
+        *attributes = words;
+    return names;
 }
 
 void TraceName(const char* format, const ustring& name) {
@@ -86,11 +105,8 @@ char16_t* CacheReadDirectory(ovPath path, const ustring& name, unsigned short** 
     const CacheState& state = CacheState::Get();
     TraceName("Looking for contents of %s...\n", name);
     if (MatchesCachePrefix(path, name)) {
-        if (const CacheDirNode* node = FindInCache(path, name)) {
-            if (attributes)
-                *attributes = WordsOf(*node);
-            return NamesOf(*node);
-        }
+        if (const auto node = FindInCache(path, name))
+            return HandOut(*node, IsCaseSensitive(path), attributes);
         if (state.IsTalkative() || state.report)
             HostPrintf("%s not found in Toolbox Path Cache\n", PrintableName(name).c_str());
     }

@@ -9,15 +9,11 @@ namespace Quorrant::ovsel {
 
 namespace {
 
-/// A hook may be called for a path that is going out of service.
-bool IsCaseSensitive(const ovPath& path) { return path == nullptr || path->IsCaseSensitive(); }
-
 /// From the last hit first, since a host asks for neighbours in turn, then from the root.
-std::optional<CacheTree::Place> Search(CacheState& state, std::u16string_view relative, bool caseSensitive) {
-    if (!state.tree)
-        return std::nullopt;
+std::optional<CacheTree::Place> Search(CacheState& state, CacheTree& tree, std::u16string_view relative,
+                                       bool caseSensitive) {
     if (state.lastHit) {
-        const CacheTree::Answer near = state.tree->Find(*state.lastHit, relative, caseSensitive);
+        const CacheTree::Answer near = tree.Find(*state.lastHit, relative, caseSensitive);
         state.compares += near.compares;
         if (near.found) {
             if (state.trace)
@@ -25,7 +21,7 @@ std::optional<CacheTree::Place> Search(CacheState& state, std::u16string_view re
             return near.found;
         }
     }
-    const CacheTree::Answer anywhere = state.tree->Find(0, relative, caseSensitive);
+    const CacheTree::Answer anywhere = tree.Find(0, relative, caseSensitive);
     state.compares += anywhere.compares;
     return anywhere.found;
 }
@@ -49,7 +45,7 @@ void CacheState::SetTree(std::unique_ptr<CacheDirNode> root) {
     lastHit.reset();
     tree.reset();
     if (root)
-        tree.emplace(std::move(root));
+        tree = std::make_shared<CacheTree>(std::move(root));
 }
 
 std::string PrintableName(const ustring& name) {
@@ -73,7 +69,9 @@ bool MatchesCachePrefix(const ovPath& path, const ustring& name) {
     return false;
 }
 
-const CacheDirNode* FindInCache(const ovPath& path, const ustring& name) {
+bool IsCaseSensitive(const ovPath& path) { return path == nullptr || path->IsCaseSensitive(); }
+
+std::shared_ptr<const CacheDirNode> FindInCache(const ovPath& path, const ustring& name) {
     CacheState& state = CacheState::Get();
     const std::uint32_t before = state.compares;
     if (state.trace)
@@ -81,9 +79,14 @@ const CacheDirNode* FindInCache(const ovPath& path, const ustring& name) {
     ++state.totalDirLookupRequests;
     if (!MatchesCachePrefix(path, name))
         return nullptr;
-    const auto relative = std::u16string_view(name).substr(state.prefix.size());
-    state.lastHit = Search(state, relative, IsCaseSensitive(path));
-    if (!state.lastHit) {
+    const std::shared_ptr<CacheTree> tree = state.tree;
+    std::optional<CacheTree::Place> found;
+    if (tree)
+        found = Search(state, *tree, std::u16string_view(name).substr(state.prefix.size()),
+                       IsCaseSensitive(path));
+    if (state.tree == tree)
+        state.lastHit = found;
+    if (!found) {
         if (state.trace) {
             HostPrintf("\n    Cache search failure, ");
             HostPrintf("    Failed.\n");
@@ -93,7 +96,7 @@ const CacheDirNode* FindInCache(const ovPath& path, const ustring& name) {
     if (state.trace)
         HostPrintf("  Success, %d compares.\n", static_cast<int>(state.compares - before));
     ++state.totalDirLookupHits;
-    return &state.tree->At(*state.lastHit);
+    return {tree, &tree->At(*found)};
 }
 
 } // namespace Quorrant::ovsel

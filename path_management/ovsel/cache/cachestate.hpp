@@ -28,7 +28,8 @@ struct CacheState {
     bool statusReport = false;
     bool report = false;
     ustring prefix; ///< with its separator
-    std::optional<CacheTree> tree;
+    /// Shared with a search that runs: what it prints may end cache mode.
+    std::shared_ptr<CacheTree> tree;
     std::optional<CacheTree::Place> lastHit;
     int directoryCount = 0; ///< directory blocks that the hand reader met
     int totalDirLookupRequests = 0;
@@ -39,8 +40,11 @@ struct CacheState {
 /// Is the name under the prefix, by the path's case rule?
 bool MatchesCachePrefix(const ovPath& path, const ustring& name);
 
-/// The directory of that full name in the tree, or null; counted and traced.
-const CacheDirNode* FindInCache(const ovPath& path, const ustring& name);
+/// The directory of that full name in the tree, or null; counted and traced. The tree stays with the answer.
+std::shared_ptr<const CacheDirNode> FindInCache(const ovPath& path, const ustring& name);
+
+/// The path's case rule. A hook may be called for a path that is going out of service, and then case counts.
+bool IsCaseSensitive(const ovPath& path);
 
 /// A name as diagnostics show it; never fails.
 std::string PrintableName(const ustring& name);

@@ -1,5 +1,6 @@
 #include "ovsel/cache/pathcachehandler.hpp"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -32,12 +33,17 @@ std::vector<ustring>* ListFor(CachedDirContents& contents, char16_t letter) {
     }
 }
 
+fl::i18n::MessageException TooDeep() {
+    return PathCacheXMLParseError(u"The directories are nested too deeply.");
+}
+
 } // namespace
 
 void PathCacheHandler::startElement(const XMLCh* /*uri*/, const XMLCh* localName, const XMLCh* /*qName*/,
                                     const xercesc::Attributes& attributes) {
-    if (++m_depth > MostCacheDepth)
-        throw PathCacheXMLParseError(u"The elements are nested too deeply.");
+    // Directories in each other, in the root, with one entry in the innermost.
+    if (++m_depth > MostCacheDepth + 2)
+        throw TooDeep();
     if (RootElement == localName)
         return;
     const XMLCh* name = attributes.getValue(u"name");
@@ -50,7 +56,10 @@ void PathCacheHandler::startElement(const XMLCh* /*uri*/, const XMLCh* localName
         AddEntry(localName[0], name);
 }
 
+/// A directory is as deep as its name says, wherever it stands: that is how deep the records go.
 void PathCacheHandler::OpenDirectory(ustring name) {
+    if (m_dirStack.size() == MostCacheDepth || std::count(name.begin(), name.end(), u'/') >= MostCacheDepth)
+        throw TooDeep();
     if (m_contents->contains(name))
         throw CacheFileWrongFormat();
     if (!m_dirStack.empty())

@@ -74,7 +74,7 @@ void PathCacheWriter::Write() {
          dir = ovGetNextPathDir(dir))
         if (IsWritten(dir))
             WriteDirectory(dir);
-    m_stream << "</Quorrant>\n" << std::flush;
+    m_stream << "</Quorrant>\n";
 }
 
 bool PathCacheWriter::IsWritten(const ovDir& dir) const {
@@ -135,11 +135,15 @@ void PathCacheWriter::Indent() { m_stream << std::setw(m_depth) << ""; }
 } // namespace Quorrant::ovsel
 
 bool ovWritePathToCacheFile(ovPath path, const char* fileName) {
+    // Composed first, so that what cannot be written leaves the file as it is, and so that the walk over the
+    // path meets nothing of the host's that could change it.
+    std::ostringstream text;
+    Quorrant::ovsel::PathCacheWriter(path, text, Quorrant::ovsel::DateText()).Write();
     const ustring native = fl::filesystem::make_native_form(fl::i18n::to_ustring(fileName), true);
     vfs::File file;
     path->GetFileByIRI(file, vfs::toAbsoluteIRI(u"file", native));
     vfs::ofstream stream(file);
     stream.exceptions(std::ios_base::failbit | std::ios_base::badbit);
-    Quorrant::ovsel::PathCacheWriter(path, stream, Quorrant::ovsel::DateText()).Write();
+    stream << text.str() << std::flush;
     return true;
 }

@@ -25,10 +25,11 @@ namespace Quorrant::ovsel {
 /// Directories stand under their name from the prefix on, entries under their bare name; nothing is escaped.
 class PathCacheWriter {
   public:
-    /// @p stream throws on failure and outlives the writer; @p date is written as it is.
+    /// @p stream outlives the writer; @p date is written as it is.
     PathCacheWriter(ovPath path, std::ostream& stream, ustring date);
 
     /// The whole file. @throws what the stream and the conversion to UTF-8 throw.
+    /// @pre nothing that the stream calls changes the path.
     void Write();
 
   private:

@@ -15,6 +15,7 @@ void PathToolboxCacheDirItemsIterator::First() {
     m_listIndex = 0;
     m_stage = 0;
     m_atEnd = false;
+    m_specialNames = SpecialNames(true);
     SeekCurrentItem();
 }
 
@@ -24,14 +25,17 @@ void PathToolboxCacheDirItemsIterator::Next() {
 }
 
 void PathToolboxCacheDirItemsIterator::SeekCurrentItem() {
-    for (; m_stage < StageCount; ++m_stage, m_listIndex = 0) {
-        const std::vector<ustring>& list = CurrentList();
-        if (m_listIndex < list.size()) {
+    for (; m_stage < StageCount; ++m_stage, m_listIndex = 0)
+        for (const std::vector<ustring>& list = CurrentList(); m_listIndex < list.size(); ++m_listIndex) {
             m_item = ItemOf(list[m_listIndex]);
-            return;
+            if (!IsRepeated(m_item))
+                return;
         }
-    }
     m_atEnd = true;
+}
+
+bool PathToolboxCacheDirItemsIterator::IsRepeated(const DirItemInfo& item) {
+    return m_stage == 0 && m_specialNames.IsRepeated(item.name);
 }
 
 const std::vector<ustring>& PathToolboxCacheDirItemsIterator::CurrentList() const {

@@ -3,6 +3,7 @@
 #include <memory>
 #include <utility>
 
+#include "ovsel/cache/specialnames.hpp"
 #include "ovsel/reading/cacheddircontents.hpp"
 #include "ovsel/reading/idiritemsiterator.hpp"
 
@@ -23,9 +24,11 @@ class PathToolboxCacheDirItemsIterator final : public IDirItemsIterator {
     void SeekCurrentItem();
     const std::vector<ustring>& CurrentList() const;
     DirItemInfo ItemOf(const ustring& entry) const;
+    bool IsRepeated(const DirItemInfo& item);
 
     std::shared_ptr<const CachedDirContents> m_contents;
     DirItemInfo m_item;
+    SpecialNames m_specialNames{true};
     std::size_t m_listIndex = 0;
     int m_stage = 0; ///< which of the lists is being walked, in their order; 5 behind the last
     bool m_atEnd = false;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "host_interfaces/filesystem.hpp"
 #include "ovsel/cache/pathtoolboxcachediritemsiterator.hpp"
 #include "ovsel/names/nameequality.hpp"
 #include "ovsel/reading/vfsfolderitemsiterator.hpp"
@@ -13,6 +14,16 @@ using Quorrant::ovsel::PathToolboxCacheDirItemsIterator;
 
 namespace vfs = foundation::storage::vfs;
 
+namespace {
+
+/// The path of such a location ends in its separator already.
+bool IsDriveOrShare(const vfs::AbsoluteIRI& location) {
+    const ustring name = vfs::fromAbsoluteIRI(location);
+    return name.ends_with(u'\\') && fl::filesystem::get_root_path_length(name) == name.size();
+}
+
+} // namespace
+
 DirItemsIteratorFactory::DirItemsIteratorFactory(vfs::StorageSystemReference storage, bool cacheInstalled,
                                                  bool caseSensitive)
     : m_storage(std::move(storage)), m_cacheInstalled(cacheInstalled), m_caseSensitive(caseSensitive) {}
@@ -22,20 +33,24 @@ void DirItemsIteratorFactory::InstallCachedDirItems(const CachedDirMap& contents
     if (&contents != m_contents.get())
         m_contents = std::make_shared<const CachedDirMap>(contents);
     m_root = std::make_unique<vfs::AbsoluteIRI>(root);
-    m_rootPathLength = root.getPath().length() + 1;
+    m_rootPathLength = root.getPath().length() + (IsDriveOrShare(root) ? 0 : 1);
     m_cacheInstalled = true;
 }
 
 std::unique_ptr<IDirItemsIterator>
 DirItemsIteratorFactory::CreateDirItemsIterator(vfs::AbsoluteIRI location) {
-    // The root itself has no name under the root.
-    if (m_cacheInstalled && IsUnderRoot(location) && location.getPath().length() >= m_rootPathLength)
+    if (m_cacheInstalled && IsUnderRoot(location))
         if (auto contents = FindContents(location))
             return std::make_unique<PathToolboxCacheDirItemsIterator>(std::move(contents));
     return std::make_unique<VFSFolderItemsIterator>(std::move(location), m_storage);
 }
 
+/// The root itself has no name under the root, and neither has anything under one that ends in a separator
+/// too many.
 bool DirItemsIteratorFactory::IsUnderRoot(const vfs::AbsoluteIRI& location) const {
+    const ustring& path = location.getPath();
+    if (path.length() < m_rootPathLength || path[m_rootPathLength - 1] != u'/')
+        return false;
     const ustring root = m_root->toString();
     return NamesEqual(location.toString().substr(0, root.length()), root, m_caseSensitive);
 }
