@@ -57,7 +57,7 @@ class OVSEL_HOST_API AbsoluteIRI {
     ustring m_path;
 };
 
-/// The location of a native path name; a separator at its end is dropped unless it is the root's.
+/// The location of a native path name; one separator at its end is dropped unless it is the root's.
 OVSEL_HOST_API AbsoluteIRI toAbsoluteIRI(const ustring& scheme, const ustring& nativePath);
 
 /// The native path name of a location.

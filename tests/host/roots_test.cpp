@@ -100,7 +100,7 @@ std::string Describe(const ustring& native) {
 TEST(Locations, KeepTheRootsSeparatorAndNoOther) {
     std::string texts;
     for (const char16_t* native :
-         {u"C:\\a\\b", u"C:\\a\\", u"C:/a//b\\\\", u"C:\\", u"\\\\s\\h\\a\\", u"\\\\\\", u"a", u""}) {
+         {u"C:\\a\\b", u"C:\\a\\", u"C:/a//b\\", u"C:\\", u"\\\\s\\h\\a\\", u"\\\\\\", u"a", u""}) {
         texts += Describe(native) + "\n";
     }
     EXPECT_EQ(texts, "file://C:/a/b [b] < C:/a < C:/\n"
