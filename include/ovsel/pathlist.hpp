@@ -63,19 +63,24 @@ OVSEL_API ovDir ovGetNextPathDir(ovDir dir);
 OVSEL_API ovDir ovSelectDirFirstOnPath(ovDir a, ovDir b);
 
 /// Removes every path directory that exists no longer. The current directory is never looked at.
+/// @pre @p path is in service.
 OVSEL_API void ovDeleteNonExistentDirectories(ovPath path);
 
 /// The record of an absolute name: current directory, path, class, package or private directory; the path's
 /// null record if there is none, also for an empty name. Plain sub-directories have no record.
+/// @pre @p path is in service.
 OVSEL_API ovDir ovFindDirFullName(ovPath path, const ustring& name);
 /// The same with a narrow name, which must not be null.
 OVSEL_API ovDir ovFindDirFullName(ovPath path, const char* name);
 
 /// The directory that holds a class, package or private directory; the null record for one on the path.
+/// @pre @p dir is not null; the null record gives itself, here and below.
 OVSEL_API ovDir ovGetParentDir(const ovDir& dir);
 
 /// The current directory or path directory that a directory lies under; itself if it is one.
+/// @pre as ovGetParentDir.
 OVSEL_API ovDir ovGetPathDir(const ovDir& dir);
 
 /// The directory's own `private` directory, else the null record.
+/// @pre as ovGetParentDir.
 OVSEL_API ovDir ovGetPrivateDir(const ovDir& dir);

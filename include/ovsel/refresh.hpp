@@ -23,6 +23,7 @@ enum ovDirRefreshType : std::uint32_t {
 
 /// Refreshes one directory without its class, package and private directories. A null record only tells
 /// parties that a refresh began and ended.
+/// @pre @p dir is not null.
 OVSEL_API void ovRefreshDirectory(ovDir dir, ovDirRefreshType type);
 
 /// Refreshes the whole path with all that lies in its directories. Prints "asserted here" on a null or
@@ -33,33 +34,40 @@ OVSEL_API void ovRefreshAllDirectories(ovPath path, ovDirRefreshType type);
 
 /// Marks a directory as changed: the next refresh of any type reads it again. Frozen directories take no
 /// mark.
+/// @pre @p dir is not null; a null record takes no mark.
 OVSEL_API void ovSetDirChanged(ovDir dir);
 
 /// Tells the path that something changed in a directory. For an unknown class, package or private directory,
 /// which must be new, the nearest known parent is marked; for any other unknown one every directory becomes a
 /// case for a check.
 /// @return the directory marked, or the null record.
+/// @pre @p path is in service.
 OVSEL_API ovDir ovSetDirChanged(ovPath path, const ustring& fullName);
 /// The same with a narrow name; null counts as empty.
 OVSEL_API ovDir ovSetDirChanged(ovPath path, const char* fullName);
 
 /// Tells the path that a directory is gone: its parent is marked.
 /// @return the parent, or the null record if that is not known.
+/// @pre @p path is in service.
 OVSEL_API ovDir ovSetDirRemoved(ovPath path, const ustring& fullName);
 
 /// Tells the path that a file changed: its directory is marked as by ovSetDirChanged.
 /// @return as there; the null record for an empty name.
+/// @pre @p path is in service.
 OVSEL_API ovDir ovSetFullnameChanged(ovPath path, const ustring& fullName);
 
 /// Marks every directory as changed.
+/// @pre @p path is in service.
 OVSEL_API void ovSetAllChanged(ovPath path);
 
 /// Makes every directory a case for a check at the next refresh.
+/// @pre @p path is in service.
 OVSEL_API void ovChangedUnknownDir(ovPath path);
 
 /// Takes a directory, with all below it, as unchanging; one that is known to have changed is read first. The
 /// current directory cannot be frozen.
 /// @return whether it was frozen before.
+/// @pre @p dir is not null; nothing happens to a null record.
 OVSEL_API bool ovFreeze(ovDir dir);
 
 /// Ends that. What changed meanwhile stays unseen until a reload is forced:
@@ -69,13 +77,16 @@ OVSEL_API bool ovFreeze(ovDir dir);
 /// ovRefreshDirectory(dir, ovRefreshReload);   // sees everything
 /// @endcode
 /// @return whether it was frozen before.
+/// @pre as ovFreeze.
 OVSEL_API bool ovUnFreeze(ovDir dir);
 
 /// False for a null handle or record.
 OVSEL_API bool ovIsFrozen(ovDir dir);
 
 /// Shall directories that are added or appear from now on be frozen? @return what held so far.
+/// @pre @p path is not null.
 OVSEL_API bool ovSetFreezeAllAddedDirectories(ovPath path, bool freeze);
 
 /// Shall each directory that is read again be told through the third message hook? @return what held so far.
+/// @pre @p path is not null.
 OVSEL_API bool ovSetDirectoryReloadMessages(ovPath path, bool on);

@@ -37,6 +37,7 @@ using ovExtensionList = const char* const*;
 
 /// Every item of the path: direct files first, then those in class and package directories, then private
 /// ones.
+/// @pre @p path is in service, here and below.
 /// @return never null; the caller ends it with ovDestroySearch, as every search below.
 OVSEL_API ovSearch* ovCreateAllSearchIterator(ovPath path, const ustring& name, ovExtensionList extensions,
                                               ovCaseSensitivity rule);
@@ -52,6 +53,7 @@ OVSEL_API ovSearch* ovCreatePathOnlySearchIterator(ovPath path, ovPath ignored, 
                                                    ovExtensionList extensions, ovCaseSensitivity rule);
 
 /// Files in class and package directories, in path order.
+/// @pre @p path is in service.
 OVSEL_API ovSearch* ovCreateMethodSearchIterator(ovPath path, const ustring& name, ovExtensionList extensions,
                                                  ovCaseSensitivity rule);
 
@@ -124,17 +126,20 @@ OVSEL_API int ovFindFirstFileInAll(ovPath path, const char* name, ovExtensionLis
 /// What the file @p asker means by @p name, by the path's case rule: the interpreter's question. The asker is
 /// a full name, of which only the directory counts; empty for a question from nowhere. Result and out values
 /// are those of ovFindNextFile.
+/// @pre @p path is in service.
 OVSEL_API int ovFindFirstFileVisibleToFile(ovPath path, const ustring& asker, const ustring& name,
                                            ovExtensionList extensions, ovDir* dir, ustring& fullName);
 
 /// The class directory of @p dir that follows @p previous, the first one if @p previous is @p dir itself; the
 /// null record at the end, and after a null handle.
+/// @pre @p dir is not null; nothing lies in a null record.
 OVSEL_API ovDir ovGetMethodDirs(ovDir dir, ovDir previous);
 /// The same over package directories.
 OVSEL_API ovDir ovGetPackageDirs(ovDir dir, ovDir previous);
 
 /// The next class directory in path order. Begun from the null record the walk includes the current
 /// directory, begun from any other directory that is no class directory it starts at the path's first.
+/// @pre @p dir is not null, here and below.
 OVSEL_API ovDir ovGetNextMethodDir(ovDir dir);
 
 /// The next class directory of one name in path order. From a class directory the walk goes on along the name
