@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # usage: check.sh CASE [ARGUMENT...] - one case of the documentation's tests; 77 says that what it needs is
 # not installed.
+# shellcheck disable=SC2086 # commands such as `cache write` are split into words on purpose
 set -euo pipefail
 export LC_ALL=C
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)

@@ -44,7 +44,7 @@ function bash(   i, list, seen) {
     print "# Completion of ovsel for bash. Made by generate.sh from the tool's own help."
     print "_ovsel()"
     print "{"
-    print "    local word=${COMP_WORDS[COMP_CWORD]} option=${COMP_WORDS[COMP_CWORD - 1]} command= words= i"
+    print "    local word=${COMP_WORDS[COMP_CWORD]} option=${COMP_WORDS[COMP_CWORD - 1]} command='' words='' i"
     print "    if [[ $word == = ]]; then"
     print "        word="
     print "    elif [[ $option == = ]] && ((COMP_CWORD > 1)); then"

@@ -1,7 +1,7 @@
 # Completion of ovsel for bash. Made by generate.sh from the tool's own help.
 _ovsel()
 {
-    local word=${COMP_WORDS[COMP_CWORD]} option=${COMP_WORDS[COMP_CWORD - 1]} command= words= i
+    local word=${COMP_WORDS[COMP_CWORD]} option=${COMP_WORDS[COMP_CWORD - 1]} command='' words='' i
     if [[ $word == = ]]; then
         word=
     elif [[ $option == = ]] && ((COMP_CWORD > 1)); then
