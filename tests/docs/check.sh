@@ -41,7 +41,7 @@ check_links() {
         ! sed -n 's/^#* //p' "$target" | tr 'A-Z ' 'a-z-' | tr -cd 'a-z0-9\n_-' | grep -qxF -- "${link#*#}"; then
         echo "$page: $link is no heading" >&2 && status=1
       fi
-    done < <(awk '/^```/ { code = !code } !code' "$page" | grep -oE '\]\([^)]+\)' | sed 's/^](//; s/)$//' | grep -v '://')
+    done < <(awk '/^```/ { code = !code } !code' "$page" | grep -oE '\]\([^)]+\)' | tr -d ']()' | grep -v '://')
   done
   return $status
 }

@@ -20,8 +20,13 @@ function values_of(argument) {
     repeats[n] = $6 ~ /^\*/; summary[n] = $6
     sub(/^\*/, "", summary[n])
     values[n] = values_of($5)
-    if ($1 == "c") { parent[++commands] = $2; path[commands] = ($2 == "" ? "" : $2 " ") $4; about[commands] = summary[n] }
-    if ($1 == "c") children[$2] = children[$2] (children[$2] == "" ? "" : " ") $4
+    if ($1 == "c") {
+        parent[++commands] = $2
+        leaf[commands] = $4
+        path[commands] = ($2 == "" ? "" : $2 " ") $4
+        about[commands] = summary[n]
+        children[$2] = children[$2] (children[$2] == "" ? "" : " ") $4
+    }
     if ($1 == "p") positional[$2] = $4
 }
 
@@ -53,7 +58,7 @@ function bash(   i, list, seen) {
     print "    for ((i = 1; i < COMP_CWORD; ++i)); do"
     print "        case \"$command ${COMP_WORDS[i]}\" in"
     for (i = 1; i <= commands; ++i)
-        print "        '" parent[i] " " substr(path[i], parent[i] == "" ? 1 : length(parent[i]) + 2) "') command=" quoted(path[i]) " ;;"
+        print "        '" parent[i] " " leaf[i] "') command=" quoted(path[i]) " ;;"
     for (i = 1; i <= n; ++i)
         if (values[i] != "" && !(names(i) in seen)) {
             seen[names(i)]
@@ -69,8 +74,10 @@ function bash(   i, list, seen) {
             print "    " bash_patterns(i, command[i] == "" ? "*' " : "'" command[i] " ") ") " bash_values(i) " ;;"
     print "    *)"
     print "        case $command in"
-    for (i = 0; i <= commands; ++i)
-        print "        " quoted(i ? path[i] : "") ") words='" children[i ? path[i] : ""] "'; [[ $word != -* ]] || words='" bash_options(i ? path[i] : "") "' ;;"
+    for (i = 0; i <= commands; ++i) {
+        print "        " quoted(path[i]) ") words=" quoted(children[path[i]]) ";"
+        print "            [[ $word != -* ]] || words=" quoted(bash_options(path[i])) " ;;"
+    }
     print "        esac"
     print "        [[ $word != -* || -z $command ]] || words+=' " bash_options("") "'"
     list = ""
@@ -144,7 +151,7 @@ function zsh_command(of,   i) {
         print "    command)"
         print "        local -a commands=("
         for (i = 1; i <= commands; ++i)
-            if (parent[i] == of) print "            " quoted(substr(path[i], of == "" ? 1 : length(of) + 2) ":" about[i])
+            if (parent[i] == of) print "            " quoted(leaf[i] ":" about[i])
         print "        )"
         print "        _describe command commands ;;"
         print "    argument)"
@@ -183,8 +190,10 @@ function fish(   i, line, condition) {
     print "# Completion of ovsel for fish. Made by generate.sh from the tool's own help."
     print "complete -c ovsel -f"
     for (i = 1; i <= commands; ++i) {
-        condition = parent[i] == "" ? "__fish_use_subcommand" : fish_condition(parent[i]) "; and not __fish_seen_subcommand_from " children[parent[i]]
-        print "complete -c ovsel -n " quoted(condition) " -a " substr(path[i], parent[i] == "" ? 1 : length(parent[i]) + 2) " -d " quoted(about[i])
+        condition = "__fish_use_subcommand"
+        if (parent[i] != "")
+            condition = fish_condition(parent[i]) "; and not __fish_seen_subcommand_from " children[parent[i]]
+        print "complete -c ovsel -n " quoted(condition) " -a " leaf[i] " -d " quoted(about[i])
     }
     for (i = 1; i <= n; ++i) {
         line = "complete -c ovsel"

@@ -46,7 +46,7 @@ table() {
     { repeats = text ~ /\(repeatable\)/ ? "*" : "" }
     END { flush() }' <<<"$help"
   local sub
-  for sub in $(awk '/^Subcommands:/ { on = 1; next } on && NF == 0 { exit } on && /^  [a-z]/ { print $1 }' <<<"$help"); do
+  for sub in $(sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p' <<<"$help"); do
     table "$@" "$sub"
   done
 }

@@ -45,16 +45,26 @@ _ovsel()
     'cache verify --classdef-command') mapfile -t COMPREPLY < <(compgen -c -- "$word") ;;
     *)
         case $command in
-        '') words='which tree dirs watch class cache'; [[ $word != -* ]] || words='-h --help -p --path -r --recursive --path-file --cwd --no-cwd --mount --cache --prefix --ext --from --ignore-case --json -0 --color --form --stats --version' ;;
-        'which') words=''; [[ $word != -* ]] || words='-a --all --dirs --scope' ;;
-        'tree') words=''; [[ $word != -* ]] || words='--depth' ;;
-        'dirs') words=''; [[ $word != -* ]] || words='' ;;
-        'watch') words=''; [[ $word != -* ]] || words='--interval --once' ;;
-        'class') words=''; [[ $word != -* ]] || words='--classdef-pattern --classdef-command' ;;
-        'cache') words='write show verify'; [[ $word != -* ]] || words='' ;;
-        'cache write') words=''; [[ $word != -* ]] || words='--classes --classdef-pattern --classdef-command' ;;
-        'cache show') words=''; [[ $word != -* ]] || words='' ;;
-        'cache verify') words=''; [[ $word != -* ]] || words='--classdef-pattern --classdef-command' ;;
+        '') words='which tree dirs watch class cache';
+            [[ $word != -* ]] || words='-h --help -p --path -r --recursive --path-file --cwd --no-cwd --mount --cache --prefix --ext --from --ignore-case --json -0 --color --form --stats --version' ;;
+        'which') words='';
+            [[ $word != -* ]] || words='-a --all --dirs --scope' ;;
+        'tree') words='';
+            [[ $word != -* ]] || words='--depth' ;;
+        'dirs') words='';
+            [[ $word != -* ]] || words='' ;;
+        'watch') words='';
+            [[ $word != -* ]] || words='--interval --once' ;;
+        'class') words='';
+            [[ $word != -* ]] || words='--classdef-pattern --classdef-command' ;;
+        'cache') words='write show verify';
+            [[ $word != -* ]] || words='' ;;
+        'cache write') words='';
+            [[ $word != -* ]] || words='--classes --classdef-pattern --classdef-command' ;;
+        'cache show') words='';
+            [[ $word != -* ]] || words='' ;;
+        'cache verify') words='';
+            [[ $word != -* ]] || words='--classdef-pattern --classdef-command' ;;
         esac
         [[ $word != -* || -z $command ]] || words+=' -h --help -p --path -r --recursive --path-file --cwd --no-cwd --mount --cache --prefix --ext --from --ignore-case --json -0 --color --form --stats --version'
         case $command in
