@@ -15,7 +15,9 @@ using test::Tool;
 
 struct ClassTool : testing::Test {
     TempTree tree{"a/@Pen/other.p", "b/"};
-    Tool tool{.cwd = tree.Root(), .environment = {{"OVSEL_PATH", "a:b"}}, .root = tree.Root()};
+    Tool tool{.cwd = tree.Root(),
+              .environment = {{"OVSEL_PATH", "a:b"}, {"PATH", "/usr/bin:/bin"}},
+              .root = tree.Root()};
 
     ClassTool() {
         tree.Write("a/NoClass.sv", "function NoClass\nx = classdefault");

@@ -16,6 +16,7 @@
 #include <pty.h>
 #include <stdexcept>
 #include <string>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -44,6 +45,8 @@ struct Tool {
     std::string root = {};
     bool losesCwd = false;           ///< the directory that it is started in is gone
     bool ignoresBrokenPipes = false; ///< as below a parent that ignores SIGPIPE
+    /// No file may grow beyond so many bytes.
+    std::optional<::rlim_t> fileSizeLimit = {};
 
     Outcome operator()(const std::vector<std::string>& arguments) const {
         const TempTree files;
@@ -61,6 +64,11 @@ struct Tool {
         const std::string output = master >= 0 ? ReadAll(master) : Content(files.Path("out"));
         return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), Shortened(output),
                 Shortened(Content(files.Path("err")))};
+    }
+
+    static std::string Content(const std::string& file) {
+        std::ifstream in(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     }
 
   private:
@@ -97,15 +105,14 @@ struct Tool {
         argv.push_back(nullptr);
         if (ignoresBrokenPipes)
             ::signal(SIGPIPE, SIG_IGN);
+        if (fileSizeLimit) {
+            const ::rlimit limit{*fileSizeLimit, *fileSizeLimit};
+            ::setrlimit(RLIMIT_FSIZE, &limit);
+        }
         const std::string start = losesCwd ? cwd + "/gone" : cwd;
         if (::chdir(start.c_str()) == 0 && (!losesCwd || ::rmdir(start.c_str()) == 0))
             ::execv(OVSEL_TOOL, argv.data());
         ::_exit(127);
-    }
-
-    static std::string Content(const std::string& file) {
-        std::ifstream in(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     }
 
     /// What is left in a terminal after its program has ended; its newlines back to one character.

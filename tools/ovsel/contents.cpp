@@ -27,6 +27,8 @@ void ReadFilesAndSubFolders(const Session& session, const ovDir& dir, Contents& 
     for (ustring& file : FilesIn(dir, session.Extensions()))
         if (links.count(file) == 0)
             contents.files.push_back(std::move(file));
+    // In the storage layer's mode a cache gives them by what is known of them.
+    std::sort(contents.files.begin(), contents.files.end());
 
     // Special folders keep no plain sub-folders; showing a link to one there would be inconsistent.
     const bool showsSubFolders = ovIsSameDir(dir, ovGetPathDir(dir));
