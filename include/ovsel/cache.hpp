@@ -54,7 +54,7 @@ OVSEL_API bool ovWritePathToCacheFile(ovPath path, const char* fileName);
 /// @throws fl::i18n::CvtInvalidCharacter for a @p cacheFile that has no narrow form; and, only where
 /// PATH_MGR_MODE is vfs, fl::i18n::MessageException: "SORVEN:ovsel:unableToLoadCache" with the file and the
 /// reason, "SORVEN:ovsel:pathCacheXMLParseError" with the reason.
-/// @warning In that mode, while a cache is in use, a question whether a name shorter than the prefix is a
+/// @warning In that mode, while a cache is in use, a question whether a name no longer than the prefix is a
 /// directory ends in std::out_of_range. ovDeleteNonExistentDirectories asks it of every path directory.
 OVSEL_API void ovUseToolboxCache(ovPath path, const ustring& cacheFile, const ustring& prefix, bool report);
 
