@@ -6,7 +6,7 @@ ovsel_packages=(
   libboost1.81-dev libicu-dev libxerces-c-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   libcli11-dev nlohmann-json3-dev libfmt-dev
-  doxygen groff-base
+  doxygen groff-base strace
 )
 
 # Installs what is missing and asks nobody anything; does nothing at all when everything is there.
