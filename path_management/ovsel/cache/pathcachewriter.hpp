@@ -13,12 +13,13 @@ namespace Quorrant::ovsel {
 ///
 /// The format, a line for each directory, its end, and each entry, indented by depth:
 /// @code
-/// <Quorrant type="Path Cache File" version="1.2" date="Sat Nov 14 03:21:12 2026">
-///  <D name="sig/core">
-///   <D name="sig/core/@Filter">
-///    <C name="Filter.sv"/>
+/// <Quorrant type="Path Cache File" version="1.2" date="Mon Jan 05 09:00:00 2026">
+///  <D name="stats">
+///   <D name="stats/+fit">
+///    <F name="line.sv"/>
 ///   </D>
-///   <F name="run.sv"/>
+///   <F name="mean.sv"/>
+///   <d name="data"/>
 ///  </D>
 /// </Quorrant>
 /// @endcode
