@@ -4,10 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/magic.h>
-#include <sys/stat.h>
 #include <unistd.h>
-
-#include <set>
 
 #include <ovsel/ovsel.hpp>
 
@@ -42,12 +39,6 @@ class Following : public testing::Test {
         linux_host::testing::SetNotificationFaults({});
         DriveMap::Reset();
         ovSetMessageFcns(nullptr, nullptr, nullptr);
-    }
-    /// Now no folder gets a handle.
-    void Deafen() {
-        linux_host::testing::NotificationFaults faults;
-        faults.fileSystem = NFS_SUPER_MAGIC;
-        linux_host::testing::SetNotificationFaults(faults);
     }
     void Open() {
         path = ovCreatePathWithPreFrozen(0, "main", static_cast<const char16_t*>(nullptr), ovCaseSensitive,
@@ -99,18 +90,17 @@ class Following : public testing::Test {
     ovPath path;
 };
 
-TEST_F(Following, ByNotificationMissesNothingWithinASecond) {
+TEST_F(Following, MissesNothingWithinASecondByNotificationAndByTime) {
     EXPECT_EQ("", MissedInAThousandRounds("T:\\"));
     EXPECT_EQ(0, warnings);
-}
-
-TEST_F(Following, ByTimeMissesNothingWithinASecond) {
-    Deafen();
+    path = ovPath();
+    tree.Remove("a");
+    linux_host::testing::SetNotificationFaults({.fileSystem = NFS_SUPER_MAGIC}); // no folder gets a handle
     EXPECT_EQ("", MissedInAThousandRounds("R:\\"));
 }
 
-TEST_F(Following, SeesEveryKindOfChange) {
-    tree.Add({"a/plot.p", "a/@K/K.p", "b/plot.p", "up/c/deep.p", "up/c/private/"});
+TEST_F(Following, SeesFoldersComeAndGoWithAllThatIsInThem) {
+    tree.Add({"a/plot.p", "a/@K/draw.p", "b/plot.p", "b/@L/L.p", "up/c/deep.p", "up/c/private/"});
     Open();
     for (const char* folder : {"a", "b", "up\\c"})
         Add(folder);
@@ -122,15 +112,8 @@ TEST_F(Following, SeesEveryKindOfChange) {
         const char* name;
         const char* means;
     } const rows[] = {
-        {"created", [&] { tree.Add({"a/new.p"}); }, "new", "a\\new.p"},
-        {"removed", [&] { tree.Remove("a/plot.p"); }, "plot", "b\\plot.p"},
-        {"moved in", [&] { tree.Rename("b/plot.p", "a/plot.p"); }, "plot", "a\\plot.p"},
-        {"a class added", [&] { tree.Add({"b/@L/L.p"}); }, "L", "b\\@L\\L.p"},
-        {"a method added", [&] { tree.Add({"a/@K/draw.p"}); }, "draw", "a\\@K\\draw.p"},
         {"a class removed", [&] { tree.Remove("a/@K"); }, "draw", ""},
-        {"a file became a folder", [&] { tree.Remove("a/new.p"), tree.Add({"a/new.p/"}); }, "new", ""},
-        {"and back", [&] { tree.Remove("a/new.p"), tree.Add({"a/new.p"}); }, "new", "a\\new.p"},
-        {"a folder gone", [&] { tree.Remove("a"); }, "new", ""},
+        {"a folder gone", [&] { tree.Remove("a"); }, "plot", "b\\plot.p"},
         {"and made anew", [&] { tree.Add({"a/again.p"}); }, "again", "a\\again.p"},
         {"a file in it", [&] { tree.Add({"a/later.p"}); }, "later", "a\\later.p"},
         {"a folder moved away", [&] { tree.Rename("b", "elsewhere"); }, "L", ""},
@@ -166,11 +149,9 @@ TEST_F(Following, WithFewWatchesFollowsAllTheSame) {
     for (int i = 0; i < folders; ++i)
         tree.Add({"d" + std::to_string(i) + "/f.p"});
     // Some watches go to the folders above.
-    for (const std::size_t limit : {0u, 1u, 100u, 100000u}) {
+    for (const std::size_t limit : {1u, 100u, 100000u}) {
         SCOPED_TRACE(limit);
-        linux_host::testing::NotificationFaults faults;
-        faults.mostWatches = limit;
-        linux_host::testing::SetNotificationFaults(faults);
+        linux_host::testing::SetNotificationFaults({.mostWatches = limit});
         warnings = 0;
         Open();
         for (int i = 0; i < folders; ++i)
@@ -179,78 +160,28 @@ TEST_F(Following, WithFewWatchesFollowsAllTheSame) {
         EXPECT_EQ(folders - handles, warnings) << "each local folder without a handle is told of";
         EXPECT_EQ(limit <= 1, handles == 0);
         EXPECT_EQ(limit > folders, handles == folders);
-        const std::string name = "n" + std::to_string(limit);
-        for (const int i : {0, 50, folders - 1})
-            tree.Add({"d" + std::to_string(i) + "/" + name + ".p"});
-        Refresh();
-        EXPECT_EQ("d0\\" + name + ".p", Where(name));
-        tree.Remove("d0/" + name + ".p"), tree.Remove("d50/" + name + ".p");
-        Refresh();
-        EXPECT_EQ("d119\\" + name + ".p", Where(name));
+        for (const std::string folder : {"d119", "d50", "d0"}) {
+            const std::string name = "n" + std::to_string(limit);
+            tree.Add({folder + "/" + name + ".p"});
+            Refresh();
+            EXPECT_EQ(folder + "\\" + name + ".p", Where(name));
+        }
         path = ovPath();
     }
-    EXPECT_EQ(0u, linux_host::GetCounters().handles);
-    EXPECT_EQ(0u, linux_host::GetCounters().watches);
+    EXPECT_EQ(0u, linux_host::GetCounters().handles + linux_host::GetCounters().watches);
 }
 
 TEST_F(Following, QuietRefreshesCostTheSameForAnyNumberOfFolders) {
-    const auto cost = [&](int folders) {
-        Open();
-        for (int i = 0; i < folders; ++i) {
-            const std::string name = "q" + std::to_string(i);
-            tree.Add({name + "/"});
-            Add(name);
-        }
-        Refresh();
-        linux_host::ResetCounters();
-        EXPECT_EQ("", Reloads());
-        const auto counters = linux_host::GetCounters();
-        EXPECT_EQ(0u, counters.listings + counters.existenceQueries);
-        path = ovPath();
-        return counters.systemCalls;
-    };
-    // One poll; now and then a read of what the system has to say of watches that were given back.
-    EXPECT_LE(cost(10), 3u);
-    EXPECT_LE(cost(1000), 3u);
-}
-
-TEST_F(Following, ABurstThatOverflowsTheQueueLosesNothing) {
-    tree.Add({"a/", "b/", "c/f.p"});
     Open();
-    for (const char* folder : {"a", "b", "c"})
-        Add(folder);
-    for (int i = 0; i < 100000; ++i)
-        ASSERT_EQ(0, ::mknod(tree.Path((i % 2 ? "a/x" : "b/x") + std::to_string(i) + ".p").c_str(),
-                             S_IFREG | 0600, 0));
-    tree.Add({"c/late.p"});
-    EXPECT_EQ("cwd a b c", Reloads()) << "each once, those that nothing is known of too";
-    EXPECT_EQ("a\\x99999.p", Where("x99999"));
-    EXPECT_EQ("b\\x0.p", Where("x0"));
-    EXPECT_EQ("c\\late.p", Where("late"));
+    for (int i = 0; i < 1000; ++i) {
+        tree.Add({"q" + std::to_string(i) + "/"});
+        Add("q" + std::to_string(i));
+    }
+    Refresh();
+    linux_host::ResetCounters();
     EXPECT_EQ("", Reloads());
-    EXPECT_GE(linux_host::GetCounters().overflows, 1u);
-}
-
-TEST_F(Following, StampsTellFilesThatAreRewrittenInPlace) {
-    tree.Write("a/f.p", "one");
-    tree.SetTime("a/f.p", 1000000);
-    Open();
-    const ovDir dir = Add("a");
-    ovTimeStamp_tag* stamp = ovCreateTimeStamp();
-    ovGetTimeStampFromDir(dir, u"T:\\a\\f.p", stamp);
-    const auto changed = [&] {
-        Refresh();
-        return ovHasFileChanged(dir, u"T:\\a\\f.p", stamp, ovUpdateTimeStamp, true);
-    };
-    EXPECT_FALSE(changed());
-    tree.Write("a/f.p", "two");
-    EXPECT_TRUE(changed());
-    EXPECT_FALSE(changed());
-    tree.SetTime("a/f.p", 500000);
-    EXPECT_TRUE(changed()) << "a time set back is a change";
-    tree.Remove("a/f.p");
-    EXPECT_TRUE(changed());
-    ovDestroyTimeStamp(stamp);
+    EXPECT_EQ(0u, linux_host::GetCounters().listings + linux_host::GetCounters().existenceQueries);
+    EXPECT_LE(linux_host::GetCounters().systemCalls, 1u);
 }
 
 } // namespace
