@@ -12,107 +12,45 @@ using test::Records;
 using test::TempTree;
 using test::Tool;
 
-struct Question {
-    const char* label;
-    std::vector<std::string> arguments;
-    int status;
-    const char* out;
-    const char* err;
-};
-
 TEST(Which, AnswersTheDemoWorldInResolutionOrder) {
-    const Question questions[] = {
-        {"from B: the private file first",
-         {"which", "-a", "plot", "--from", "../B/caller.sv"},
-         0,
+    const std::pair<const char*, const char*> answers[] = {
+        {"which -a plot --from ../B/caller.sv", // the private file first
          " 1  own private folder                           B/private/plot.sv\n"
          " 2  constructor (@plot/plot) in path position 1  A/@plot/plot.sv\n"
          " 3  current directory                            C/plot.p\n"
          " 4  path position 1                              A/plot.sv\n"
          " 5  path position 2                              B/plot.sv\n"
-         " 6  path position 2                              B/plot.p\n",
-         ""},
-        {"from A: the private file is out of sight",
-         {"which", "-a", "plot", "--from", "../A/caller.sv"},
-         0,
-         " 1  constructor (@plot/plot) in path position 1  A/@plot/plot.sv\n"
-         " 2  current directory                            C/plot.p\n"
-         " 3  path position 1                              A/plot.sv\n"
-         " 4  path position 2                              B/plot.sv\n"
-         " 5  path position 2                              B/plot.p\n",
-         ""},
-        {"another order of the path and no current directory",
-         {"which", "-a", "plot", "--no-cwd", "-p", "../B", "--ext", "sv"},
-         0,
+         " 6  path position 2                              B/plot.p\n"},
+        {"which -a plot --no-cwd -p ../B --ext sv --from ../A/caller.sv", // which does not see it
          " 1  constructor (@plot/plot) in path position 2  A/@plot/plot.sv\n"
          " 2  path position 1                              B/plot.sv\n"
-         " 3  path position 2                              A/plot.sv\n",
-         ""},
-        {"the current directory decides",
-         {"which", "plot", "--ext", ".p"},
-         0,
-         "C/plot.p\n",
+         " 3  path position 2                              A/plot.sv\n"},
+        {"which plot --ext .p",
+         "C/plot.p\n"
          "ovsel: note: plot comes from the current directory, before B/plot.p (path position 2)\n"},
-        {"qualified, both separators",
-         {"which", "-a", "gfx/plot", "@plot\\draw"},
-         0,
+        {"which -a gfx/plot @plot\\draw",
          "gfx/plot\n   1  package folder +gfx in path position 1  A/+gfx/plot.sv\n"
-         "@plot\\draw\n   1  class folder @plot in path position 1  A/@plot/draw.sv\n",
-         ""},
-        {"everything",
-         {"which", "-a", "plot", "--scope", "all", "--ext", ".sv"},
-         0,
+         "@plot\\draw\n   1  class folder @plot in path position 1  A/@plot/draw.sv\n"},
+        {"which -a plot --scope all --ext .sv",
          " 1  path position 1                        A/plot.sv\n"
          " 2  path position 2                        B/plot.sv\n"
          " 3  class folder @plot in path position 1  A/@plot/plot.sv\n"
-         " 4  private folder in path position 2      B/private/plot.sv\n",
-         ""},
-        {"without the current directory",
-         {"which", "plot", "--scope", "path", "--ext", ".p"},
-         0,
-         "B/plot.p\n",
-         ""},
-        {"methods", {"which", "draw", "--scope", "method"}, 0, "A/@plot/draw.sv\n", ""},
-        {"what the asker's private folder holds",
-         {"which", "plot", "--scope", "private", "--from", "../B/x.sv"},
-         0,
-         "B/private/plot.sv\n",
-         ""},
-        {"what lies beside the asker",
-         {"which", "plot", "--scope", "dir", "--from", "../A/x.sv"},
-         0,
-         "A/plot.sv\n",
-         ""},
-        {"folders",
-         {"which", "-a", "--dirs", "gfx", "plot"},
-         0,
-         "gfx\n   1  package folder +gfx in path position 1  A/+gfx\n"
-         "plot\n   1  class folder @plot in path position 1  A/@plot\n",
-         ""},
-        {"one of two is missing",
-         {"which", "@plot/draw", "draw"},
-         1,
-         "A/@plot/draw.sv\n",
-         "ovsel: draw: not found\novsel: 1 file of that name out of sight from here; --scope all shows it\n"},
-        {"a slip", {"which", "plto"}, 1, "", "ovsel: plto: not found\novsel: did you mean plot?\n"},
-        {"a slip in a qualified name",
-         {"which", "gfx/plott.sv"},
-         1,
-         "",
-         "ovsel: gfx/plott.sv: not found\novsel: did you mean gfx/plot.sv?\n"},
-        {"letter case ignored",
-         {"which", "--no-cwd", "--scope", "path", "PLOT", "--ignore-case"},
-         0,
-         "A/plot.sv\n",
-         ""},
+         " 4  private folder in path position 2      B/private/plot.sv\n"},
+        {"which plot --scope path --ext .p", "B/plot.p\n"},
+        {"which draw --scope method", "A/@plot/draw.sv\n"},
+        {"which plot --scope private --from ../B/x.sv", "B/private/plot.sv\n"},
+        {"which plot --scope dir --from ../A/x.sv", "A/plot.sv\n"},
+        {"which -a --dirs gfx plot", "gfx\n   1  package folder +gfx in path position 1  A/+gfx\n"
+                                     "plot\n   1  class folder @plot in path position 1  A/@plot\n"},
+        {"which @plot/draw draw",
+         "A/@plot/draw.sv\novsel: draw: not found\n"
+         "ovsel: 1 file of that name out of sight from here; --scope all shows it\n-> 1\n"},
+        {"which gfx/plott.sv", "ovsel: gfx/plott.sv: not found\novsel: did you mean gfx/plot.sv?\n-> 1\n"},
+        {"which --no-cwd --scope path PLOT --ignore-case", "A/plot.sv\n"},
     };
     const DemoWorld world;
-    for (const Question& question : questions) {
-        const Outcome outcome = world.tool(question.arguments);
-        EXPECT_EQ(outcome.out, question.out) << question.label;
-        EXPECT_EQ(outcome.err, question.err) << question.label;
-        EXPECT_EQ(outcome.status, question.status) << question.label;
-    }
+    for (const auto& [question, answer] : answers)
+        EXPECT_EQ(world.tool(question).All(), answer) << question;
 }
 
 TEST(Which, SpeaksJson) {

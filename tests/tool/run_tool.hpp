@@ -14,6 +14,7 @@
 #include <optional>
 #include <poll.h>
 #include <pty.h>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <sys/resource.h>
@@ -31,6 +32,9 @@ struct Outcome {
     int status;
     std::string out;
     std::string err;
+
+    /// Both streams, and the status if it is not 0.
+    std::string All() const { return out + err + (status == 0 ? "" : "-> " + std::to_string(status) + "\n"); }
 };
 
 /// The real tool in a process of its own.
@@ -64,6 +68,13 @@ struct Tool {
         const std::string output = master >= 0 ? ReadAll(master) : Content(files.Path("out"));
         return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), Shortened(output),
                 Shortened(Content(files.Path("err")))};
+    }
+
+    /// Arguments that hold no blanks, as one line.
+    Outcome operator()(const char* line) const {
+        std::istringstream words(line);
+        using Word = std::istream_iterator<std::string>;
+        return (*this)(std::vector<std::string>(Word(words), Word()));
     }
 
     static std::string Content(const std::string& file) {
