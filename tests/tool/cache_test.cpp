@@ -79,6 +79,7 @@ struct CacheWorld : DemoWorld {
         tool.environment["PATH_MGR_MODE"] = mode;
         tree.Add({"A/sub/"});
         tree.Write("A/@plot/plot.sv", "classdef plot");
+        tree.Write("B/private/plot.sv", "classdef plot"); // which is none there
         written = tool(Arguments{"cache", "write", "../tb.xml", "--classes"} + Prefix);
     }
     std::string File() const { return Tool::Content(tree.Path("tb.xml")); }
@@ -187,12 +188,8 @@ TEST(Cache, RefusesEveryNameThatBothReadersWouldNotReadAsItIs) {
     std::string longName = "long";
     while (longName.size() < 1281)
         longName += "/" + std::string(std::min<std::size_t>(200, 1280 - longName.size()), 'l');
-    const std::string names[] = {"p/a\"b.sv",   "p/a&b",       "p/a<b",        "p/del\x7f",
-                                 "p/new\nline", "p/\xC3\xA4/", "p/bad\xFF.sv", "p/+q/\xC3\xB6.sv",
-                                 deep + "/"};
-    for (const std::string& name : names)
-        tree.Add({name});
-    tree.Add({longName + "/"});
+    tree.Add({"p/a\"b.sv", "p/a&b", "p/a<b", "p/del\x7f", "p/new\nline", "p/\xC3\xA4/", "p/bad\xFF.sv",
+              "p/+q/\xC3\xB6.sv", deep + "/", longName + "/"});
     const std::string before = Tool::Content(tree.Path("tb.xml"));
     const Outcome refused = tool(write + Arguments{"-0", "-p", longName});
     EXPECT_EQ(refused.out, Records({longName, "p/a\"b.sv", "p/a&b", "p/a<b", "p/bad\xFF.sv", "p/del\x7f",

@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <linux_hooks/linux_hooks.hpp>
+#include <linux_host/linux_host.hpp>
+#include <ovsel/ovsel.hpp>
+
 #include "run_tool.hpp"
 #include "tools/ovsel/exit_status.hpp"
 #include "tools/ovsel/suggest.hpp"
@@ -66,6 +70,18 @@ TEST(ExitStatus, OfAnInternalFaultIsFour) {
     EXPECT_EQ(tool::Guard([]() -> int { throw std::logic_error("fault"); }), 4);
     EXPECT_EQ(tool::Guard([]() -> int { throw 1; }), 4);
     EXPECT_EQ(tool::Guard([]() -> int { throw tool::ReaderGone(); }), 0);
+}
+
+TEST(ExitStatus, OfAQuestionThatACacheForbidsIsThree) {
+    TempTree tree;
+    tree.Write("c", "<Quorrant>\n</Quorrant>\n");
+    linux_hooks::InstallDefaultHooks();
+    const ovPath path = ovCreatePath(0, "cached");
+    const auto ask = []() -> int { throw std::out_of_range("basic_string::substr"); };
+    EXPECT_EQ(tool::Guard(ask), 4);
+    ovUseToolboxCache(path, linux_host::DriveMap::ToName(tree.Path("c")).value(), u"C:\\x", false);
+    EXPECT_EQ(tool::Guard(ask), 3);
+    ovRevertFromToolboxCache(path);
 }
 
 TEST(Output, EndsQuietlyWhenTheReaderHasGoneAndLoudlyWhenTheDiskIsFull) {

@@ -95,7 +95,8 @@ class Comparison {
         if (!open && inCache != onDisk)
             return Note("changed", name, inCache, onDisk);
         const char letter = pair.inCache != nullptr ? pair.inCache->letter : 'D';
-        if (letter != 'C' && letter != 'N')
+        // In a private folder no file defines a class, whatever it holds.
+        if ((letter != 'C' && letter != 'N') || name.find("/private/") != std::string::npos)
             return;
         const bool isClass = m_check.Defines(FullName(m_session, name));
         if (isClass != (letter == 'C'))

@@ -35,12 +35,10 @@ int Guard(const std::function<int()>& work) noexcept {
         return Report(ExitEnvironment, "", error.what());
     } catch (const std::out_of_range& error) {
         // In the storage layer's mode the library raises it for folders with shorter names than the prefix.
-        return ovInToolboxCacheMode()
-                   ? Report(ExitEnvironment,
-                            "--cache: a folder above --prefix was asked for, which cannot be "
-                            "answered with PATH_MGR_MODE=vfs",
-                            "")
-                   : Report(ExitInternal, "internal error: ", error.what());
+        if (ovInToolboxCacheMode())
+            return Report(ExitEnvironment,
+                          "--cache: ", "with PATH_MGR_MODE=vfs no folder above --prefix can be asked for");
+        return Report(ExitInternal, "internal error: ", error.what());
     } catch (const std::exception& error) {
         return Report(ExitInternal, "internal error: ", error.what());
     } catch (...) {
