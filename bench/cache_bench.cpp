@@ -74,9 +74,12 @@ ovPath NewPath(const char* name = "bench") {
     return ovCreatePathWithPreFrozen(0, name, prefix, ovCaseSensitive, true);
 }
 
-void AddFolders(const ovPath& path, int count = folderCount) {
-    for (int d = 0; d < count; ++d)
-        ovAddDir(path, ustring(prefix) + u"\\" + Wide(Tree::Folder(d)), ovDirAddAtEnd);
+/// @p stride other than 1 leaves the order of the file.
+void AddFolders(const ovPath& path, int count = folderCount, int stride = 1) {
+    for (int d = 0; d < count; ++d) {
+        const int index = static_cast<int>(static_cast<long>(d) * stride % count);
+        ovAddDir(path, ustring(prefix) + u"\\" + Wide(Tree::Folder(index)), ovDirAddAtEnd);
+    }
 }
 
 double ReadAndFindLines(const std::string& file) {
@@ -131,14 +134,14 @@ void CountQuestions() {
 }
 
 /// The counts are told only in words, when the cache is left.
-void CountComparisons(const Tree& tree, int count) {
+void CountComparisons(const Tree& tree, int count, int stride) {
     std::string text = "<Quorrant>\n";
     for (int d = 0; d < count; ++d)
         text += " <D name=\"" + Tree::Folder(d) + "\">\n </D>\n";
     tree.Write("count.xml", text + "</Quorrant>\n");
     const ovPath path = NewPath("counts");
     ovUseToolboxCache(path, u"T:\\count.xml", prefix, false);
-    const double seconds = Seconds([&] { AddFolders(path, count); });
+    const double seconds = Seconds([&] { AddFolders(path, count, stride); });
     std::string told;
     linux_host::SetPrintSink([&](std::string_view words) { told += words; });
     ovEnableToolboxCacheDiagnosticStatusReport(true);
@@ -150,8 +153,9 @@ void CountComparisons(const Tree& tree, int count) {
     };
     const double requests = number("TotalDirLookupRequests = ");
     std::printf(
-        "|   %5d folders: %8.1f comparisons for each of %5.0f searches; %6.2f us for each folder added\n",
-        count, number("NumCompares = ") / requests, requests, seconds * 1e6 / count);
+        "|   %5d folders %s: %8.1f comparisons for each of %5.0f searches; %6.2f us for each folder\n", count,
+        stride == 1 ? "in order" : "at random", number("NumCompares = ") / requests, requests,
+        seconds * 1e6 / count);
 }
 
 std::string Repeated(const std::string& text, int count) {
@@ -222,7 +226,8 @@ void RunRows(const char* mode) {
     CountQuestions();
     if (std::strcmp(mode, "hooks") == 0)
         for (const int count : {100, 1'000, 10'000})
-            CountComparisons(tree, count);
+            for (const int stride : {1, 7919})
+                CountComparisons(tree, count, stride);
     RefuseHostileFiles(tree);
 }
 
