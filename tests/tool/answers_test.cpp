@@ -55,7 +55,7 @@ TEST(Which, AnswersTheDemoWorldInResolutionOrder) {
 
 TEST(Which, SpeaksJson) {
     const DemoWorld world;
-    const Outcome outcome = world.tool({"--json", "which", "plot", "plto"});
+    const Outcome outcome = world.tool("--json which plot plto");
     const json document = json::parse(outcome.out);
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "");
@@ -66,9 +66,7 @@ TEST(Which, SpeaksJson) {
             "detail": "constructor (@plot/plot) in path position 1", "extension_place": 2}})"));
     EXPECT_EQ(document["answers"][1], json::parse(R"({
         "query": "plto", "found": false, "won_by": null, "winner": null, "suggestions": ["plot"]})"));
-
-    const json byCwd =
-        json::parse(world.tool({"which", "-a", "plot", "--ext", "p", "--json"}).out)["answers"][0];
+    const json byCwd = json::parse(world.tool("which -a plot --ext p --json").out)["answers"][0];
     EXPECT_EQ(byCwd["won_by"], "current_directory");
     EXPECT_EQ(byCwd["candidates"].size(), 2U);
 }
@@ -82,31 +80,14 @@ TEST(Which, GivesNamesInTheLibrarysForm) {
               "A/+gfx/plot.sv\n");
 }
 
-const char* const DemoTree = "C  (current directory)\n"
-                             "`-- plot.p\n"
-                             "A  (path position 1)\n"
-                             "|-- plot.sv\n"
-                             "|-- +gfx/\n"
-                             "|   `-- plot.sv\n"
-                             "`-- @plot/\n"
-                             "    |-- draw.sv\n"
-                             "    `-- plot.sv\n"
-                             "B  (path position 2)\n"
-                             "|-- plot.p\n"
-                             "|-- plot.sv\n"
-                             "`-- private/\n"
-                             "    `-- plot.sv\n";
-
-TEST(Tree, DrawsTheDemoWorld) {
-    DemoWorld world;
-    EXPECT_EQ(world.tool({"tree"}).out, DemoTree);
-    EXPECT_EQ(world.tool({"tree", "--depth", "0", "--no-cwd"}).out,
-              "A  (path position 1)\nB  (path position 2)\n");
-    const std::string records = world.tool({"tree", "-0", "--depth", "1", "--no-cwd"}).out;
-    EXPECT_EQ(records,
+TEST(Tree, DrawsFoldersAndTakesALinkForWhatItLeadsTo) {
+    const DemoWorld world;
+    EXPECT_EQ(world.tool("tree --depth 0").out,
+              "C  (current directory)\nA  (path position 1)\nB  (path position 2)\n");
+    EXPECT_EQ(world.tool("tree -0 --depth 1 --no-cwd").out,
               Records({"A", "A/plot.sv", "A/+gfx", "A/@plot", "B", "B/plot.p", "B/plot.sv", "B/private"}));
 
-    const json folders = json::parse(world.tool({"tree", "--json"}).out)["folders"];
+    const json folders = json::parse(world.tool("tree --json").out)["folders"];
     EXPECT_EQ(folders[1], json::parse(R"({"path": "A", "kind": "path", "position": 1, "files": ["A/plot.sv"],
         "packages": [{"path": "A/+gfx", "files": ["A/+gfx/plot.sv"], "packages": [], "classes": [],
                       "private": null, "subfolders": []}],
@@ -114,20 +95,20 @@ TEST(Tree, DrawsTheDemoWorld) {
                      "classes": [], "private": null, "subfolders": []}],
         "private": null, "subfolders": []})"));
     EXPECT_EQ(folders[2]["private"]["files"], json::parse(R"(["B/private/plot.sv"])"));
-}
 
-TEST(Tree, TakesALinkForWhatItLeadsTo) {
-    TempTree tree{"a/real.p", "a/sub/", "a/file.p -> real.p", "a/folder.p -> sub", "a/gone.p -> nowhere"};
-    const Tool tool{.root = tree.Root()};
-    EXPECT_EQ(tool({"tree", "--no-cwd", "-p", tree.Path("a")}).out,
-              "a  (path position 1)\n|-- file.p\n|-- gone.p\n|-- real.p\n|-- folder.p/\n`-- sub/\n");
+    const TempTree tree{"a/+p/@K/K.p",        "a/private/own.p",       "a/real.p",
+                        "a/file.p -> real.p", "a/folder.p -> private", "a/gone.p -> nowhere"};
+    const Tool tool{.cwd = tree.Root(), .root = tree.Root()};
+    EXPECT_EQ(tool("tree --no-cwd -p a").out,
+              "a  (path position 1)\n|-- file.p\n|-- gone.p\n|-- real.p\n|-- +p/\n|   `-- @K/\n"
+              "|       `-- K.p\n|-- private/\n|   `-- own.p\n`-- folder.p/\n");
 }
 
 TEST(Tree, UsesColoursAndBoxesOnATerminalOnly) {
     DemoWorld world;
     world.tool.environment["TERM"] = "xterm";
     world.tool.environment["LC_ALL"] = "C.UTF-8";
-    const std::vector<std::string> question = {"tree", "--no-cwd", "--depth", "1"};
+    const char* const question = "tree --no-cwd --depth 1";
     EXPECT_EQ(world.tool(question).out.find('\x1b'), std::string::npos);
     world.tool.target = Tool::Stdout::Terminal;
     EXPECT_NE(world.tool(question).out.find("├── \x1b[34m+gfx\x1b[0m/\n"), std::string::npos);

@@ -35,48 +35,42 @@ struct ClassTool : testing::Test {
     }
 };
 
-TEST_F(ClassTool, FindsTheFileThatDefinesAClassByItsText) {
-    const Outcome found = tool({"class", "Plain", "Pen", "a.b.Dotted"});
-    EXPECT_EQ(found.out, "b/Plain.sv\nb/@Pen/Pen.sv\nb/+a/+b/Dotted.sv\n");
-    EXPECT_EQ(found.err, "");
-    EXPECT_EQ(found.status, 0);
-    EXPECT_EQ(tool({"class", "Plain", "-0"}).out, Records({"b/Plain.sv"}));
-    EXPECT_EQ(tool({"class", "NoClass", "--classdef-pattern", "^x"}).out, "a/NoClass.sv\n");
-
-    const Outcome mixed = tool({"class", "Pen", "a.Dotted", "--json"});
+TEST_F(ClassTool, FindsTheFileThatDefinesAClassByItsTextTheLastExtensionFirst) {
+    const std::pair<const char*, const char*> answers[] = {
+        {"class Plain Pen a.b.Dotted", "b/Plain.sv\nb/@Pen/Pen.sv\nb/+a/+b/Dotted.sv\n"},
+        {"class NoClass --classdef-pattern ^x", "a/NoClass.sv\n"},
+        {"class Both", "b/Both.sv\n"},
+        {"class Both --ext .sv,.p", "b/Both.p\n"},
+        {"class Both --ext p", "b/Both.p\n"},
+    };
+    for (const auto& [question, answer] : answers)
+        EXPECT_EQ(tool(question).All(), answer) << question;
+    EXPECT_EQ(tool("class Plain -0").out, Records({"b/Plain.sv"}));
+    const Outcome mixed = tool("class Pen a.Dotted --json");
     EXPECT_EQ(mixed.status, 1);
     EXPECT_EQ(json::parse(mixed.out)["answers"],
               json::parse(R"([{"query": "Pen", "found": true, "path": "b/@Pen/Pen.sv"},
                               {"query": "a.Dotted", "found": false, "path": null}])"));
 }
 
-TEST_F(ClassTool, TakesTheLastOfTheExtensionsFirst) {
-    EXPECT_EQ(tool({"class", "Both"}).out, "b/Both.sv\n");
-    EXPECT_EQ(tool({"class", "Both", "--ext", ".sv,.p"}).out, "b/Both.p\n");
-    EXPECT_EQ(tool({"class", "Both", "--ext", "p"}).out, "b/Both.p\n");
-}
-
 TEST_F(ClassTool, TakesWhatItCannotReadForNoClassAndDoesNotWaitForIt) {
     for (const char* command : {"--classdef-pattern=^classdef", "--classdef-command=grep -q ^classdef"})
         for (const std::string name : {"Pipe", "Zero", "Loop", "NoClass", "Missing", "\xC3\xA4"}) {
-            const Outcome outcome = tool({"class", name, command});
-            EXPECT_EQ(outcome.err, "ovsel: " + name + ": no class of that name\n") << command;
-            EXPECT_EQ(outcome.status, 1);
+            EXPECT_EQ(tool({"class", name, command}).All(),
+                      "ovsel: " + name + ": no class of that name\n-> 1\n")
+                << command;
         }
     EXPECT_EQ(tool({"class", "Late"}).status, 1);   // behind what is read
     EXPECT_EQ(tool({"class", "Blanks"}).status, 1); // a long way for an expression
-    if (::geteuid() != 0) {
-        EXPECT_EQ(tool({"class", "Locked"}).status, 1);
-    }
+    if (::geteuid() != 0)
+        EXPECT_EQ(tool("class Locked").status, 1);
 }
 
 TEST_F(ClassTool, AsksACommandThatGetsTheFileAsItsLastArgumentAndNoShell) {
     EXPECT_EQ(tool({"class", "NoClass", "--classdef-command", "grep -q 'x = classdefault'"}).out,
               "a/NoClass.sv\n");
     // What it prints is no answer, and its input is empty.
-    const Outcome loud = tool({"class", "Pen", "--classdef-command", "cat -"});
-    EXPECT_EQ(loud.out, "b/@Pen/Pen.sv\n");
-    EXPECT_EQ(loud.err, "classdef Pen");
+    EXPECT_EQ(tool({"class", "Pen", "--classdef-command", "cat -"}).All(), "b/@Pen/Pen.sv\nclassdef Pen");
     EXPECT_EQ(tool({"class", "Pen", "--classdef-command", "true; touch made"}).status, 3);
     EXPECT_FALSE(std::filesystem::exists(tree.Path("made")));
     EXPECT_EQ(tool({"class", "Pen", "--classdef-command", "no-such-command"}).err,

@@ -51,10 +51,9 @@ TEST(Watch, TellsWhatTheDiskDoesToFoldersAndNames) {
     EXPECT_EQ(Next(tool, "meaning"), "news - B/news.sv path ");
     tree.Add({"A/news.sv"});
     EXPECT_EQ(Next(tool, "meaning"), "news B/news.sv A/news.sv path ");
+    tree.Remove("B/news.sv"); // which means nothing
     tree.Rename("A/news.sv", "A/moved");
-    EXPECT_EQ(Next(tool, "meaning"), "news A/news.sv B/news.sv path ");
-    tree.Remove("B/news.sv");
-    EXPECT_EQ(Next(tool, "meaning"), "news B/news.sv - - ");
+    EXPECT_EQ(Next(tool, "meaning"), "news A/news.sv - - ");
     // Folders are made whole elsewhere, so that they arrive in one look.
     tree.Add({"made/@pen/pen.sv"});
     tree.Rename("made/@pen", "B/@pen");
@@ -65,13 +64,11 @@ TEST(Watch, TellsWhatTheDiskDoesToFoldersAndNames) {
     EXPECT_EQ(Next(tool, "meaning"), "plot A/@plot/plot.sv A/plot.sv path ");
     tree.Rename("A", "gone");
     EXPECT_EQ(Next(tool, "meaning"), "plot A/plot.sv B/plot.sv path ");
-    tree.Rename("gone", "A");
-    EXPECT_EQ(Next(tool, "meaning"), "plot B/plot.sv A/plot.sv path ");
 
     const Outcome outcome = tool.Finish(SIGINT);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err.find("ovsel: watched for "), 0U) << outcome.err;
-    EXPECT_NE(outcome.err.find(" 8 changes of meaning"), std::string::npos) << outcome.err;
+    EXPECT_NE(outcome.err.find(" 6 changes of meaning"), std::string::npos) << outcome.err;
     EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
 }
 
@@ -81,15 +78,11 @@ TEST(Watch, SeesTheNamesThatWereAskedForWithTheEyesOfAFile) {
     RunningTool tool(world.tool, {"watch", "plot", "gfx/plot", "--json", "--interval", "5ms", "--from",
                                   tree.Path("B/caller.sv")});
     ASSERT_TRUE(tool.NextLine());
-    tree.Add({"B/other.sv", "made/plot.sv"}); // nobody asked
-    tree.Rename("made", "B/+gfx");
-    EXPECT_EQ(NextAbout(tool, "added", "B"), "B/+gfx package ");
+    tree.Add({"B/other.sv"}); // nobody asked
     tree.Remove("A/+gfx");
-    EXPECT_EQ(Next(tool, "meaning"), "gfx/plot A/+gfx/plot.sv B/+gfx/plot.sv package_folder ");
+    EXPECT_EQ(Next(tool, "meaning"), "gfx/plot A/+gfx/plot.sv - - ");
     tree.Rename("B/private", "private");
     EXPECT_EQ(Next(tool, "meaning"), "plot B/private/plot.sv A/@plot/plot.sv constructor ");
-    tree.Rename("private", "B/private");
-    EXPECT_EQ(Next(tool, "meaning"), "plot A/@plot/plot.sv B/private/plot.sv own_private ");
     EXPECT_EQ(tool.Finish(SIGTERM).status, 0);
 }
 
@@ -136,9 +129,7 @@ TEST(Watch, EndsQuietlyWhenItsReaderGoesAndHeedsASignalWhenItsReaderSleeps) {
     RunningTool left(world.tool, {"watch", "--interval", "5ms"});
     ASSERT_TRUE(left.NextLine());
     left.CloseOutput();
-    const Outcome outcome = left.Finish();
-    EXPECT_EQ(outcome.err, "");
-    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(left.Finish().All(), "");
 
     RunningTool stuck(world.tool, {"watch", "--json", "--interval", "5ms"});
     ASSERT_TRUE(stuck.NextLine());
