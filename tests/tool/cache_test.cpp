@@ -169,6 +169,9 @@ TEST(Cache, RefusesEveryNameThatBothReadersWouldNotReadAsItIs) {
     TempTree tree{"p/fine name>'.sv", "p/[x].p", "p/@a.b/", "v1.0/"};
     const Tool tool{.cwd = tree.Root(), .environment = {{"OVSEL_PATH", "p:v1.0"}}, .root = tree.Root()};
     const Arguments write = {"cache", "write", "tb.xml", "--prefix", "."};
+    EXPECT_EQ(tool({"cache", "write", "p/itself.xml", "--prefix", "."}).status, 0);
+    EXPECT_EQ(tool({"cache", "verify", "p/itself.xml", "--prefix", "."}).status, 0);
+    tree.Remove("p/itself.xml");
     const Outcome fine = tool(write);
     EXPECT_EQ(fine.out, "tb.xml: 2 folders, 3 entries\n");
     EXPECT_EQ(fine.err,

@@ -79,6 +79,10 @@ class Comparison {
     void Compare(const std::string& name, const Pair& pair) {
         const Kind inCache = KindOf(pair.inCache, pair.folderInCache);
         const Kind onDisk = KindOf(pair.onDisk, pair.folderOnDisk);
+        // A cache in one of its own folders was not there when that was read.
+        if (inCache == Nothing &&
+            linux_host::DriveMap::ToPath(FullName(m_session, name)) == m_session.File().path)
+            return;
         if (inCache == Nothing || onDisk == Nothing)
             Note(inCache == Nothing ? "added" : "removed", name, inCache, onDisk);
         else if (pair.folderInCache != nullptr && pair.folderOnDisk != nullptr)
