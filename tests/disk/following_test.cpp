@@ -144,33 +144,6 @@ TEST_F(Following, SeesWhatHappensBetweenTheListingAndItsHandle) {
     EXPECT_EQ("a\\between.p", Where("between"));
 }
 
-TEST_F(Following, WithFewWatchesFollowsAllTheSame) {
-    constexpr int folders = 120;
-    for (int i = 0; i < folders; ++i)
-        tree.Add({"d" + std::to_string(i) + "/f.p"});
-    // Some watches go to the folders above.
-    for (const std::size_t limit : {1u, 100u, 100000u}) {
-        SCOPED_TRACE(limit);
-        linux_host::testing::SetNotificationFaults({.mostWatches = limit});
-        warnings = 0;
-        Open();
-        for (int i = 0; i < folders; ++i)
-            Add("d" + std::to_string(i));
-        const auto handles = static_cast<int>(linux_host::GetCounters().handles) - (limit > 1 ? 1 : 0); // cwd
-        EXPECT_EQ(folders - handles, warnings) << "each local folder without a handle is told of";
-        EXPECT_EQ(limit <= 1, handles == 0);
-        EXPECT_EQ(limit > folders, handles == folders);
-        for (const std::string folder : {"d119", "d50", "d0"}) {
-            const std::string name = "n" + std::to_string(limit);
-            tree.Add({folder + "/" + name + ".p"});
-            Refresh();
-            EXPECT_EQ(folder + "\\" + name + ".p", Where(name));
-        }
-        path = ovPath();
-    }
-    EXPECT_EQ(0u, linux_host::GetCounters().handles + linux_host::GetCounters().watches);
-}
-
 TEST_F(Following, QuietRefreshesCostTheSameForAnyNumberOfFolders) {
     Open();
     for (int i = 0; i < 1000; ++i) {

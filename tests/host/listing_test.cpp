@@ -139,12 +139,10 @@ TEST_F(Listings, OfWhatIsNoReadableFolderAreNothing) {
     tree.Permit("", 0755);
     tree.Permit("closed", 0);
     EXPECT_EQ(Show(ListDirectory(NameOf(tree, "empty"))), "");
-    EXPECT_EQ(Show(ListDirectory(NameOf(tree, "file"))), "nothing");
-    EXPECT_EQ(Show(ListDirectory(NameOf(tree, "gone"))), "nothing");
-    EXPECT_EQ(Show(ListDirectory(NameOf(tree) + ustring(u"\0x", 2))), "nothing") << "never cut at a NUL";
-    EXPECT_EQ(Show(ListDirectory(NameOf(tree) + ustring(5000, u'a'))), "nothing");
-    EXPECT_EQ(Show(ListDirectory(u"")), "nothing");
-    EXPECT_EQ(Show(ListDirectory(u"Q:\\")), "nothing");
+    for (const ustring& name : {NameOf(tree, "file"), NameOf(tree, "gone"), NameOf(tree) + ustring(u"\0x", 2),
+                                NameOf(tree) + ustring(5000, u'a'), ustring(), ustring(u"Q:\\")}) {
+        EXPECT_EQ(Show(ListDirectory(name)), "nothing") << testing::PrintToString(name);
+    }
     const ustring closed = NameOf(tree, "closed");
     const int answer = test::AskUnprivileged([&] { return ListDirectory(closed) ? 1 : 0; });
     if (answer == test::CannotDropPrivileges) {
