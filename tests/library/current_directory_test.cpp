@@ -85,17 +85,8 @@ TEST_F(CurrentDirectory, IsReplacedWhole) {
     EXPECT_EQ("CWDBegin | Removed C:\\cwd | Removed C:\\cwd\\@C | Added C:\\cwd\\@C | Added C:\\cwd | CWDEnd",
               TakeEvents());
     EXPECT_FALSE(ovIsDirHandleValid(old));
-    EXPECT_FALSE(ovIsSameDir(old, ovGetCWD(path)));
     EXPECT_EQ("No directory specified", Change(""));
     EXPECT_EQ("", TakeEvents());
-}
-
-TEST_F(CurrentDirectory, ComesFirstInEveryChain) {
-    Add("C:\\A");
-    EXPECT_EQ("-1 C:\\cwd\\f.sv | -1 C:\\A\\f.sv", WhereIsF());
-    Change("C:\\A");
-    EXPECT_EQ("-1 C:\\A\\f.sv | -1 C:\\A\\f.sv", WhereIsF());
-    EXPECT_EQ(ovDirTypeCWD, ovGetDirType(ovGetCWD(path)));
 }
 
 TEST_F(CurrentDirectory, HiddenIsEmptyUnlessItIsOnThePathToo) {
@@ -126,7 +117,6 @@ TEST_F(CurrentDirectory, MayBeMissingFromTheStart) {
     Add("C:\\A"), CheckIndex();
     EXPECT_EQ("C:\\A", PathText(path));
     EXPECT_EQ(ovDirTypePath, ovGetDirType(Find("C:\\A"))) << "the slot of the current directory stays free";
-    EXPECT_EQ("-1 C:\\A\\f.sv", WhereIsF());
     EXPECT_EQ("-1 C:\\A\\f.sv", Search(ovCreateAllSearchIterator(path, u"", nullptr, ovCaseOfPath)).All());
     ovRefreshAllDirectories(path, ovRefreshReload), ovSetAllChanged(path),
         ovDeleteNonExistentDirectories(path);
