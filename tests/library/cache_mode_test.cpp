@@ -338,7 +338,7 @@ TEST_F(Cache, FeedsTheStorageLayersSources) {
     EXPECT_EQ("", items("C:\\T\\missing"));
 
     CachedDirMap map;
-    map[u"dir"] = {{u"dir/@k", u"plain", u"v1.2"}, {u"f.sv"}, {u"c.sv"}, {u"n.sv"}, {u"u"}};
+    map[u"dir"] = {{u"dir/@k", u".git", u"plain", u"v1.2"}, {u"f.sv"}, {u"c.sv"}, {u"n.sv"}, {u"u"}};
     factory.InstallCachedDirItems(map, at("C:\\T"));
     const auto running = factory.CreateDirItemsIterator(at("C:\\T\\dir"));
     running->First();

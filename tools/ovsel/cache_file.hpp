@@ -6,11 +6,10 @@
 
 namespace tool {
 
-/// How far both of the library's readers follow a cache. Elements are nested at most 256 deep in one of them,
-/// and the root and an entry of the innermost folder count too.
+/// How far both of the library's readers follow a cache.
 inline constexpr std::size_t MostCacheBytes = std::size_t{256} << 20;
 inline constexpr std::size_t MostCacheName = 1280;
-inline constexpr std::size_t MostCacheLevels = 254;
+inline constexpr std::size_t MostCacheLevels = 2048;
 
 /// One entry of a folder. `d` is a plain sub-folder; a file is `C` if it is known to define a class, `N` if
 /// it is known not to, `U` if it may be a folder too (a link), and otherwise `F`.

@@ -49,7 +49,7 @@ class Examination {
     void Examine(const CacheFolder& folder, std::size_t level) {
         Refuse(folder.name, WhyNotCarried(folder.name));
         Refuse(folder.name, m_snapshot.IsUnreadable(folder) ? "cannot be read" : nullptr);
-        Refuse(folder.name, level > MostCacheLevels ? "is nested deeper than 254 folders" : nullptr);
+        Refuse(folder.name, level > MostCacheLevels ? "is nested deeper than 2048 folders" : nullptr);
         for (const CacheEntry& entry : folder.entries) {
             const std::string name = folder.name + '/' + entry.name;
             Refuse(name, WhyNotCarried(entry.name));

@@ -107,7 +107,7 @@ Examples:
 
 FILE is replaced in one step and only by a whole cache, read back before. A name that is not ASCII or holds a
 control character, ", & or < cannot stand in a cache; nor can one beyond 1280 bytes from the prefix on, a folder
-that cannot be read, and one nested deeper than 254. If there is one, all are named (with -0 on standard output,
+that cannot be read, and one nested deeper than 2048. If there is one, all are named (with -0 on standard output,
 else on standard error) and nothing is written.
 )";
 

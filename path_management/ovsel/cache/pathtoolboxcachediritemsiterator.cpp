@@ -28,14 +28,14 @@ void PathToolboxCacheDirItemsIterator::SeekCurrentItem() {
     for (; m_stage < StageCount; ++m_stage, m_listIndex = 0)
         for (const std::vector<ustring>& list = CurrentList(); m_listIndex < list.size(); ++m_listIndex) {
             m_item = ItemOf(list[m_listIndex]);
-            if (!IsRepeated(m_item))
+            if (!IsPassedOver(m_item))
                 return;
         }
     m_atEnd = true;
 }
 
-bool PathToolboxCacheDirItemsIterator::IsRepeated(const DirItemInfo& item) {
-    return m_stage == 0 && m_specialNames.IsRepeated(item.name);
+bool PathToolboxCacheDirItemsIterator::IsPassedOver(const DirItemInfo& item) {
+    return item.name.empty() || (m_stage == 0 && m_specialNames.IsRepeated(item.name));
 }
 
 const std::vector<ustring>& PathToolboxCacheDirItemsIterator::CurrentList() const {

@@ -24,7 +24,8 @@ class PathToolboxCacheDirItemsIterator final : public IDirItemsIterator {
     void SeekCurrentItem();
     const std::vector<ustring>& CurrentList() const;
     DirItemInfo ItemOf(const ustring& entry) const;
-    bool IsRepeated(const DirItemInfo& item);
+    /// A name that nothing is left of, and a special directory that has come before.
+    bool IsPassedOver(const DirItemInfo& item);
 
     std::shared_ptr<const CachedDirContents> m_contents;
     DirItemInfo m_item;
