@@ -6,8 +6,8 @@
 
 #include "host_interfaces/storage.hpp"
 #include "ovsel/names/ovselconstants.hpp"
-#include "rows.hpp"
 #include "tests/support/fake_platform.hpp"
+#include "tests/support/texts.hpp"
 
 namespace {
 
@@ -22,7 +22,7 @@ std::string Answer(Function function, std::size_t size) {
     if constexpr (sizeof(Char) == 1)
         text = dst;
     else
-        text = Narrow(dst);
+        text = N(dst);
     return result == nullptr ? "null" + text : result == dst ? text : "elsewhere";
 }
 
@@ -34,7 +34,7 @@ std::string Plain(decltype(ovGetClassNameFromFullName) function, const std::stri
 /// The same question to the Location form, with the separators turned.
 std::string Location(decltype(ovGetClassNameFromLocation) function, std::string name, std::size_t size = 64) {
     std::replace(name.begin(), name.end(), '\\', '/');
-    const foundation::storage::vfs::AbsoluteIRI location(u"file", Wide(name));
+    const foundation::storage::vfs::AbsoluteIRI location(u"file", U(name));
     return Answer<char16_t>([&](char16_t* dst, std::size_t n) { return function(location, dst, n); }, size);
 }
 
@@ -53,7 +53,7 @@ TEST(DirectoryNames, AreClassifiedByTheirSpelling) {
          {u"+", u"@", u"+a.b", u"@a.b", u"@\u00e9", u"+\u0080", u"Private", u"privates", u"p", u"a@", u""}}};
     for (const auto& [kind, names] : rows)
         for (const ustring& name : names)
-            EXPECT_EQ(ClassifyDirEntryName(name), kind) << Narrow(name);
+            EXPECT_EQ(ClassifyDirEntryName(name), kind) << N(name);
 }
 
 TEST(DirectoryNames, AreMarkedByAnyElementButPrivateByTheLast) {
@@ -66,7 +66,7 @@ TEST(DirectoryNames, AreMarkedByAnyElementButPrivateByTheLast) {
           R"(x+\+@\@ | @+)", " | ", "a/@b | ", R"(a\private | p)", R"(a\private\ | )", R"(a\Private | )",
           "private | p", "a/private | p", R"(a\privates | )", R"(é\private | p)", R"(@a\private | @p)"}) {
         const std::string name = Fields(row)[0];
-        EXPECT_EQ((Texts{marks(name.c_str()), marks(Wide(name))}), Texts(2, Fields(row)[1])) << row;
+        EXPECT_EQ((Texts{marks(name.c_str()), marks(U(name))}), Texts(2, Fields(row)[1])) << row;
     }
     EXPECT_FALSE(ovIsPrivateDirName(nullptr));
     EXPECT_STREQ(ovGetPackageDirName(R"(a+\+b\+c)"), R"(+b\+c)");
@@ -139,7 +139,7 @@ TEST(ObjectNames, AreReadOffTheInnermostClass) {
                             " | null",
                             "@ | "}) {
         const std::string name = Fields(row)[0];
-        EXPECT_EQ((Texts{Object(name.c_str()), Object(Wide(name).c_str())}), Texts(2, Fields(row)[1])) << row;
+        EXPECT_EQ((Texts{Object(name.c_str()), Object(U(name).c_str())}), Texts(2, Fields(row)[1])) << row;
     }
     // The bound counts the name before its separators shrink.
     EXPECT_EQ((Texts{Object(u"@a\\@b", 0), Object(u"@a\\@b", 4), Object("@a\\@b", 4), Object("@a\\@b", 5)}),

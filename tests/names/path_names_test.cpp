@@ -6,8 +6,8 @@
 #include "host_interfaces/filesystem.hpp"
 #include "linux_host/linux_host.hpp"
 #include "ovsel/names/pathnormalizer.hpp"
-#include "rows.hpp"
 #include "tests/support/fake_platform.hpp"
+#include "tests/support/texts.hpp"
 
 namespace {
 
@@ -19,14 +19,14 @@ TEST(JoinedNames, GetOneSeparatorInBothForms) {
           R"(C:\a | //b | C:\a\/b)", R"( | \b | \b)", R"( | /b | /b)", R"(a\\ | b | a\\b)", R"(a |  | a\)",
           R"(C: | b | C:\b)", R"(é | b | é\b)", R"(a\ | C:\b | a\C:\b)", " |  | "}) {
         const Texts fields = Fields(row);
-        ustring wide = Wide(fields[0]), subdir = wide;
+        ustring wide = U(fields[0]), subdir = wide;
         char plain[64], plainSubdir[64], combined[64];
         std::strcpy(plain, fields[0].c_str());
         std::strcpy(plainSubdir, plain);
         std::memset(combined, '\\', sizeof combined); // what the buffer held before must not matter
-        ovConcatPathName(wide, Wide(fields[1]));
-        ovConcatPathSubdir(subdir, Wide(fields[1]));
-        EXPECT_EQ((Texts{Narrow(wide), Narrow(subdir), ovConcatPathName(plain, fields[1].c_str()),
+        ovConcatPathName(wide, U(fields[1]));
+        ovConcatPathSubdir(subdir, U(fields[1]));
+        EXPECT_EQ((Texts{N(wide), N(subdir), ovConcatPathName(plain, fields[1].c_str()),
                          ovConcatPathSubdir(plainSubdir, fields[1].c_str()),
                          ovCombinePathName(combined, fields[0].c_str(), fields[1].c_str())}),
                   Texts(5, fields[2]))
@@ -78,16 +78,16 @@ TEST(SeparatedNames, AgreeInAllForms) {
                             "xy::a | xy:: | a", R"(:\a | : | a)", R"(C:\é\€ | C:\é | €)"}) {
         const Texts fields = Fields(row);
         const char* full = fields[0].c_str();
-        ustring wideDir = u"old", inPlace = Wide(full);
+        ustring wideDir = u"old", inPlace = U(full);
         char dir[64] = "old";
-        const std::string wideFile = Narrow(ovSeparatePathName(Wide(full), wideDir));
+        const std::string wideFile = N(ovSeparatePathName(U(full), wideDir));
         const char* file = ovSeparatePathName(full, dir);
-        EXPECT_EQ((Texts{full, Narrow(wideDir), wideFile}), fields);
+        EXPECT_EQ((Texts{full, N(wideDir), wideFile}), fields);
         EXPECT_EQ((Texts{full, dir, file}), fields);
         EXPECT_EQ(file, full + fields[0].size() - fields[2].size()) << "a pointer into the name";
         EXPECT_EQ(ovSeparatePathName(full, nullptr), file);
-        EXPECT_EQ(Narrow(ovSeparatePathName(Wide(full))), wideFile);
-        EXPECT_EQ(Narrow(ovSeparatePathName(inPlace, inPlace)), wideFile);
+        EXPECT_EQ(N(ovSeparatePathName(U(full))), wideFile);
+        EXPECT_EQ(N(ovSeparatePathName(inPlace, inPlace)), wideFile);
         EXPECT_EQ(inPlace, wideDir);
     }
 }
@@ -140,8 +140,7 @@ TEST(AbsoluteNames, AreJudgedByEachFormsOwnRule) {
          {R"(C:\a | 11)", "C:/a | 11", R"(\\s\h | 11)", "//s/h | 10", "C: | 01", "C:a | 01", R"(\\s | 01)",
           R"(\a | 00)", "/a | 00", "a | 00", " | 00", R"(1:\a | 00)"}) { // wide, plain
         const std::string name = Fields(row)[0];
-        EXPECT_EQ(std::to_string(ovIsAbsolutePath(Wide(name))) +
-                      std::to_string(ovIsAbsolutePath(name.c_str())),
+        EXPECT_EQ(std::to_string(ovIsAbsolutePath(U(name))) + std::to_string(ovIsAbsolutePath(name.c_str())),
                   Fields(row)[1])
             << row;
     }
@@ -151,8 +150,8 @@ TEST(AbsoluteNames, AreNormalisedByText) {
     for (const char* row : {R"(C:\..\a | C:\a)", R"(C:\a\..\b | C:\b)", R"(C:\a\.\b\ | C:\a\b)",
                             R"(C:\a\\b | C:\a\b)", R"(C:\ | C:\)", R"(C:\a\..\..\..\b | C:\b)",
                             R"(\\s\h\..\a | \\s\h\a)", R"(\\s\h | \\s\h\)", R"(C:\...\.a | C:\...\.a)"}) {
-        const ustring name = Wide(Fields(row)[0]);
-        EXPECT_EQ(Narrow(PathNormalizer(name).Normalize()), Fields(row)[1]) << row;
+        const ustring name = U(Fields(row)[0]);
+        EXPECT_EQ(N(PathNormalizer(name).Normalize()), Fields(row)[1]) << row;
     }
     const ustring server = u"\\\\server";
     EXPECT_THROW(PathNormalizer(server).Normalize(), ovsel::incorrect_root_exception);

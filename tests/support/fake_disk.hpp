@@ -8,8 +8,8 @@
 
 #include <ovsel/hooks.hpp>
 
-#include "host_interfaces/text.hpp"
 #include "host_interfaces/utility.hpp"
+#include "support/texts.hpp"
 
 /// A disk in memory behind the five I/O hooks, in the system's grammar. Listings keep the order in which they
 /// were written down; calls are counted.
@@ -53,7 +53,7 @@ class FakeDisk {
     static char16_t* Read(ovPath, const ustring& dirName, unsigned short** attributes) {
         FakeDisk& disk = Get();
         ++disk.listings;
-        const auto found = disk.dirs.find(Narrow(dirName));
+        const auto found = disk.dirs.find(N(dirName));
         if (found == disk.dirs.end())
             return nullptr;
         ustring names;
@@ -66,28 +66,24 @@ class FakeDisk {
         return block;
     }
     static ovDirAccessibility Accessibility(ovPath, const ustring& name) {
-        const auto special = Get().accessibility.find(Narrow(name));
+        const auto special = Get().accessibility.find(N(name));
         if (special != Get().accessibility.end())
             return special->second;
-        return Get().dirs.count(Narrow(name)) ? ovDirAccessible : ovDirNonexistent;
+        return Get().dirs.count(N(name)) ? ovDirAccessible : ovDirNonexistent;
     }
     static bool Reserved(const ustring&) { return false; }
     static bool Exists(ovPath, const ustring& name) {
         ++Get().existenceQueries;
-        Get().lastQuery = Narrow(name);
+        Get().lastQuery = N(name);
         return Get().dirs.count(Get().lastQuery) != 0;
     }
     static long FileTime(ovPath, const ustring& name) {
         ++Get().timeQueries;
-        const auto found = Get().times.find(Narrow(name));
+        const auto found = Get().times.find(N(name));
         return found == Get().times.end() ? 0 : found->second;
     }
 
   private:
-    static std::string Narrow(const ustring& name) {
-        return fl::i18n::codecvt_ustring_to_narrow_string()(name);
-    }
-
     static unsigned short* Words(const std::vector<Entry>& entries) {
         auto* words = static_cast<unsigned short*>(HostCalloc(entries.size() + 1, sizeof(unsigned short)));
         for (std::size_t i = 0; i < entries.size(); ++i)
@@ -101,12 +97,9 @@ class FakeDisk {
             dirs.try_emplace(dir + "\\" + word);
             return {word, 0x4000};
         }
-        if (word.back() == '?')
-            return {word.substr(0, word.size() - 1), 0};
-        if (word.ends_with(":C"))
-            return {word.substr(0, word.size() - 2), 0x8001};
-        if (word.ends_with(":N"))
-            return {word.substr(0, word.size() - 2), 0x8002};
+        for (const auto& [mark, bits] : {std::pair{"?", 0}, {":C", 0x8001}, {":N", 0x8002}})
+            if (word.ends_with(mark))
+                return {word.substr(0, word.rfind(mark[0])), static_cast<unsigned short>(bits)};
         if (const auto at = word.find('='); at != std::string::npos)
             return {word.substr(0, at),
                     static_cast<unsigned short>(std::stoul(word.substr(at + 1), nullptr, 16))};

@@ -27,7 +27,6 @@ class FakePlatform : public host::IPlatform {
     std::map<ustring, ustring> fullPaths;        ///< by name; any other cannot be expanded
     std::map<std::string, std::string> environment;
     std::int64_t now = 1'000'000'000;
-    std::uint32_t processId = 4711;
     /// Is this byte the first of a two-byte character? By default text is single bytes.
     std::function<bool(unsigned char)> isLeadByte = [](unsigned char) { return false; };
 
@@ -48,18 +47,15 @@ class FakePlatform : public host::IPlatform {
     /// Lets all open handles on a folder answer @p answer from now on. @return how many there are.
     int SetAnswer(const ustring& folder, std::uint32_t answer) {
         int count = 0;
-        for (auto& [number, handle] : handles) {
-            if (handle.name == folder) {
-                handle.answer = answer;
-                ++count;
-            }
-        }
+        for (auto& [number, handle] : handles)
+            if (handle.name == folder)
+                handle.answer = answer, ++count;
         return count;
     }
     int Signal(const ustring& folder) { return SetAnswer(folder, host::WaitObject0); }
     int Break(const ustring& folder) { return SetAnswer(folder, host::WaitFailed); }
 
-    std::map<std::string, int> calls; ///< by name of the operation
+    std::map<std::string, int> calls; ///< of the operations that somebody counts, by name
 
     std::uint32_t GetDriveType(const ustring& root) override {
         ++calls["GetDriveType"];
@@ -71,23 +67,18 @@ class FakePlatform : public host::IPlatform {
         const auto found = fullPaths.find(name);
         return found == fullPaths.end() ? ustring() : found->second;
     }
-    std::int64_t CurrentTime() override {
-        ++calls["CurrentTime"];
-        return now;
-    }
+    std::int64_t CurrentTime() override { return now; }
     bool LocalTime(std::int64_t seconds, std::tm& result) override {
-        ++calls["LocalTime"];
         const std::time_t time = seconds;
         return gmtime_r(&time, &result) != nullptr;
     }
-    std::uint32_t CurrentProcessId() override { return processId; }
+    std::uint32_t CurrentProcessId() override { return 4711; }
     const char* GetEnvironment(const char* name) override {
         ++calls["GetEnvironment"];
         const auto found = environment.find(name);
         return found == environment.end() ? nullptr : found->second.c_str();
     }
     const char* PreviousCharacter(const char* start, const char* p) override {
-        ++calls["PreviousCharacter"];
         const char* character = start;
         for (const char* next = start; next < p;) {
             character = next;
@@ -96,47 +87,33 @@ class FakePlatform : public host::IPlatform {
         return character;
     }
     host::ChangeHandle FindFirstChangeNotification(const ustring& name, bool, std::uint32_t) override {
-        ++calls["FindFirstChangeNotification"];
-        if (handlesRefused || (refusesAt && refusesAt(name))) {
+        if (handlesRefused || (refusesAt && refusesAt(name)))
             return host::InvalidChangeHandle;
-        }
         handles[++m_lastHandle] = {name};
         return m_lastHandle;
     }
     bool FindNextChangeNotification(host::ChangeHandle handle) override {
-        ++calls["FindNextChangeNotification"];
         const auto found = handles.find(handle);
-        if (found != handles.end() && found->second.answer == host::WaitObject0) {
+        if (found != handles.end() && found->second.answer == host::WaitObject0)
             found->second.answer = host::WaitTimeout;
-        }
         return found != handles.end();
     }
     bool FindCloseChangeNotification(host::ChangeHandle handle) override {
-        ++calls["FindCloseChangeNotification"];
         return handles.erase(handle) == 1;
     }
-    std::uint32_t WaitForSingleObject(host::ChangeHandle handle, std::uint32_t milliseconds) override {
-        ++calls[milliseconds == 0 ? "WaitForSingleObject" : "WaitForSingleObject with a time"];
+    std::uint32_t WaitForSingleObject(host::ChangeHandle handle, std::uint32_t) override {
         const auto found = handles.find(handle);
         return found == handles.end() ? host::WaitFailed : found->second.answer;
     }
-    void BeginChangeChecks() override {
-        ++calls["BeginChangeChecks"];
-        checking = true;
-    }
-    void EndChangeChecks() override {
-        ++calls["EndChangeChecks"];
-        checking = false;
-    }
+    void BeginChangeChecks() override { checking = true; }
+    void EndChangeChecks() override { checking = false; }
     bool WriteProbeFile(const ustring& name, std::string_view) override {
         ++calls["WriteProbeFile"];
-        if (probeFilesRefused) {
+        if (probeFilesRefused)
             return false;
-        }
         probeFiles.push_back(name);
-        if (probeFilesNotified) {
+        if (probeFilesNotified)
             Signal(name.substr(0, name.find_last_of(u"\\/")));
-        }
         return true;
     }
 

@@ -49,8 +49,7 @@ class FakeStorage : public foundation::storage::vfs::StorageSystem {
 
   private:
     static std::string NameOf(const AbsoluteIRI& location) {
-        return fl::i18n::codecvt_ustring_to_narrow_string()(
-            foundation::storage::vfs::fromAbsoluteIRI(location));
+        return N(foundation::storage::vfs::fromAbsoluteIRI(location));
     }
     /// A listing that says nothing of an entry leaves the storage layer to look for itself.
     static bool IsFolder(const std::string& folder, const FakeDisk::Entry& entry) {

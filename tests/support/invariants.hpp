@@ -13,6 +13,7 @@
 #include "ovsel/model/pathpackagediriteminfo.hpp"
 #include "ovsel/model/pathprivatediriteminfo.hpp"
 #include "ovsel/model/pathsubdiriteminfo.hpp"
+#include "support/texts.hpp"
 
 /// Checks the whole index of a path against its records and says in words what is wrong; an empty text is
 /// good news. May be called whenever no operation of the path is running.
@@ -30,7 +31,7 @@ class InvariantCheck {
             }
         std::size_t chained = 0;
         m_manager.GetNameTable().ForEach([&](const PathNameInfo& info) {
-            Expect(!info.HasNoItems(), "an entry without items: " + Text(info.GetKey()));
+            Expect(!info.HasNoItems(), "an entry without items: " + N(info.GetKey()));
             for (int c = 0; c < NameCategoryCount; ++c)
                 chained += CheckChain(info, static_cast<NameCategory>(c));
         });
@@ -40,13 +41,10 @@ class InvariantCheck {
     }
 
   private:
-    static std::string Text(const ustring& name) {
-        return fl::i18n::codecvt_ustring_to_narrow_string()(name);
-    }
     static std::string Name(const PathItemInfo& item) {
         ustring name;
         item.GetFullName(name);
-        return Text(name);
+        return N(name);
     }
     void Expect(bool holds, const std::string& fault) {
         if (!holds)

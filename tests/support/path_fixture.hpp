@@ -1,6 +1,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <utility>
 
 #include <ovsel/ovsel.hpp>
 
@@ -44,22 +45,17 @@ class PathFixture : public testing::Test {
         return ovAddDir(path, U(name), where);
     }
     ovDir Find(const std::string& name) { return ovFindDirFullName(path, U(name)); }
-    PathMgr& Manager() { return static_cast<PathMgr&>(**path); }
     void CheckIndex() {
         if (path != nullptr && path->IsValid())
             EXPECT_EQ("", InvariantCheck(path).Run());
     }
 
-    /// The first word of each message with the letter of its hook, and its arguments are not looked at here.
+    /// Each message behind the letter of its hook.
     static std::vector<std::string>& Messages() {
         static std::vector<std::string> messages;
         return messages;
     }
-    static std::string TakeMessages() {
-        const std::string text = Join(Messages());
-        Messages().clear();
-        return text;
-    }
+    static std::string TakeMessages() { return Join(std::exchange(Messages(), {})); }
     /// The text of a message as it reaches a hook.
     static std::string MessageText(char hook, const char* id, std::vector<ustring> arguments = {}) {
         return std::string(1, hook) + " " +
@@ -77,11 +73,7 @@ class PathFixture : public testing::Test {
             events.push_back(names[event] + (name.empty() ? "" : " " + name));
         });
     }
-    std::string TakeEvents() {
-        const std::string text = Join(events);
-        events.clear();
-        return text;
-    }
+    std::string TakeEvents() { return Join(std::exchange(events, {})); }
 
     FakePlatform platform;
     FakeStorageInForce storage;

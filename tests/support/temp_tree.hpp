@@ -35,9 +35,8 @@ class TempTree {
     }
 
     void Add(std::initializer_list<std::string_view> entries) {
-        for (const std::string_view entry : entries) {
+        for (const std::string_view entry : entries)
             Add(std::string(entry));
-        }
     }
 
     /// Writes a file, making its parents.
@@ -45,9 +44,8 @@ class TempTree {
         MakeParent(path);
         std::ofstream stream(Path(path), std::ios::binary);
         stream << text;
-        if (!stream.flush()) {
+        if (!stream.flush())
             throw std::runtime_error("cannot write " + Path(path));
-        }
     }
 
     /// Removes an entry and all beneath it.
@@ -58,17 +56,15 @@ class TempTree {
     }
 
     void Permit(const std::string& path, ::mode_t mode) {
-        if (::chmod(Path(path).c_str(), mode) != 0) {
+        if (::chmod(Path(path).c_str(), mode) != 0)
             throw std::runtime_error("cannot change permissions of " + Path(path));
-        }
     }
 
     /// Sets the modification time of an entry, in seconds since the epoch.
     void SetTime(const std::string& path, long seconds) {
         const ::timespec times[2] = {{seconds, 0}, {seconds, 0}};
-        if (::utimensat(AT_FDCWD, Path(path).c_str(), times, 0) != 0) {
+        if (::utimensat(AT_FDCWD, Path(path).c_str(), times, 0) != 0)
             throw std::runtime_error("cannot set the time of " + Path(path));
-        }
     }
 
     const std::string& Root() const { return m_root; }
@@ -77,9 +73,8 @@ class TempTree {
   private:
     explicit TempTree(const std::filesystem::path& parent) {
         std::string pattern = std::filesystem::canonical(parent) / "tree-XXXXXX";
-        if (::mkdtemp(pattern.data()) == nullptr) {
+        if (::mkdtemp(pattern.data()) == nullptr)
             throw std::runtime_error("no temporary folder");
-        }
         m_root = pattern;
     }
 
@@ -105,9 +100,8 @@ class TempTree {
         std::filesystem::permissions(folder, std::filesystem::perms::owner_all,
                                      std::filesystem::perm_options::add, ignored);
         for (const auto& entry : std::filesystem::directory_iterator(folder, ignored)) {
-            if (entry.is_directory(ignored) && !entry.is_symlink(ignored)) {
+            if (entry.is_directory(ignored) && !entry.is_symlink(ignored))
                 MakeAccessible(entry.path());
-            }
         }
     }
 

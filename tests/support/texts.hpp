@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <ovsel/ovsel.hpp>
@@ -17,6 +18,15 @@ inline std::string Join(const std::vector<std::string>& words, const char* betwe
     for (const std::string& word : words)
         line += (line.empty() ? "" : between) + word;
     return line;
+}
+
+/// Fields of a table's row, which is written as one text with " | " between them.
+inline std::vector<std::string> Fields(std::string_view row) {
+    std::vector<std::string> fields;
+    for (std::size_t end; (end = row.find(" | ")) != row.npos; row.remove_prefix(end + 3))
+        fields.emplace_back(row.substr(0, end));
+    fields.emplace_back(row);
+    return fields;
 }
 
 /// An extension list for a search.
