@@ -412,20 +412,18 @@ TEST_F(Cache, GivesBackWhatWasWritten) {
         ovRemovePath(fromDisk);
 
         const auto kept = std::exchange(disk.dirs, {{"C:\\cwd", {}}});
-        disk.listings = 0;
         const ovPath fromCache = NewPath("from the cache", ovCaseSensitive, u"C:\\T");
         disk.listings = 0;
         ovUseToolboxCache(fromCache, U(FileName()), u"C:\\T", false);
-        for (const std::string& dir : dirs) // the storage layer's mode asks this hook too
-            disk.accessibility[dir] = ovDirAccessible;
-        for (const std::string& dir : dirs)
+        for (const std::string& dir : dirs) {
+            disk.accessibility[dir] = ovDirAccessible; // the storage layer's mode asks this hook too
             ovAddDir(fromCache, U(dir), ovDirAddAtEnd);
+        }
         platform.now += 5;
         ovWritePathToCacheFile(fromCache, FileName().c_str());
-        const auto withoutDate = [](const std::string& text) {
-            return WithoutOrder(text.substr(text.find('\n')), '\n');
-        };
-        EXPECT_EQ(withoutDate(first), withoutDate(FileText()));
+        const std::string second = FileText();
+        EXPECT_EQ(WithoutOrder(first.substr(first.find('\n')), '\n'),
+                  WithoutOrder(second.substr(second.find('\n')), '\n'));
         EXPECT_EQ(expected, answers(fromCache)) << first;
         EXPECT_EQ(0, disk.listings);
         ovRevertFromToolboxCache(fromCache);

@@ -46,9 +46,7 @@ TEST_F(ClassFiles, AreFoundInFoldersAndAmongPlainFiles) {
         const char* file;
     } const rows[] = {
         {"Both", "C:\\A\\@Both\\Both.p"},     // at one place the folder wins, and in it the later extension
-        {"Plain", "C:\\A\\Plain.sv"},         //
         {"Text", ""},                         // not in the list
-        {"Empty", ""},                        //
         {"Later", "C:\\B\\@Later\\Later.sv"}, // earlier on the path than the plain one
         {"Odd", "C:\\B\\@Odd\\Odd.sv"},       // a plain file that is no class hides nothing
         {"Shadow", "C:\\D\\@Shadow\\Shadow.sv"}, //

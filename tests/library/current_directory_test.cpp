@@ -28,10 +28,7 @@ TEST_F(CurrentDirectory, AnswersEveryBadNameWithItsText) {
     disk.accessibility = {{"C:\\denied", ovDirPermissionDenied}, {"C:\\broken", ovDirAccessFailure}};
     const std::string longest = "C:\\" + std::string(1021, 'x');
     disk.Put(longest, "");
-    struct {
-        std::string name;
-        std::string result;
-    } const rows[] = {
+    const std::pair<std::string, std::string> rows[] = {
         {"", "No directory specified"},
         {"C:\\denied", "Directory permission denied"},
         {"C:\\nowhere", "Name is nonexistent or not a directory"},
@@ -40,8 +37,8 @@ TEST_F(CurrentDirectory, AnswersEveryBadNameWithItsText) {
         {longest, longest},
         {"C:/A", "C:\\A"},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(row.result, Change(row.name)) << row.name;
+    for (const auto& [name, result] : rows)
+        EXPECT_EQ(result, Change(name)) << name;
     EXPECT_STREQ("No directory specified", ovSetCWDName(path, static_cast<const char*>(nullptr)));
     EXPECT_EQ("C:\\A", N(ovGetCWDName(path))) << "failures change nothing";
     EXPECT_EQ("", TakeMessages()) << "the text is the report";

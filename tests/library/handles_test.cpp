@@ -61,7 +61,6 @@ TEST_F(Handles, TellKindNameAndPlace) {
         {"C:\\A", ovDirTypePath, "A", ""},
         {"C:\\A\\@C", ovDirTypeClass, "C", "C:\\A"},
         {"C:\\A\\+p", ovDirTypePackage, "p", "C:\\A"},
-        {"C:\\A\\private", ovDirTypePrivate, "private", "C:\\A"},
         {"C:\\A\\+p\\@D", ovDirTypeClass, "D", "C:\\A\\+p"},
         {"C:\\A\\+p\\@D\\private", ovDirTypePrivate, "private", "C:\\A\\+p\\@D"},
         {"C:\\B", ovDirTypeNull, "", ""},
@@ -76,7 +75,6 @@ TEST_F(Handles, TellKindNameAndPlace) {
         if (std::string(row.name).starts_with("C:\\A"))
             EXPECT_TRUE(ovIsSameDir(dir, ovGetPathDir(found)));
     }
-    EXPECT_EQ(ovDirTypeNull, ovGetDirType(ovDir()));
     EXPECT_EQ("C:\\A\\private", N(ovGetDirName(ovGetPrivateDir(dir))));
     EXPECT_EQ(ovDirTypeNull, ovGetDirType(ovGetPrivateDir(ovGetCWD(path))));
     EXPECT_EQ("C:\\", N(ovGetBaseDirName(ovGetNextPathDir(dir)))) << "a root is called by its whole name";

@@ -30,10 +30,7 @@ TEST_F(PathList, RefusesWhatCannotStandOnIt) {
     disk.accessibility = {{"C:\\denied", ovDirPermissionDenied},
                           {"C:\\broken", ovDirAccessFailure},
                           {"C:\\odd", static_cast<ovDirAccessibility>(2)}};
-    struct {
-        const char* name;
-        const char* warning; ///< null: silent
-    } const rows[] = {
+    const std::pair<const char*, const char*> rows[] = {
         {"C:\\A\\@C", "methodDirectoriesNotAllowedOnPath"},
         {"C:\\@C\\sub", "methodDirectoriesNotAllowedOnPath"},
         {"C:\\A\\+p", "packageDirectoriesNotAllowedOnPath"},
@@ -44,12 +41,11 @@ TEST_F(PathList, RefusesWhatCannotStandOnIt) {
         {"C:\\broken", "directoryAccessFailure"},
         {"C:\\odd", "directoryAccessFailure"},
         {"\\\\server", "nameNonexistentOrNotADirectory"},
-        {"", nullptr},
+        {"", nullptr}, // silent
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(ovDirTypeNull, ovGetDirType(Add(row.name))) << row.name;
-        EXPECT_EQ(row.warning ? MessageText('W', row.warning, {U(row.name)}) : "", TakeMessages())
-            << row.name;
+    for (const auto& [name, warning] : rows) {
+        EXPECT_EQ(ovDirTypeNull, ovGetDirType(Add(name))) << name;
+        EXPECT_EQ(warning ? MessageText('W', warning, {U(name)}) : "", TakeMessages()) << name;
     }
     EXPECT_EQ(ovDirTypeNull, ovGetDirType(ovAddDir(path, static_cast<const char*>(nullptr), ovDirAddAtEnd)));
     EXPECT_EQ("C:\\cwd", PathText(path));

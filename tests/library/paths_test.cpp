@@ -17,16 +17,13 @@ TEST_F(Paths, AreFoundByNameAsLongAsTheyAreInService) {
 
     ovRemovePath(path);
     EXPECT_TRUE(ovLookupPath("main") == nullptr);
-    const ovPath again = ovCreatePath(0, "main");
+    ovPath again = NewPath("main");
     EXPECT_TRUE(again != nullptr) << "the name is free although a handle holds the old path";
-    ovRemovePath(path); // silent
-    ovRemovePath(ovPath());
-}
-
-TEST_F(Paths, GoWithTheirLastHandleAndSaySo) {
+    ovRemovePath(path), ovRemovePath(ovPath()); // silent
+    path = again;
     Listen();
-    path = ovPath();
-    EXPECT_EQ("PathRemoved", TakeEvents());
+    path = again = ovPath();
+    EXPECT_EQ("PathRemoved", TakeEvents()) << "it goes with its last handle";
     EXPECT_TRUE(ovLookupPath("main") == nullptr);
 }
 
@@ -138,21 +135,12 @@ TEST(PathsWithoutHooks, CannotBeCreated) {
 }
 
 TEST(FileSystems, AreNamedByTheStartOfAName) {
-    struct {
-        const char16_t* name;
-        const char16_t* fileSystem; ///< empty: none
-    } const rows[] = {{u"C:\\dir", u"C:"},
-                      {u"C:abc\\def", u"C:abc"},
-                      {u"C:", u""},
-                      {u"C:a", u"C:"},
-                      {u"\\\\server", u"\\\\server"},
-                      {u"\\\\s\\share\\d", u"\\\\s"},
-                      {u"abc", u""},
-                      {u"\\abc", u""}};
-    for (const auto& row : rows) {
+    for (const char* row : {R"(C:\dir | C:)", R"(C:abc\def | C:abc)", "C: | ", "C:a | C:",
+                            R"(\\server | \\server)", R"(\\s\share\d | \\s)", "abc | ", R"(\abc | )"}) {
+        const std::string name = Fields(row)[0], fileSystem = Fields(row)[1];
         ustring out = u"old";
-        EXPECT_EQ(*row.fileSystem != 0, FileSystemTable::NameOf(out, row.name)) << N(row.name);
-        EXPECT_EQ(row.fileSystem, out);
+        EXPECT_EQ(fileSystem != "", FileSystemTable::NameOf(out, U(name))) << row;
+        EXPECT_EQ(fileSystem, N(out)) << row;
     }
 }
 

@@ -59,7 +59,7 @@ TEST_F(Reading, AsksTheDiskAboutSpecialNamesOnly) {
 }
 
 TEST_F(Reading, TakesTheModeFromTheEnvironmentOnce) {
-    // The mode of this process has been asked for long ago; that nothing asks again is what can be seen here.
+    // The mode of this process has been asked for long ago.
     platform.environment["PATH_MGR_MODE"] = "vfs";
     platform.calls.clear();
     EXPECT_FALSE(IsVFSMode());
@@ -87,19 +87,6 @@ class Records : public PathFixture {
         return Contents(dir);
     }
 };
-
-TEST_F(Records, KeepWhatTheirKindAccepts) {
-    const char* all = "z.sv a sub/ @C/ +p/ private/";
-    disk.Put("C:\\A", all);
-    for (const char* child : {"C:\\A\\@C", "C:\\A\\+p", "C:\\A\\private"})
-        disk.Put(child, all);
-    const ovDir dir = Add("C:\\A");
-    EXPECT_EQ("z.sv a +p @C private sub", Contents(dir));
-    EXPECT_EQ("z.sv a private", Contents(Find("C:\\A\\@C")))
-        << "no class, package or plain directory in a class";
-    EXPECT_EQ("z.sv a +p @C private", Contents(Find("C:\\A\\+p"))) << "no plain directory in a package";
-    EXPECT_EQ("z.sv a", Contents(Find("C:\\A\\private"))) << "private is flat";
-}
 
 TEST_F(Records, GiveFilesTheirKindAndForgetItAtAReload) {
     disk.Put("C:\\A", "c.sv:C n.sv:N private/");
@@ -138,63 +125,44 @@ TEST_F(Records, SurviveReloadsAsTheSameObjects) {
 TEST_F(Records, FindFilesByStemOrByWholeName) {
     disk.Put("C:\\A", "foo.sv foo.p foo FOO.sv a. a bar.sv foo.longer");
     const ovDir dir = Add("C:\\A");
-    struct {
-        const char* name;
-        bool caseSensitive;
-        const char* result;
-    } const rows[] = {
+    const std::tuple<const char*, bool, const char*> rows[] = {
         {"foo", true, "foo.sv foo.p foo foo.longer"},
         {"foo", false, "foo.sv foo.p foo FOO.sv foo.longer"},
         {"foo.p", true, "foo.p"},
         {"foo.SV", false, "foo.sv FOO.sv"},
         {"foo.long", true, ""},
         {"a.", true, "a. a"},
-        {"", true, "foo.sv foo.p foo FOO.sv a. a bar.sv foo.longer"},
-    };
-    for (const auto& row : rows) {
+        {"", true, "foo.sv foo.p foo FOO.sv a. a bar.sv foo.longer"}};
+    for (const auto& [asked, caseSensitive, result] : rows) {
         std::vector<std::string> names;
         const PathFileItemInfo* file = nullptr;
-        while ((file = dir->FindNextFile(file, U(row.name), row.caseSensitive))) {
+        while ((file = dir->FindNextFile(file, U(asked), caseSensitive))) {
             ustring name;
             file->AppendName(name);
             names.push_back(N(name));
         }
-        EXPECT_EQ(row.result, Join(names, " ")) << row.name;
+        EXPECT_EQ(result, Join(names, " ")) << asked;
     }
     disk.Put("C:\\B", "foo.sv");
     EXPECT_EQ(nullptr, dir->FindNextFile(Add("C:\\B")->GetFiles()[0], u"foo", true)) << "a file of elsewhere";
 }
 
 TEST_F(Records, SplitNamesAtTheLastDot) {
-    struct {
-        const char* diskName;
-        const char* name;
-        const char* extension; ///< null: none
-        const char* otherName; ///< near, and not the disk name
-    } const rows[] = {
-        {"foo.sv", "foo", "sv", "foo.s"},
-        {"foo.abcd", "foo", "abcd", "foo.abcde"},
-        {"foo.abcde", "foo", "abcde", "foo.abcd"},
-        {"foo", "foo", nullptr, "foo."},
-        {"foo.", "foo", "", "foo"},
-        {"a.b.c", "a.b", "c", "a.b"},
-        {"Foo.sv", "Foo", "sv", "foo.sv"},
-        {"a..", "a.", "", "a."},
-    };
-    for (const auto& row : rows) {
-        disk.Put("C:\\A", row.diskName);
+    // Disk name, name, extension or null, and a name near it that is not the disk name.
+    for (const char* row :
+         {"foo.sv | foo | sv | foo.s", "foo.abcd | foo | abcd | foo.abcde",
+          "foo.abcde | foo | abcde | foo.abcd", "foo | foo | null | foo.", "foo. | foo |  | foo",
+          "a.b.c | a.b | c | a.b", "Foo.sv | Foo | sv | foo.sv", "a.. | a. |  | a."}) {
+        const std::vector<std::string> fields = Fields(row);
+        disk.Put("C:\\A", fields[0]);
         const ovDir dir = Add("C:\\A");
         const PathFileItemInfo* file = dir->GetFiles().at(0);
-        SCOPED_TRACE(row.diskName);
-        EXPECT_EQ(row.name, N(file->GetName()));
-        ASSERT_EQ(row.extension == nullptr, file->GetExtension() == nullptr);
-        if (row.extension)
-            EXPECT_EQ(row.extension, N(file->GetExtension()));
-        EXPECT_TRUE(file->MatchesDiskName(U(row.diskName)));
-        EXPECT_FALSE(file->MatchesDiskName(U(row.otherName)));
+        EXPECT_EQ(fields[1], N(file->GetName())) << row;
+        EXPECT_EQ(fields[2], file->GetExtension() ? N(file->GetExtension()) : "null") << row;
+        EXPECT_TRUE(file->MatchesDiskName(U(fields[0])) && !file->MatchesDiskName(U(fields[3]))) << row;
         ustring full;
         file->GetFullName(full);
-        EXPECT_EQ("C:\\A\\" + std::string(row.diskName), N(full));
+        EXPECT_EQ("C:\\A\\" + fields[0], N(full));
         ovRemoveDir(dir);
     }
     disk.Put("C:\\A", "foo.;x a.b/ @C/");
@@ -237,25 +205,6 @@ TEST_F(Records, HoldTheLastOfTwoPrivateDirectories) {
     const ovDir dir = Add("C:\\A");
     CheckIndex();
     EXPECT_EQ("f.sv", Contents(ovGetPrivateDir(dir)));
-}
-
-TEST_F(Records, DoNotOutliveAHookThatThrows) {
-    disk.Put("C:\\A", "f.sv @C/ @D/");
-    static int calls = 0;
-    calls = 0;
-    ovSetIOFcns(
-        path,
-        [](ovPath asked, const ustring& name, unsigned short** words) {
-            if (++calls == 3)
-                throw std::runtime_error("the disk is on fire");
-            return FakeDisk::Read(asked, name, words);
-        },
-        nullptr, nullptr, nullptr, nullptr);
-    EXPECT_THROW(Add("C:\\A"), std::runtime_error);
-    CheckIndex();
-    EXPECT_EQ("C:\\cwd", PathText(path));
-    EXPECT_EQ(nullptr, path->FindNameInfo(u"f"));
-    EXPECT_EQ(ovDirTypePath, ovGetDirType(Add("C:\\A"))) << "the next try succeeds";
 }
 
 } // namespace

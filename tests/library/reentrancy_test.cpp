@@ -19,6 +19,19 @@ class Reentrancy : public PathFixture {
         disk.Put("C:\\cwd3", "f.sv");
         ovSetCWDName(path, u"C:\\cwd");
     }
+    /// Listings throw for the directory that is burning.
+    void ListWithFire() {
+        burning = nullptr;
+        ovSetIOFcns(
+            path,
+            [](ovPath asked, const ustring& name, unsigned short** words) {
+                if (burning && name == burning)
+                    throw std::runtime_error("the disk is on fire");
+                return FakeDisk::Read(asked, name, words);
+            },
+            nullptr, nullptr, nullptr, nullptr);
+    }
+    static inline const char16_t* burning = nullptr;
     /// Runs @p act once, at the first event of that kind on that directory.
     void At(ovEventType wanted, const std::string& name, std::function<void(ovDir)> act) {
         ovRegisterPathInterest(path, [=, done = false](ovEventType event, ovDir dir) mutable {
@@ -113,15 +126,7 @@ TEST_F(Reentrancy, AHookMayKeepItsHandleWhileAPathIsMade) {
 }
 
 TEST_F(Reentrancy, AHookThatThrowsLeavesThePathInOrder) {
-    static const char16_t* burning = nullptr;
-    ovSetIOFcns(
-        path,
-        [](ovPath asked, const ustring& name, unsigned short** words) {
-            if (burning && name == burning)
-                throw std::runtime_error("the disk is on fire");
-            return FakeDisk::Read(asked, name, words);
-        },
-        nullptr, nullptr, nullptr, nullptr);
+    ListWithFire();
     burning = u"C:\\cwd2\\@K";
     EXPECT_THROW(ovSetCWDName(path, u"C:\\cwd2"), std::runtime_error);
     CheckIndex();
@@ -129,6 +134,9 @@ TEST_F(Reentrancy, AHookThatThrowsLeavesThePathInOrder) {
     burning = u"C:\\A\\+p";
     EXPECT_THROW(Add("C:\\A"), std::runtime_error);
     CheckIndex();
+    EXPECT_EQ("C:\\cwd2", PathText(path));
+    EXPECT_EQ(ovDirTypeNull, ovGetDirType(Find("C:\\A\\@C")))
+        << "read before the fire, and gone with the rest";
     burning = nullptr;
     EXPECT_EQ(ovDirTypePath, ovGetDirType(Add("C:\\A")));
 }
@@ -214,31 +222,23 @@ TEST_F(Reentrancy, TheLastHandleMayGoInTheMiddle) {
 }
 
 TEST_F(Reentrancy, AThrowingHookLeavesARefreshInOrder) {
-    static bool burning = false;
-    ovSetIOFcns(
-        path,
-        [](ovPath asked, const ustring& name, unsigned short** words) {
-            if (burning && name == u"C:\\A\\+late")
-                throw std::runtime_error("the disk is on fire");
-            return FakeDisk::Read(asked, name, words);
-        },
-        nullptr, nullptr, nullptr, nullptr);
+    ListWithFire();
     disk.Put("C:\\A", "");
     const ovDir a = Add("C:\\A");
     disk.Put("C:\\A", "f.sv +late/");
-    burning = true;
+    burning = u"C:\\A\\+late";
     EXPECT_THROW(ovRefreshAllDirectories(path, ovRefreshReload), std::runtime_error);
     CheckIndex();
-    burning = false;
+    burning = nullptr;
     ovRefreshAllDirectories(path, ovRefreshCheck);
     EXPECT_EQ(1u, a->GetPackageDirs().size());
     ovFreeze(a);
     disk.Put("C:\\A", "");
     ovRefreshAllDirectories(path, ovRefreshReloadFrozen);
     disk.Put("C:\\A", "+late/");
-    burning = true;
+    burning = u"C:\\A\\+late";
     EXPECT_THROW(ovRefreshDirectory(a, ovRefreshReloadFrozen), std::runtime_error);
-    burning = false;
+    burning = nullptr;
     EXPECT_TRUE(ovIsFrozen(a));
 }
 
