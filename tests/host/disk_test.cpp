@@ -53,7 +53,7 @@ TEST_F(Disk, AnswersForEveryKindOfNameOrFailsInItsOwnWay) {
     TempTree tree{"dir/file", "closed/x", "unlisted/x", "link -> dir", "lost -> none", "round -> round"};
     tree.Permit("", 0755);
     tree.Permit("closed", 0);
-    tree.Permit("unlisted", 0711);
+    tree.Permit("unlisted", 0311);
     struct Row {
         ustring name; ///< inside the tree
         Outcome exists, enter;
