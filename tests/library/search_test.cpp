@@ -80,8 +80,6 @@ TEST_F(SearchFixture, OrdersEveryScope) {
          "2 C:\\B\\private\\plot.sv"},
         {"all visible files", ovCreateVisibleSearchIterator(b, u"", Extensions{"sv"}, ovCaseOfPath),
          "1 C:\\B\\private\\plot.sv | 1 C:\\A\\@plot\\plot.sv | 1 C:\\A\\plot.sv | 1 C:\\B\\plot.sv"},
-        {"all private files", ovCreatePrivateSearchIterator(b, u"", any, ovCaseOfPath),
-         "2 C:\\B\\private\\plot.sv"},
         {"all methods", ovCreateMethodSearchIterator(path, u"", any, ovCaseOfPath),
          "1 C:\\C\\@plot\\plot.p | 2 C:\\A\\@plot\\plot.sv | 2 C:\\A\\@plot\\draw.sv"},
     };
