@@ -283,7 +283,7 @@ TEST_F(ChangeHandles, CostARefreshThatFindsNothingOneSystemCallHoweverManyTheyAr
     std::vector<std::unique_ptr<Watch>> watches;
     while (watches.size() < 1000) {
         const std::string folder = "d" + std::to_string(watches.size());
-        tree.Add({folder + "/"});
+        std::filesystem::create_directory(tree.Path(folder));
         watches.push_back(std::make_unique<Watch>(NameOf(tree, folder)));
     }
     Platform().BeginChangeChecks();

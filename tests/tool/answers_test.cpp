@@ -121,7 +121,7 @@ TEST(Tree, UsesColoursAndBoxesOnATerminalOnly) {
 TEST(Dirs, CountsTheDemoWorld) {
     DemoWorld world;
     world.tree.Add({"A/sub/", "A/+gfx/@pen/pen.sv", "A/@plot/private/help.sv"});
-    EXPECT_EQ(world.tool({"dirs"}).out,
+    EXPECT_EQ(world.tool("dirs").out,
               " pos  kind                files classes packages private files sub-folders  folder\n"
               "   0  current directory       1       0        0             0           0  C\n"
               "   1  path                    1       2        1             1           1  A\n"

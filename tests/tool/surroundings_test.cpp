@@ -81,7 +81,7 @@ TEST(ExitStatus, OfAQuestionThatACacheForbidsIsThree) {
 TEST(Output, EndsQuietlyWhenTheReaderHasGoneAndLoudlyWhenTheDiskIsFull) {
     DemoWorld world;
     world.tool.target = Tool::Stdout::ClosedPipe;
-    const Outcome gone = world.tool({"tree"});
+    const Outcome gone = world.tool("tree");
     EXPECT_EQ(gone.err, "");
     EXPECT_TRUE(gone.status == 0 || gone.status == 128 + SIGPIPE) << gone.status;
     world.tool.ignoresBrokenPipes = true;
