@@ -87,8 +87,6 @@ TEST(CacheTree, FindsWhatAWalkWouldFind) {
 }
 
 TEST_F(Cache, AnswersThePathsHooks) {
-    if (IsVFSMode())
-        GTEST_SKIP() << "hooks are not asked";
     disk.Put("C:\\T\\unlisted", "u.sv");
     disk.Put("C:\\other", "o.sv");
     disk.Put("C:\\T\\disk.d", "");
@@ -121,12 +119,7 @@ TEST_F(Cache, AnswersThePathsHooks) {
               Search(ovCreateVisibleSearchIterator(ovGetNullDir(path), u"x.p", nullptr, ovCaseOfPath)).All());
     EXPECT_EQ(0, disk.listings + disk.existenceQueries + disk.timeQueries) << "the disk is left alone";
 
-    const struct {
-        const char* name;
-        bool directory;
-        int accessibility;
-        long time;
-    } rows[] = {
+    const std::tuple<const char*, bool, int, long> rows[] = {
         {"C:\\T\\a", true, 1, 0},
         {"C:\\T\\a\\@K", true, 1, 0},
         {"C:\\T\\a\\@Nowhere", true, 1, 0}, // by its form
@@ -143,10 +136,10 @@ TEST_F(Cache, AnswersThePathsHooks) {
         {"C:\\T", true, 1, 0},
     };
     disk.dirs["C:\\T"];
-    for (const auto& row : rows) {
-        EXPECT_EQ(row.directory, CacheIsDirectory(path, U(row.name))) << row.name;
-        EXPECT_EQ(row.accessibility, CacheGetAccessibility(path, U(row.name))) << row.name;
-        EXPECT_EQ(row.time, CacheGetFileTime(path, U(row.name))) << row.name;
+    for (const auto& [name, directory, accessibility, time] : rows) {
+        EXPECT_EQ(directory, CacheIsDirectory(path, U(name))) << name;
+        EXPECT_EQ(accessibility, CacheGetAccessibility(path, U(name))) << name;
+        EXPECT_EQ(time, CacheGetFileTime(path, U(name))) << name;
     }
     const ovPath loose = NewPath("loose", ovCaseInsensitive);
     EXPECT_TRUE(CacheIsDirectory(loose, u"c:\\t\\A"));
@@ -160,8 +153,6 @@ TEST_F(Cache, AnswersThePathsHooks) {
 }
 
 TEST_F(Cache, TellsWhatItIsAskedToTell) {
-    if (IsVFSMode())
-        GTEST_SKIP() << "hooks are not asked";
     disk.Put("C:\\T\\unlisted", "");
     folder.Write("cache.xml", "<Q><D name=\"a\"><D name=\"a/b\"></D></D><D name=\"c\"></D></Q>");
     const auto load = "Attempting to load Toolbox Path Cache " + FileName() + "\n";
@@ -287,8 +278,6 @@ TEST_F(Cache, DoesNotMultiply) {
 }
 
 TEST_F(Cache, SurvivesAPrintFunctionThatMeddles) {
-    if (IsVFSMode())
-        GTEST_SKIP() << "hooks are not asked";
     folder.Write("cache.xml",
                  "<Q><D name=\"a\"><F name=\"in_a.sv\"/></D><D name=\"c\"><F name=\"in_c.sv\"/></D></Q>");
     folder.Write("small.xml", "<Q></Q>");

@@ -70,12 +70,7 @@ TEST_F(Change, IsNotifiedWhereAHandleIsToBeHad) {
 
 TEST_F(Change, WithoutAHandleGoesByPolicyAndIsWarnedOfAsRationed) {
     platform.handlesRefused = true;
-    struct {
-        const char* name;
-        ovWarnInvalidCNH mode;
-        const char* state;
-        const char* warnings;
-    } const rows[] = {
+    const std::tuple<const char*, ovWarnInvalidCNH, const char*, const char*> rows[] = {
         {"C:\\A", ovWarnCNHOnce, "state 1 policy 0", "couldNot C:\\A"},
         {"C:\\R", ovWarnCNHOnce, "state 1 policy 0", "couldNot C:\\R"}, // local ones are not counted
         {"R:\\A", ovWarnCNHNever, "state 1 policy 5", ""},
@@ -83,11 +78,11 @@ TEST_F(Change, WithoutAHandleGoesByPolicyAndIsWarnedOfAsRationed) {
         {"R:\\C", ovWarnCNHOnce, "state 1 policy 5", ""}, // one for the file system
         {"R:\\C", ovWarnCNHAlways, "state 1 policy 5", "noSuppor R:\\C"},
     };
-    for (const auto& row : rows) {
-        ovSetNotificationHandleWarnings(path, row.mode);
-        ovRemoveDir(Find(row.name));
-        EXPECT_EQ(row.state, State(Add(row.name))) << row.name;
-        EXPECT_EQ(row.warnings, TakeIds()) << row.name;
+    for (const auto& [name, mode, state, warnings] : rows) {
+        ovSetNotificationHandleWarnings(path, mode);
+        ovRemoveDir(Find(name));
+        EXPECT_EQ(state, State(Add(name))) << name;
+        EXPECT_EQ(warnings, TakeIds()) << name;
     }
     EXPECT_EQ(ovRefreshByTimeStamp, ovNonNotifiedRemoteCWDRefreshPolicy(path, ovRefreshNotified));
     ASSERT_EQ(nullptr, ovSetCWDName(path, u"R:\\A"));

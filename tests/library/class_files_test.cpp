@@ -41,10 +41,7 @@ TEST_F(ClassFiles, AreFoundInFoldersAndAmongPlainFiles) {
     classes = {"C:\\A\\@Both\\Both.p",      "C:\\A\\Both.sv",          "C:\\A\\Plain.sv",
                "C:\\A\\Text.txt",           "C:\\B\\@Later\\Later.sv", "C:\\D\\Later.sv",
                "C:\\D\\@Shadow\\Shadow.sv", "C:\\B\\@Odd\\Odd.sv"};
-    struct {
-        const char* name;
-        const char* file;
-    } const rows[] = {
+    const std::pair<const char*, const char*> rows[] = {
         {"Both", "C:\\A\\@Both\\Both.p"},     // at one place the folder wins, and in it the later extension
         {"Text", ""},                         // not in the list
         {"Later", "C:\\B\\@Later\\Later.sv"}, // earlier on the path than the plain one
@@ -54,8 +51,8 @@ TEST_F(ClassFiles, AreFoundInFoldersAndAmongPlainFiles) {
         {"B\xc3\xb6th", ""},                     //
         {"", ""},                                //
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(row.file, Where(row.name)) << row.name;
+    for (const auto& [name, file] : rows)
+        EXPECT_EQ(file, Where(name)) << name;
     classes.insert("C:\\A\\Odd.sv");
     EXPECT_EQ("C:\\B\\@Odd\\Odd.sv", Where("Odd")) << "the host's answer is remembered";
     ovRemoveDir(Find("C:\\A")), Add("C:\\A", ovDirAddAtBegin);
@@ -106,18 +103,14 @@ TEST_F(ClassFiles, AskTheHostOnceUntilTheDirectoryIsReadAgain) {
     EXPECT_EQ("C:\\A\\O.sv", Where("O")) << "read again, asked again";
     EXPECT_EQ(2, asked);
 
-    struct {
-        const char16_t* name;
-        const char16_t* fullName;
-        bool result;
-        int asks;
-    } const rows[] = {{u"O", u"", true, 0},          {u"N.sv", u"anything", true, 1},
-                      {u"N.sv", u"", true, 0},       {u"T.txt", u"anything", false, 0},
-                      {u"T", u"anything", false, 0}, {u"missing", u"", false, 0}};
-    for (const auto& row : rows) {
+    const std::tuple<const char16_t*, const char16_t*, bool, int> rows[] = {
+        {u"O", u"", true, 0},          {u"N.sv", u"anything", true, 1},
+        {u"N.sv", u"", true, 0},       {u"T.txt", u"anything", false, 0},
+        {u"T", u"anything", false, 0}, {u"missing", u"", false, 0}};
+    for (const auto& [name, fullName, result, asks] : rows) {
         asked = 0;
-        EXPECT_EQ(row.result, ovIsFileClassdef(dir, row.fullName, row.name)) << N(row.name);
-        EXPECT_EQ(row.asks, asked) << N(row.name);
+        EXPECT_EQ(result, ovIsFileClassdef(dir, fullName, name)) << N(name);
+        EXPECT_EQ(asks, asked) << N(name);
     }
     EXPECT_FALSE(ovIsFileClassdef(ovGetNullDir(path), "anything", "N"));
     EXPECT_FALSE(ovIsFileClassdef(ovDir(), "anything", "N"));

@@ -51,12 +51,7 @@ TEST_F(Handles, TellKindNameAndPlace) {
     disk.Put("C:\\", "");
     const ovDir dir = Add("C:\\A");
     Add("C:\\");
-    struct {
-        const char* name;
-        ovDirType type;
-        const char* base;
-        const char* parent;
-    } const rows[] = {
+    const std::tuple<const char*, ovDirType, const char*, const char*> rows[] = {
         {"C:\\cwd", ovDirTypeCWD, "cwd", ""},
         {"C:\\A", ovDirTypePath, "A", ""},
         {"C:\\A\\@C", ovDirTypeClass, "C", "C:\\A"},
@@ -65,14 +60,14 @@ TEST_F(Handles, TellKindNameAndPlace) {
         {"C:\\A\\+p\\@D\\private", ovDirTypePrivate, "private", "C:\\A\\+p\\@D"},
         {"C:\\B", ovDirTypeNull, "", ""},
     };
-    for (const auto& row : rows) {
-        const ovDir found = Find(row.name);
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(row.type, ovGetDirType(found));
-        EXPECT_EQ(row.base, N(ovGetBaseDirName(found)));
-        EXPECT_EQ(row.type == ovDirTypeNull ? "" : row.name, N(ovGetDirName(found)));
-        EXPECT_EQ(row.parent, N(ovGetDirName(ovGetParentDir(found))));
-        if (std::string(row.name).starts_with("C:\\A"))
+    for (const auto& [name, type, base, parent] : rows) {
+        const ovDir found = Find(name);
+        SCOPED_TRACE(name);
+        EXPECT_EQ(type, ovGetDirType(found));
+        EXPECT_EQ(base, N(ovGetBaseDirName(found)));
+        EXPECT_EQ(type == ovDirTypeNull ? "" : name, N(ovGetDirName(found)));
+        EXPECT_EQ(parent, N(ovGetDirName(ovGetParentDir(found))));
+        if (std::string(name).starts_with("C:\\A"))
             EXPECT_TRUE(ovIsSameDir(dir, ovGetPathDir(found)));
     }
     EXPECT_EQ("C:\\A\\private", N(ovGetDirName(ovGetPrivateDir(dir))));

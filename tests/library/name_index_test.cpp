@@ -5,12 +5,7 @@
 namespace {
 
 TEST(NameEquality, FoldsOnlyNamesOfEqualLength) {
-    struct {
-        const char16_t* a;
-        const char16_t* b;
-        bool exact;
-        bool folded;
-    } const rows[] = {
+    const std::tuple<const char16_t*, const char16_t*, bool, bool> rows[] = {
         {u"plot", u"PLOT", false, true},
         {u"plot", u"plo", false, false},
         {u"", u"", true, true},
@@ -23,9 +18,9 @@ TEST(NameEquality, FoldsOnlyNamesOfEqualLength) {
         {u"ab\u00e9", u"AC\u00c9", false, false},
         {u"\u00dfs", u"s\u00df", false, true},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(row.exact, NamesEqual(row.a, row.b, true)) << N(row.a) << " " << N(row.b);
-        EXPECT_EQ(row.folded, NamesEqual(row.a, row.b, false)) << N(row.a) << " " << N(row.b);
+    for (const auto& [a, b, exact, folded] : rows) {
+        EXPECT_EQ(exact, NamesEqual(a, b, true)) << N(a) << " " << N(b);
+        EXPECT_EQ(folded, NamesEqual(a, b, false)) << N(a) << " " << N(b);
     }
 }
 

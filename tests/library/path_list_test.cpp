@@ -61,11 +61,7 @@ TEST_F(PathList, MakesRelativeNamesAbsolute) {
 }
 
 TEST_F(PathList, IsReplacedKeepingWhatItKnows) {
-    struct {
-        const char* directories;
-        const char* result;
-        int listings;
-    } const rows[] = {
+    const std::tuple<const char*, const char*, int> rows[] = {
         {"C:\\A;;C:\\B;", "C:\\cwd; C:\\A; C:\\B (changed)", 2},
         {"C:\\B;C:\\A", "C:\\cwd; C:\\B; C:\\A", 0},
         {"C:\\A;C:\\B;C:\\A", "C:\\cwd; C:\\A; C:\\B (changed)", 0},
@@ -76,10 +72,10 @@ TEST_F(PathList, IsReplacedKeepingWhatItKnows) {
         {";;", "C:\\cwd (changed)", 0},
         {"", "C:\\cwd", 0},
     };
-    for (const auto& row : rows) {
+    for (const auto& [directories, result, listings] : rows) {
         const int before = disk.listings;
-        EXPECT_EQ(row.result, Replace(row.directories)) << row.directories;
-        EXPECT_EQ(row.listings, disk.listings - before) << row.directories;
+        EXPECT_EQ(result, Replace(directories)) << directories;
+        EXPECT_EQ(listings, disk.listings - before) << directories;
     }
 }
 

@@ -24,10 +24,7 @@ class Reading : public PathFixture {
 };
 
 TEST_F(Reading, ClassifiesByAttributeThenByNameThenByLook) {
-    struct {
-        const char* entries;
-        const char* result;
-    } const rows[] = {
+    const std::pair<const char*, const char*> rows[] = {
         {"", ""},
         {".=4000 ..=4000 .git=4000 .x", ""},
         {"a.sv b.sv:C c.sv:N d.sv=8003", "a.sv 2 | b.sv 2/1 | c.sv 2/2 | d.sv 2/1"},
@@ -39,9 +36,9 @@ TEST_F(Reading, ClassifiesByAttributeThenByNameThenByLook) {
         {".x=4000 a:N .y b=4000 .z=8001 c", "a 2/2 | b 1 | c 2"},
         {"q=0001 r=0002", "q 2? | r 2?"},
     };
-    for (const auto& row : rows) {
-        disk.Put("C:\\L", row.entries);
-        EXPECT_EQ(row.result, Read("C:\\L")) << row.entries;
+    for (const auto& [entries, result] : rows) {
+        disk.Put("C:\\L", entries);
+        EXPECT_EQ(result, Read("C:\\L")) << entries;
     }
     disk.Put("C:\\M", "@C/ +p/ private/ sub/ f.sv");
     disk.withAttributes = false;
