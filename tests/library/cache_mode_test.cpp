@@ -1,6 +1,7 @@
 #include "cache_fixture.hpp"
 
 #include <algorithm>
+#include <functional>
 #include <random>
 #include <sstream>
 
@@ -353,17 +354,29 @@ TEST_F(Cache, FeedsTheStorageLayersSources) {
 }
 
 TEST_F(Cache, GivesBackWhatWasWritten) {
+    std::mt19937 random(11);
+    const auto pick = [&](std::size_t n) {
+        return std::uniform_int_distribution<std::size_t>(0, n - 1)(random);
+    };
+    const std::vector<std::string> files{"plot.sv", "plot.p", "Plot.sv", "a.b.sv", "n", "x.svx", "K.sv"};
+    const std::vector<std::string> marks{"", ":C", ":N", "?"};
+    const std::vector<std::string> folders{"@K/", "@plot/", "+p/", "private/", "sub/", "other/"};
+    const std::function<void(const std::string&, int)> fill = [&](const std::string& dir, int depth) {
+        std::string entries;
+        for (const std::string& file : files)
+            if (pick(3) == 0)
+                entries += file + marks[pick(marks.size())] + " ";
+        std::vector<std::string> below;
+        for (const std::string& name : folders)
+            if (depth < 3 && pick(3) == 0) {
+                entries += name + " ";
+                below.push_back(dir + "\\" + name.substr(0, name.size() - 1));
+            }
+        disk.Put(dir, entries);
+        for (const std::string& name : below)
+            fill(name, depth + 1);
+    };
     const std::vector<std::string> dirs{"C:\\T\\a", "C:\\T\\b\\c", "C:\\T\\b"};
-    disk.Put(dirs[0], "plot.sv Plot.sv:C a.b.sv? n x.svx:N @K/ @plot/ +p/ private/ sub/ other/");
-    disk.Put(dirs[0] + "\\@K", "K.sv:C plot.p private/");
-    disk.Put(dirs[0] + "\\@K\\private", "plot.sv n?");
-    disk.Put(dirs[0] + "\\+p", "plot.sv:N +p/ @plot/ private/");
-    disk.Put(dirs[0] + "\\+p\\+p", "n? K.sv @K/");
-    disk.Put(dirs[0] + "\\+p\\@plot", "plot.sv:C");
-    disk.Put(dirs[0] + "\\private", "plot.p:C K.sv");
-    disk.Put(dirs[1], "plot.p? Plot.sv");
-    disk.Put(dirs[2], "n:N plot.sv @plot/");
-    disk.Put(dirs[2] + "\\@plot", "plot.sv a.b.sv:N");
     const auto answers = [&](const ovPath& asked) {
         std::string text;
         const auto add = [&](const char* name, ovSearch* search, int (*find)(ovSearch*, ovDir*, ustring&)) {
@@ -379,24 +392,32 @@ TEST_F(Cache, GivesBackWhatWasWritten) {
         }
         return text;
     };
-    const ovPath fromDisk = PrefixedPath("from the disk", dirs);
-    ovWritePathToCacheFile(fromDisk, FileName().c_str());
-    const std::string first = FileText(), expected = answers(fromDisk);
-    ovRemovePath(fromDisk);
+    for (int round = 0; round < 20; ++round) {
+        for (const std::string& dir : dirs)
+            fill(dir, 0);
+        const ovPath fromDisk = PrefixedPath("from the disk", dirs);
+        ovWritePathToCacheFile(fromDisk, FileName().c_str());
+        const std::string first = FileText();
+        const std::string expected = answers(fromDisk);
+        ovRemovePath(fromDisk);
 
-    disk.dirs = {{"C:\\cwd", {}}};
-    const ovPath fromCache = NewPath("from the cache", ovCaseSensitive, u"C:\\T");
-    disk.listings = 0;
-    ovUseToolboxCache(fromCache, U(FileName()), u"C:\\T", false);
-    for (const std::string& dir : dirs) {
-        disk.accessibility[dir] = ovDirAccessible; // the storage layer's mode asks this hook too
-        ovAddDir(fromCache, U(dir), ovDirAddAtEnd);
+        const auto kept = std::exchange(disk.dirs, {{"C:\\cwd", {}}});
+        const ovPath fromCache = NewPath("from the cache", ovCaseSensitive, u"C:\\T");
+        disk.listings = 0;
+        ovUseToolboxCache(fromCache, U(FileName()), u"C:\\T", false);
+        for (const std::string& dir : dirs) {
+            disk.accessibility[dir] = ovDirAccessible; // the storage layer's mode asks this hook too
+            ovAddDir(fromCache, U(dir), ovDirAddAtEnd);
+        }
+        platform.now += 5;
+        ovWritePathToCacheFile(fromCache, FileName().c_str());
+        const std::string second = FileText();
+        EXPECT_EQ(WithoutOrder(first.substr(first.find('\n')), '\n'),
+                  WithoutOrder(second.substr(second.find('\n')), '\n'));
+        EXPECT_EQ(expected, answers(fromCache)) << first;
+        EXPECT_EQ(0, disk.listings);
+        ovRevertFromToolboxCache(fromCache);
+        ovRemovePath(fromCache);
+        disk.dirs = kept;
     }
-    platform.now += 5;
-    ovWritePathToCacheFile(fromCache, FileName().c_str());
-    const std::string second = FileText();
-    EXPECT_EQ(WithoutOrder(first.substr(first.find('\n')), '\n'),
-              WithoutOrder(second.substr(second.find('\n')), '\n'));
-    EXPECT_EQ(expected, answers(fromCache)) << first;
-    EXPECT_EQ(0, disk.listings);
 }
