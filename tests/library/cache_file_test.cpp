@@ -250,6 +250,7 @@ TEST_F(CacheFile, IsReadAsXmlForWhatItsElementsSay) {
     };
     for (const auto& row : rows) {
         EXPECT_EQ(row.map, ByXml(row.text)) << row.text.substr(0, 200);
+        ByHand(row.text); // which takes some of them; the sanitizers watch
         if (row.map == unable)
             EXPECT_EQ(2u, lastArguments.size()) << "the file and the reason";
     }
@@ -286,7 +287,7 @@ TEST_F(CacheFile, MayBeDamagedAtAnyByte) {
             EXPECT_EQ("SORVEN:ovsel:pathCacheXMLParseError", ByXml(text)) << text;
     }
     for (std::size_t at = 0; at < small.size(); ++at)
-        for (int byte = 0; byte < 256; byte += (at % 8 == 0 ? 1 : 17)) {
+        for (int byte = 0; byte < 256; ++byte) {
             std::string text = small;
             text[at] = static_cast<char>(byte);
             ByHand(text); // the sanitizers watch
