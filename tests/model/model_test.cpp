@@ -76,8 +76,12 @@ struct Step final : Command {
 
     Step() {
         const auto number = [] { return *rc::gen::arbitrary<unsigned>(); };
-        const int count = static_cast<int>(Operation::Kind::Count);
-        operation.kind = static_cast<Operation::Kind>(*rc::gen::inRange(0, count));
+        using Kind = Operation::Kind;
+        // What meets within one second is done more often.
+        const auto often = {Kind::Put, Kind::Erase, Kind::Refresh, Kind::AddAtEnd, Kind::Remove};
+        const int any = *rc::gen::inRange(0, 2 * static_cast<int>(Kind::Count));
+        operation.kind = any < static_cast<int>(Kind::Count) ? static_cast<Kind>(any)
+                                                             : *rc::gen::elementOf(std::vector(often));
         operation.a = number();
         operation.b = number();
         operation.c = number();

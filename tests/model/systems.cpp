@@ -96,6 +96,7 @@ class RealSystem final : public System {
         linux_host::testing::SetNotificationFaults(faults);
         for (const auto& [name, entries] : world.disk)
             m_tree.Add({Local(name) + "/"});
+        ChangeDisk({}, world.disk, {});
         Open(world);
     }
     ~RealSystem() override {
@@ -177,6 +178,8 @@ void System::Open(const World& world) {
     ovNonNotifiedRemotePathRefreshPolicy(m_path, ovRefreshByTimeStamp);
     ovNonNotifiedRemoteCWDRefreshPolicy(m_path, ovRefreshByTimeStamp);
     ASSERT_EQ(nullptr, ovSetCWDName(m_path, U(world.cwd.name)));
+    for (const Dir& dir : world.path)
+        ovAddDir(m_path, U(dir.name), ovDirAddAtEnd);
 }
 
 void System::Close() {

@@ -64,7 +64,26 @@ struct World {
             for (const std::string& dir : *pool)
                 disk[dir];
         disk["R:\\C"];
+        // Enough of everything from the start, so that a short sequence meets it.
+        for (const auto& [place, names] :
+             std::map<std::string, std::vector<std::string>>{{"R:\\A", {"plot.sv", "@K/", "+p/", "private/"}},
+                                                             {"R:\\A\\@K", {"K.sv", "draw.sv", "private/"}},
+                                                             {"R:\\A\\@K\\private", {"plot.p"}},
+                                                             {"R:\\A\\+p", {"plot.sv", "n", "+K/", "@K/"}},
+                                                             {"R:\\A\\+p\\+K", {"K.sv"}},
+                                                             {"R:\\A\\+p\\@K", {"K.sv", "draw.sv"}},
+                                                             {"R:\\A\\private", {"draw.sv", "Plot.sv"}},
+                                                             {"R:\\B", {"plot.p", "K.sv", "@plot/", "sub/"}},
+                                                             {"R:\\B\\@plot", {"plot.sv", "plot.p"}},
+                                                             {"R:\\C\\A", {"n", "a.b.sv", "@K/"}},
+                                                             {"R:\\C\\A\\@K", {"K.sv"}},
+                                                             {CWDPool()[0], {"draw.sv", "@plot/"}},
+                                                             {CWDPool()[0] + "\\@plot", {"plot.sv"}}})
+            for (const std::string& name : names)
+                Put(place, name.substr(0, name.find('/')), name.back() == '/');
         cwd = Read(disk, CWDPool()[0]);
+        for (const std::size_t i : {0, 1})
+            path.push_back(Read(disk, PathPool()[i]));
     }
 
     Disk disk;
@@ -178,8 +197,10 @@ struct World {
                 dir = Load(dir.name);
         cwd = Load(cwd.name);
     }
-    /// Any folder that there is, the path's own included.
+    /// Any folder that there is, and every other time one of the path's own.
     std::string Place(unsigned number) const {
+        if (number % 2 == 0)
+            return PathPool()[number / 2 % PathPool().size()];
         auto place = disk.begin();
         std::advance(place, static_cast<std::ptrdiff_t>(number % disk.size()));
         return place->first;
