@@ -61,12 +61,13 @@ class FakeSystem final : public System {
         FakeDisk::Get().times[name] = static_cast<long>(m_platform.now);
         m_platform.Signal(U(name));
     }
-    static void Show(const Disk& disk) {
+    void Show(const Disk& disk) {
         auto& dirs = FakeDisk::Get().dirs;
         dirs.clear();
         dirs[N(fl::filesystem::current_path())];
         for (const auto& [name, entries] : disk) {
             dirs[name];
+            m_platform.fullPaths[U(name)] = U(name); // without which it is on no drive, and so not remote
             FakeDisk::Get().times.try_emplace(name, 1000);
             for (const auto& [entry, isFolder] : entries) {
                 const bool told = entry != "draw.sv"; // of one file a listing tells nothing
