@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+#include "model/systems.hpp"
+
+namespace model {
+
+/// Where the library's answers to a sample of questions differ from the resolver's, or what is broken in its
+/// index; empty if nothing.
+std::string Difference(const World& world, System& system);
+
+} // namespace model
