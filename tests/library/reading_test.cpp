@@ -154,7 +154,7 @@ TEST_F(Records, SplitNamesAtTheLastDot) {
         disk.Put("C:\\A", fields[0]);
         const ovDir dir = Add("C:\\A");
         const PathFileItemInfo* file = dir->GetFiles().at(0);
-        EXPECT_EQ(fields[1], N(file->GetName())) << row;
+        EXPECT_EQ(fields[1], N(ustring(file->GetName()))) << row;
         EXPECT_EQ(fields[2], file->GetExtension() ? N(file->GetExtension()) : "null") << row;
         EXPECT_TRUE(file->MatchesDiskName(U(fields[0])) && !file->MatchesDiskName(U(fields[3]))) << row;
         ustring full;

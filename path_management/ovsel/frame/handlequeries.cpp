@@ -52,7 +52,7 @@ char* ovGetDirName(const ovDir& dir, char* buffer) {
 
 int ovGetDirNameLen(const ovDir& dir) { return boost::numeric_cast<int>(NarrowDirName(dir).size()); }
 
-ustring ovGetBaseDirName(const ovDir& dir) { return dir->GetName(); }
+ustring ovGetBaseDirName(const ovDir& dir) { return ustring(dir->GetName()); }
 
 bool ovIsSameDir(ovDir a, ovDir b) { return *a == *b; }
 

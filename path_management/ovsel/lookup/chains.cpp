@@ -41,7 +41,7 @@ PathItemInfo* PathItemInfo::Unlink() {
 void PathItemInfo::UnlinkFromNameInfo() {
     m_nameInfo->SetChain(GetCategory(), Unlink());
     if (m_nameInfo->HasNoItems())
-        m_manager->RemoveNameInfo(m_nameInfo);
+        GetManager()->RemoveNameInfo(m_nameInfo);
 }
 
 void PathItemInfo::PlaceInChain() {

@@ -72,7 +72,7 @@ PathFileItemInfo* ClassFileSearch::FindBestExtension(const PathAllDirItemInfo* d
 bool ClassFileSearch::IsEligibleDir(const PathDirItemInfo* dir) const {
     if (dir != m_path->GetCWD())
         return true;
-    const ustring& base = dir->GetName();
+    const std::u16string_view base = dir->GetName();
     return !base.starts_with(OvselConstants::U16_OBJPKGSENTINEL) &&
            !base.starts_with(OvselConstants::U16_OOPSENTINEL);
 }

@@ -1,41 +1,59 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <string_view>
 
-#include <boost/container_hash/hash.hpp>
-#include <boost/unordered/unordered_flat_map.hpp>
+#include <boost/unordered/unordered_flat_set.hpp>
 
+#include "ovsel/lookup/namekey.hpp"
 #include "ovsel/lookup/pathnameinfo.hpp"
 
 /// The name index of a path: one entry for each name, ASCII case aside, that anything below the path has.
 /// Other letters keep their case in the key.
 class NameTable {
   public:
-    NameTable() { m_entries.reserve(16); }
+    NameTable() { m_slots.reserve(16); }
+    ~NameTable();
+    NameTable(const NameTable&) = delete;
+    NameTable& operator=(const NameTable&) = delete;
 
     /// One hash, one probe; no allocation for names of up to 64 units.
-    PathNameInfo* Find(std::u16string_view name) const;
+    PathNameInfo* Find(std::u16string_view name) const {
+        const auto found = m_slots.find(NameKey(name));
+        return found == m_slots.end() ? nullptr : found->info;
+    }
     /// The entry of a name, made if it is new; @p spelling gets the index of this exact spelling.
     PathNameInfo* Add(std::u16string_view name, std::int32_t& spelling);
     /// Deletes an entry.
-    void Remove(const PathNameInfo* info);
+    void Remove(PathNameInfo* info);
 
-    std::size_t GetSize() const { return m_entries.size(); }
+    std::size_t GetSize() const { return m_slots.size(); }
     template <class Visit>
     void ForEach(Visit visit) const {
-        for (const auto& [key, info] : m_entries)
-            visit(*info);
+        for (const Slot& slot : m_slots)
+            visit(*slot.info);
     }
 
   private:
-    struct KeyHash {
-        std::size_t operator()(std::u16string_view key) const {
-            return boost::hash_range(key.begin(), key.end());
+    /// The hash stands in the slot, so that neither a growing table nor a miss looks at an entry.
+    struct Slot {
+        std::uint64_t hash;
+        PathNameInfo* info;
+    };
+    struct SlotHash {
+        using is_transparent = void;
+        using is_avalanching = void;
+        std::size_t operator()(const Slot& slot) const { return slot.hash; }
+        std::size_t operator()(const NameKey& key) const { return key.GetHash(); }
+    };
+    struct SlotEqual {
+        using is_transparent = void;
+        bool operator()(const Slot& a, const Slot& b) const { return a.info == b.info; }
+        bool operator()(const NameKey& key, const Slot& slot) const {
+            return key.GetHash() == slot.hash && key.IsKeyOf(slot.info->FirstSpelling());
         }
+        bool operator()(const Slot& slot, const NameKey& key) const { return (*this)(key, slot); }
     };
 
-    /// A key is a view of the one that its entry holds.
-    boost::unordered_flat_map<std::u16string_view, std::unique_ptr<PathNameInfo>, KeyHash> m_entries;
+    boost::unordered_flat_set<Slot, SlotHash, SlotEqual> m_slots; ///< owns the entries
 };

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -13,6 +15,9 @@ class PathItemInfo;
 /// All that a path knows under one name, without regard to ASCII case: every exact spelling, and for each
 /// category the head of a chain of items.
 ///
+/// Nearly all names have one spelling and items of one category, so that the entry is one small block: the
+/// head of one chain, and the first spelling right behind it. What else a name has stands apart.
+///
 /// Invariants, whenever no operation of the path is running:
 ///  1. an item that is linked is in exactly one chain, that of its category, and the first item of a chain is
 ///  its head;
@@ -23,32 +28,52 @@ class PathItemInfo;
 ///  6. a path-level record's order number is its position in the path list.
 class PathNameInfo {
   public:
-    PathNameInfo(std::u16string_view name, std::u16string_view key) : m_key(key) {
-        m_spellings.reserve(2);
-        m_spellings.emplace_back(name);
-    }
+    struct Deleter {
+        void operator()(PathNameInfo* info) const;
+    };
+    using Owner = std::unique_ptr<PathNameInfo, Deleter>;
 
-    const ustring& GetKey() const { return m_key; }
+    /// The only way to make one, since the name lies in its block.
+    static Owner Create(std::u16string_view name);
+    PathNameInfo(const PathNameInfo&) = delete;
+    PathNameInfo& operator=(const PathNameInfo&) = delete;
 
-    /// Spellings are never forgotten while the entry lives, so that the index in an item stays good.
-    const ustring& GetSpelling(std::int32_t index) const {
-        return m_spellings[static_cast<std::size_t>(index)];
+    /// The name with ASCII capitals lowered.
+    ustring GetKey() const;
+
+    /// NUL-terminated. Spellings are never forgotten while the entry lives, nor moved, so that the index in
+    /// an item and the text stay good.
+    std::u16string_view GetSpelling(std::int32_t index) const {
+        return index == 0 ? FirstSpelling() : *m_more->spellings[static_cast<std::size_t>(index) - 1];
     }
-    std::size_t GetSpellingCount() const { return m_spellings.size(); }
+    std::u16string_view FirstSpelling() const {
+        return {reinterpret_cast<const char16_t*>(this + 1), m_length};
+    }
+    std::size_t GetSpellingCount() const { return m_more ? 1 + m_more->spellings.size() : 1; }
     std::int32_t AddSpelling(std::u16string_view name);
 
     PathItemInfo* GetChain(NameCategory category) const {
-        return m_chains[static_cast<std::size_t>(category)];
+        if (category == m_category)
+            return m_chain;
+        return m_more ? m_more->chains[static_cast<std::size_t>(category)] : nullptr;
     }
-    void SetChain(NameCategory category, PathItemInfo* head) {
-        m_chains[static_cast<std::size_t>(category)] = head;
-    }
-    bool HasNoItems() const {
-        return std::all_of(m_chains.begin(), m_chains.end(), [](const PathItemInfo* head) { return !head; });
-    }
+    /// May allocate where @p head begins a chain that the entry has not had before.
+    void SetChain(NameCategory category, PathItemInfo* head);
+    bool HasNoItems() const;
 
   private:
-    std::vector<ustring> m_spellings;
-    ustring m_key;
-    std::array<PathItemInfo*, NameCategoryCount> m_chains{};
+    /// What few names have: chains of further categories, and spellings behind the first.
+    struct More {
+        std::array<PathItemInfo*, NameCategoryCount> chains{};
+        std::vector<std::unique_ptr<const ustring>> spellings;
+    };
+
+    explicit PathNameInfo(std::u16string_view name);
+    ~PathNameInfo() = default;
+    More& GetMore();
+
+    PathItemInfo* m_chain = nullptr; ///< that of m_category
+    std::unique_ptr<More> m_more;
+    std::uint32_t m_length;
+    NameCategory m_category = NameFile;
 };

@@ -110,6 +110,7 @@ std::u16string_view WithoutSentinel(const DirItemInfo& entry) {
 PathAllDirItemInfo::PathAllDirItemInfo(IPathManager* manager, const ustring& fullName,
                                        std::u16string_view leaf, ovDirType type)
     : PathItemInfo(manager, nullptr, leaf, true, type != ovDirTypeNull, ItemClassOf(type)),
+      m_manager(manager),
       m_dirType(type),
       m_changeSeen(false),
       m_remote(ovIsWinPathRemote(fullName)),
@@ -122,6 +123,7 @@ PathAllDirItemInfo::PathAllDirItemInfo(IPathManager* manager, const ustring& ful
 PathAllDirItemInfo::PathAllDirItemInfo(IPathManager* manager, PathAllDirItemInfo* parent,
                                        std::u16string_view name, bool confirmed, ovDirType type)
     : PathItemInfo(manager, parent, name, confirmed, true, ItemClassOf(type)),
+      m_manager(manager),
       m_dirType(type),
       m_changeSeen(false),
       m_remote(parent->GetPathDir()->IsRemote()),

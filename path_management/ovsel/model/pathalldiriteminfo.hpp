@@ -62,6 +62,9 @@ class PathAllDirItemInfo : public PathItemInfo {
 
     ~PathAllDirItemInfo() override;
 
+    /// What GetManager answers for the record and for all that it owns.
+    IPathManager* GetOwnManager() const { return m_manager; }
+
     /// ovDirTypeCWD for the path-level record at position 0, else the kind it was made with.
     ovDirType GetDirType() const;
 
@@ -200,6 +203,7 @@ class PathAllDirItemInfo : public PathItemInfo {
     template <class Child>
     std::unique_ptr<Child, Discard> LoadedChild(std::u16string_view name, bool freeze, bool confirmed);
 
+    IPathManager* const m_manager;
     ovDirType m_dirType;
     std::vector<PathFileItemInfo*> m_files;
     std::vector<PathPackageDirItemInfo*> m_packageDirs;

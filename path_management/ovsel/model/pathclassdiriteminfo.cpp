@@ -1,6 +1,6 @@
 #include "ovsel/model/pathclassdiriteminfo.hpp"
 
-#include <ovsel/names.hpp>
+#include "ovsel/names/pathnames.hpp"
 
 #include "ovsel/frame/ipathmanager.hpp"
 #include "ovsel/names/ovselconstants.hpp"
@@ -14,7 +14,7 @@ PathClassDirItemInfo::PathClassDirItemInfo(IPathManager* manager, PathAllDirItem
 }
 
 void PathClassDirItemInfo::AppendName(ustring& path) const {
-    ovConcatPathName(path, OvselConstants::U16_OOPSENTINEL);
+    AppendElement(path, OvselConstants::U16_OOPSENTINEL);
     path += GetName();
 }
 

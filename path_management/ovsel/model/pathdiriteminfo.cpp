@@ -67,7 +67,7 @@ bool PathDirItemInfo::ComputePreFrozen() const {
     return NamesEqual(name.substr(0, prefix->size()), *prefix, GetManager()->IsCaseSensitive());
 }
 
-void PathDirItemInfo::AppendName(ustring& path) const { ovConcatPathName(path, m_fullName); }
+void PathDirItemInfo::AppendName(ustring& path) const { AppendElement(path, m_fullName); }
 
 const vfs::AbsoluteIRI& PathDirItemInfo::GetDirectoryAbsoluteIRI() const {
     if (!m_directoryIRI)

@@ -1,12 +1,11 @@
 #include "ovsel/model/pathiteminfo.hpp"
 
-#include <ovsel/names.hpp>
-
 #include "host_interfaces/filesystem.hpp"
 #include "ovsel/frame/ipathmanager.hpp"
 #include "ovsel/lookup/pathnameinfo.hpp"
 #include "ovsel/model/pathalldiriteminfo.hpp"
 #include "ovsel/model/pathdiriteminfo.hpp"
+#include "ovsel/names/pathnames.hpp"
 
 namespace {
 /// A usual absolute name fits; longer ones grow.
@@ -15,32 +14,36 @@ constexpr std::size_t fullNameCapacity = 1024;
 
 PathItemInfo::PathItemInfo(IPathManager* manager, PathAllDirItemInfo* parent, std::u16string_view name,
                            bool verified, bool registerName, ItemClass itemClass)
-    : m_linked(true),
+    : m_parent(parent),
+      m_pathDir(parent ? parent->GetPathDir() : nullptr),
+      m_linked(true),
       m_stale(false),
       m_verified(verified),
       m_pending(false),
       m_itemClass(static_cast<std::uint32_t>(itemClass) & 7u),
-      m_parent(parent),
-      m_pathDir(parent ? parent->GetPathDir() : nullptr),
-      m_manager(manager) {
+      m_fileKind(0) {
     m_direct = m_parent == m_pathDir;
     if (registerName)
         m_nameInfo = manager->AddNameInfo(name, m_spelling);
 }
 
-void PathItemInfo::AppendName(ustring& path) const { ovConcatPathName(path, GetName()); }
+/// Other records belong to the path of the directory that owns them.
+IPathManager* PathItemInfo::GetManager() const {
+    return (IsDirRecord() ? static_cast<const PathAllDirItemInfo*>(this) : m_parent)->GetOwnManager();
+}
+
+void PathItemInfo::AppendName(ustring& path) const { AppendElement(path, GetName()); }
 
 bool PathItemInfo::MatchesDiskName(std::u16string_view name) const { return name == GetName(); }
 
 const char16_t* PathItemInfo::GetExtension() const {
-    const ustring& name = GetName();
+    const std::u16string_view name = GetName();
     const std::size_t dot = name.rfind(u'.');
-    return dot == ustring::npos ? nullptr : name.c_str() + dot;
+    return dot == std::u16string_view::npos ? nullptr : name.data() + dot;
 }
 
-const ustring& PathItemInfo::GetName() const {
-    static const ustring none;
-    return m_nameInfo ? m_nameInfo->GetSpelling(m_spelling) : none;
+std::u16string_view PathItemInfo::GetName() const {
+    return m_nameInfo ? m_nameInfo->GetSpelling(m_spelling) : u"";
 }
 
 void PathItemInfo::GetFullName(ustring& out) const {

@@ -36,7 +36,8 @@ class PathItemInfo {
     /// The text from the name's last dot on, dot included; null without a dot. Files answer without the dot.
     virtual const char16_t* GetExtension() const;
 
-    const ustring& GetName() const;
+    /// NUL-terminated; empty for a record without a name.
+    std::u16string_view GetName() const;
     /// Replaces @p out by the absolute name on disk.
     void GetFullName(ustring& out) const;
     /// @pre the storage layer's mode
@@ -45,7 +46,7 @@ class PathItemInfo {
     PathAllDirItemInfo* GetParent() const { return m_parent; }
     PathDirItemInfo* GetPathDir() const { return m_pathDir; }
     PathNameInfo* GetNameInfo() const { return m_nameInfo; }
-    IPathManager* GetManager() const { return m_manager; }
+    IPathManager* GetManager() const;
     PathItemInfo* GetNext() const { return m_next; }
     PathItemInfo* GetPrev() const { return m_prev; }
 
@@ -107,6 +108,12 @@ class PathItemInfo {
     PathItemInfo* Unlink();
     void MoveRun(PathItemInfo* last, PathItemInfo* left, PathItemInfo* right);
 
+    // Pointers first: a file's extension then fits behind the last field, in the same block.
+    PathItemInfo* m_next = nullptr;
+    PathItemInfo* m_prev = nullptr;
+    PathAllDirItemInfo* m_parent;
+    PathNameInfo* m_nameInfo = nullptr;
+    PathDirItemInfo* m_pathDir = nullptr;
     std::int32_t m_refCount = 0;
     std::uint32_t m_linked : 1;
     std::uint32_t m_direct : 1;
@@ -114,14 +121,11 @@ class PathItemInfo {
     std::uint32_t m_verified : 1;
     std::uint32_t m_pending : 1; ///< in m_pendingItems of the path directory
     std::uint32_t m_itemClass : 3;
-    std::int32_t m_spelling = 0;
-    PathItemInfo* m_next = nullptr;
-    PathItemInfo* m_prev = nullptr;
-    PathAllDirItemInfo* m_parent;
-    PathNameInfo* m_nameInfo = nullptr;
-    PathDirItemInfo* m_pathDir = nullptr;
-    IPathManager* m_manager;
-};
 
-// Every file on a path costs one of these and a bit more; see bench/README.md for bytes per file.
-static_assert(sizeof(PathItemInfo) <= 72);
+  protected:
+    /// Belongs to files; stands here to share their flag word.
+    std::uint32_t m_fileKind : 2;
+
+  private:
+    std::int32_t m_spelling = 0;
+};

@@ -1,6 +1,6 @@
 #include "ovsel/model/pathpackagediriteminfo.hpp"
 
-#include <ovsel/names.hpp>
+#include "ovsel/names/pathnames.hpp"
 
 #include "ovsel/frame/ipathmanager.hpp"
 #include "ovsel/names/ovselconstants.hpp"
@@ -14,7 +14,7 @@ PathPackageDirItemInfo::PathPackageDirItemInfo(IPathManager* manager, PathAllDir
 }
 
 void PathPackageDirItemInfo::AppendName(ustring& path) const {
-    ovConcatPathName(path, OvselConstants::U16_OBJPKGSENTINEL);
+    AppendElement(path, OvselConstants::U16_OBJPKGSENTINEL);
     path += GetName();
 }
 

@@ -17,7 +17,7 @@ bool EndsWithSlash(const char* text, std::size_t length) {
 }
 
 /// Joins @p name to the @p length bytes in @p dst, which must be terminated: the platform may look there.
-char* AppendElement(char* dst, std::size_t length, const char* name) {
+char* AppendPlainElement(char* dst, std::size_t length, const char* name) {
     if (length != 0) {
         if (!EndsWithSlash(dst, length))
             dst[length++] = '\\';
@@ -36,20 +36,28 @@ bool IsRooted(const char* name) {
 
 } // namespace
 
-void ovConcatPathName(ustring& dst, const ustring& name) {
-    if (dst.empty()) {
-        dst = name;
+void AppendElement(ustring& path, std::u16string_view name) {
+    if (path.empty()) {
+        path = name;
         return;
     }
-    // Measured before dst grows: the two may be one object.
-    const std::size_t skipped = !name.empty() && IsSlash(name.front()) ? 1 : 0;
-    const std::size_t length = name.size() - skipped;
-    if (!IsSlash(dst.back()))
-        dst += fl::filesystem::PATHNAME_SEPARATOR;
-    dst.append(name, skipped, length);
+    if (!name.empty() && IsSlash(name.front()))
+        name.remove_prefix(1);
+    if (!IsSlash(path.back()))
+        path += fl::filesystem::PATHNAME_SEPARATOR;
+    path += name;
 }
 
-char* ovConcatPathName(char* dst, const char* name) { return AppendElement(dst, PlainLength(dst), name); }
+void ovConcatPathName(ustring& dst, const ustring& name) {
+    if (&dst == &name)
+        AppendElement(dst, ustring(name));
+    else
+        AppendElement(dst, name);
+}
+
+char* ovConcatPathName(char* dst, const char* name) {
+    return AppendPlainElement(dst, PlainLength(dst), name);
+}
 
 void ovConcatPathSubdir(ustring& dst, const ustring& name) { ovConcatPathName(dst, name); }
 
@@ -58,7 +66,7 @@ char* ovConcatPathSubdir(char* dst, const char* name) { return ovConcatPathName(
 char* ovCombinePathName(char* dst, const char* a, const char* b) {
     const std::size_t length = PlainLength(a);
     CopyPlain(dst, a, length);
-    return AppendElement(dst, length, b);
+    return AppendPlainElement(dst, length, b);
 }
 
 bool ovCombineDirectory(char* dst, const char* base, const char* name) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 /// @file
@@ -41,6 +42,10 @@ constexpr std::u16string_view FilePartOf(std::u16string_view full) {
     // npos + 1 is 0.
     return full.substr(LastNameSplit(full) + 1);
 }
+
+/// Appends an element to a path that is being built: one separator between them, which @p name may bring. The
+/// text of @p name lies outside @p path.
+void AppendElement(std::u16string& path, std::u16string_view name);
 
 /// The directory that ovSeparatePathName finds; empty if there is no split unit. A view into @p full that
 /// begins where @p full does.

@@ -164,7 +164,7 @@ void PathAllDirItemInfo::ReleaseNotification() {
     m_refreshPolicy = ovRefreshNever;
     if (!HasNotificationHandle())
         return;
-    ReportDiagnostic("releaseNotificationHandle", [&] { return Arguments{GetName()}; });
+    ReportDiagnostic("releaseNotificationHandle", [&] { return Arguments{ustring(GetName())}; });
     host::Platform().FindCloseChangeNotification(m_notificationHandle);
     GetManager()->DecrementNotifiedDirCount();
     m_notificationHandle = host::InvalidChangeHandle;
@@ -180,7 +180,7 @@ bool PathAllDirItemInfo::CheckChanged() {
     if (m_refreshPolicy != ovRefreshAlways)
         return NoChangeSeen();
     if (ChangeDiagnostics() || GetManager()->GetDirectoryReloadMessages())
-        ReportMessage(MessageChannel::Info, "forceReloadDirCheck", {GetName()});
+        ReportMessage(MessageChannel::Info, "forceReloadDirCheck", {ustring(GetName())});
     m_dirTimeStamp = 1;
     m_changeSeen = true;
     return TakeAsChanged();
@@ -194,7 +194,7 @@ bool PathAllDirItemInfo::TakeAsChanged() {
 
 bool PathAllDirItemInfo::CheckNotification() {
     const std::uint32_t result = host::Platform().WaitForSingleObject(m_notificationHandle, 0);
-    ReportDiagnostic("changeNotificationDirCheck", [&] { return Arguments{LabelOf(result), GetName()}; });
+    ReportDiagnostic("changeNotificationDirCheck", [&] { return Arguments{LabelOf(result), ustring(GetName())}; });
     if (result == host::WaitTimeout)
         return NoChangeSeen();
     if (result == host::WaitObject0)

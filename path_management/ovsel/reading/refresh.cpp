@@ -114,7 +114,7 @@ bool PathAllDirItemInfo::Refresh(const RefreshOptions& options) {
         if (!IsLinked())
             return true; // whoever was told has removed it
         if (ChangeDiagnostics() || GetManager()->GetDirectoryReloadMessages())
-            ReportMessage(MessageChannel::Info, "reloadDirCheck", {GetName()});
+            ReportMessage(MessageChannel::Info, "reloadDirCheck", {ustring(GetName())});
     }
     // A check does not go below a frozen directory; other types let the children decide for themselves.
     const bool descends = !(checks && before == DirFrozen);

@@ -12,7 +12,7 @@ ReloadIndex::ReloadIndex(const PathAllDirItemInfo& dir) : m_dir(dir), m_removals
 std::u16string_view ReloadIndex::Name::operator()(const PathItemInfo* item) const { return item->GetName(); }
 
 std::size_t ReloadIndex::FileHash::operator()(const PathFileItemInfo* file) const {
-    const ustring& stem = file->GetName();
+    const std::u16string_view stem = file->GetName();
     std::size_t seed = boost::hash_range(stem.begin(), stem.end());
     if (const char16_t* extension = file->GetExtension()) {
         boost::hash_combine(seed, u'.');
