@@ -1,7 +1,9 @@
 #include "ovsel/lookup/fullnamelookup.hpp"
 
 #include <algorithm>
+#include <optional>
 
+#include "host_interfaces/filesystem.hpp"
 #include "ovsel/lookup/pathnameinfo.hpp"
 #include "ovsel/model/pathdiriteminfo.hpp"
 #include "ovsel/model/pathprivatediriteminfo.hpp"
@@ -25,22 +27,74 @@ bool FitsScope(std::int32_t order, DirScope scope) {
     return true;
 }
 
-/// A path-level record holds its full name; for others it is built.
-bool HasFullName(const PathItemInfo& item, std::u16string_view fullName, bool caseSensitive,
-                 ustring& scratch) {
-    if (item.IsPathDir())
-        return NamesEqual(static_cast<const PathDirItemInfo&>(item).GetStoredFullName(), fullName,
-                          caseSensitive);
-    item.GetFullName(scratch);
-    return NamesEqual(scratch, fullName, caseSensitive);
+const ustring& StoredNameOf(const PathItemInfo& pathDir) {
+    return static_cast<const PathDirItemInfo&>(pathDir).GetStoredFullName();
+}
+
+/// What a directory of that kind has before its name on disk.
+std::u16string_view SentinelOf(ItemClass itemClass) {
+    switch (itemClass) {
+    case ItemClass::ClassDir:
+        return OvselConstants::U16_OOPSENTINEL;
+    case ItemClass::PackageDir:
+        return OvselConstants::U16_OBJPKGSENTINEL;
+    default:
+        return {};
+    }
+}
+
+bool IsAscii(std::u16string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char16_t c) { return c < 0x80; });
+}
+
+bool TakeEnd(std::u16string_view& text, std::u16string_view end) {
+    if (!text.ends_with(end))
+        return false;
+    text.remove_suffix(end.size());
+    return true;
+}
+
+/// Takes the record's own element off the end of @p name and says whether that could be done; nothing where
+/// only the whole texts can tell, since folding beyond ASCII is a matter of the whole.
+std::optional<bool> TakeElement(const PathItemInfo& item, std::u16string_view& name, bool caseSensitive) {
+    const std::u16string_view element = item.GetName();
+    if (element.size() > name.size())
+        return false;
+    const std::u16string_view end = name.substr(name.size() - element.size());
+    const bool isPlain = !element.empty() && !IsSlash(element.front()) && !IsSlash(element.back());
+    if (!isPlain || !IsAscii(element) || !IsAscii(end))
+        return std::nullopt;
+    name.remove_suffix(element.size());
+    return NamesEqual(end, element, caseSensitive) && TakeEnd(name, SentinelOf(item.GetItemClass()));
+}
+
+bool HasBuiltName(const PathItemInfo& item, std::u16string_view fullName, bool caseSensitive) {
+    ustring built;
+    item.GetFullName(built);
+    return NamesEqual(built, fullName, caseSensitive);
+}
+
+/// Compares from the end, element by element, so that no name is built; a path-level record holds its own.
+bool HasFullName(const PathItemInfo& item, std::u16string_view fullName, bool caseSensitive) {
+    std::u16string_view rest = fullName;
+    const PathItemInfo* above = &item;
+    for (; !above->IsPathDir(); above = above->GetParent()) {
+        const std::optional<bool> isTaken = TakeElement(*above, rest, caseSensitive);
+        if (!isTaken)
+            return HasBuiltName(item, fullName, caseSensitive);
+        const PathItemInfo& parent = *above->GetParent();
+        const bool isRoot = parent.IsPathDir() && IsSlash(StoredNameOf(parent).back());
+        if (!*isTaken || (!isRoot && !TakeEnd(rest, fl::filesystem::PATHNAME_SEPARATOR)))
+            return false;
+    }
+    return NamesEqual(StoredNameOf(*above), rest, caseSensitive);
 }
 
 } // namespace
 
 PathItemInfo* FullNameLookup::FindDirInChain(PathItemInfo* first, std::u16string_view fullName) const {
-    ustring scratch;
     for (PathItemInfo* item = first; item; item = item->GetNext())
-        if (item->GetOrderNumber() >= 0 && HasFullName(*item, fullName, m_manager.IsCaseSensitive(), scratch))
+        if (item->GetOrderNumber() >= 0 && HasFullName(*item, fullName, m_manager.IsCaseSensitive()))
             return item;
     return nullptr;
 }
@@ -140,7 +194,9 @@ PathItemInfo* FullNameLookup::FindByForm(std::u16string_view fullName) const {
 }
 
 PathItemInfo* FullNameLookup::FindPlain(std::u16string_view fullName) const {
-    const std::u16string_view leaf = FilePartOf(fullName);
-    PathItemInfo* found = FindDirOfType(fullName, leaf, ovDirTypePath);
-    return found ? found : FindDirOfType(fullName, leaf, ovDirTypeSubDir);
+    const PathNameInfo* info = m_manager.FindNameInfo(FilePartOf(fullName));
+    if (!info)
+        return nullptr;
+    PathItemInfo* found = FindDirInChain(info->GetChain(NamePathDir), fullName);
+    return found ? found : FindDirInChain(info->GetChain(NameSubDir), fullName);
 }

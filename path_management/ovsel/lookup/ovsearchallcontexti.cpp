@@ -6,7 +6,7 @@
 namespace Quorrant::ovsel {
 
 ovSearchAllContextI::ovSearchAllContextI(const SearchQuestion& question) : ovSearchContextI(question) {
-    AppendIterators(question.dir);
+    AppendIterators(ovDir(question.dir));
     m_advance = m_iterators.empty() ? AdvanceState::AtEnd : AdvanceState::Advance;
 }
 

@@ -2,8 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
-
-#include <ovsel/names.hpp>
+#include <utility>
 
 #include "host_interfaces/filesystem.hpp"
 #include "host_interfaces/text.hpp"
@@ -32,6 +31,8 @@ bool IsSentinel(char16_t c) {
     return c == OvselConstants::U16_OOPSENTINEL[0] || c == OvselConstants::U16_OBJPKGSENTINEL[0];
 }
 
+constexpr char16_t separatorUnit = fl::filesystem::PATHNAME_SEPARATOR[0];
+
 char16_t ToLower(char16_t c) { return c < 0x80 ? static_cast<char16_t>(std::tolower(c)) : c; }
 
 bool ResolveRule(ovCaseSensitivity rule, const ovPath& path) {
@@ -43,14 +44,19 @@ bool ResolveRule(ovCaseSensitivity rule, const ovPath& path) {
 ovSearchContextI::ovSearchContextI(const SearchQuestion& question)
     : m_path(question.path),
       m_scope(question.scope),
-      m_caseSensitive(ResolveRule(question.rule, question.path)) {
+      m_caseSensitive(ResolveRule(question.rule, question.path)),
+      m_givenExtensions(question.extensions) {
     m_text.assign(question.name.begin(), question.name.end());
-    std::replace(m_text.begin(), m_text.end(), u'/', fl::filesystem::PATHNAME_SEPARATOR[0]);
+    std::replace(m_text.begin(), m_text.end(), u'/', separatorUnit);
     SplitName({m_text.data(), m_text.size()});
-    const fl::i18n::codecvt_ascii_to_ustring convert;
-    for (ovExtensionList next = question.extensions; next && *next; ++next)
-        m_extensions.push_back(convert(**next == '.' ? *next + 1 : *next));
     m_path->SearchBegins(); // last, since the end is told by the destructor only
+}
+
+const ovSearchContextI::Extensions& ovSearchContextI::GetExtensions() const {
+    const fl::i18n::codecvt_ascii_to_ustring convert;
+    for (ovExtensionList next = std::exchange(m_givenExtensions, nullptr); next && *next; ++next)
+        m_extensions.push_back(convert(**next == '.' ? *next + 1 : *next));
+    return m_extensions;
 }
 
 /// The first unit is never taken for a separator or a dot.
@@ -59,7 +65,7 @@ void ovSearchContextI::SplitName(std::u16string_view name) {
     std::size_t dot = none;
     std::size_t separator = none;
     for (std::size_t i = name.size(); i-- > 1;) {
-        if (ovIsPathNameSep(name[i])) {
+        if (name[i] == separatorUnit) {
             ++m_separatorCount;
             if (separator == none)
                 separator = i;
@@ -142,10 +148,11 @@ std::int32_t ovSearchContextI::MatchExtension(const PathItemInfo& item) const {
     const std::u16string_view text = extension ? extension : u"";
     const bool isWritten = extension && NamesEqual(text, m_extension, m_caseSensitive);
 
-    std::int32_t rank = m_extensions.empty() ? anyExtension : 0;
-    for (std::size_t i = 0; i < m_extensions.size() && rank == 0; ++i) {
-        const bool standsForWritten = m_extensions[i].empty() && !m_extension.empty() && isWritten;
-        if (standsForWritten || NamesEqual(m_extensions[i], text, m_caseSensitive))
+    const Extensions& wanted = GetExtensions();
+    std::int32_t rank = wanted.empty() ? anyExtension : 0;
+    for (std::size_t i = 0; i < wanted.size() && rank == 0; ++i) {
+        const bool standsForWritten = wanted[i].empty() && !m_extension.empty() && isWritten;
+        if (standsForWritten || NamesEqual(wanted[i], text, m_caseSensitive))
             rank = static_cast<std::int32_t>(i) + 1;
     }
     return m_extension.empty() || isWritten ? rank : 0;

@@ -11,12 +11,12 @@ class PathAllDirItemInfo;
 
 namespace Quorrant::ovsel {
 
-/// One question put to a path.
+/// One question put to a path. What it points to outlives it.
 struct SearchQuestion {
-    ovPath path;
+    const ovPath& path;
     std::u16string_view name; ///< with either separator
     ovExtensionList extensions;
-    ovDir dir; ///< the place that the search looks from
+    PathAllDirItemInfo* dir; ///< the place that the search looks from; null for none
     SearchScope scope;
     ovCaseSensitivity rule;
 };
@@ -37,7 +37,12 @@ class ovSearchContextI : public ovSearch {
     ovDir FindNextFileBounded(ustring& fullName, std::int32_t* match) override;
     ovDir FindNextUnspecified(ustring& fullName, std::int32_t* match) override;
 
+    /// For a search that outlives the question.
+    void KeepExtensions() { GetExtensions(); }
+
   protected:
+    /// Looks at the question's list of extensions when the first candidate comes, unless KeepExtensions has
+    /// been called before.
     explicit ovSearchContextI(const SearchQuestion& question);
 
     /// Which step comes before the next candidate is looked at.
@@ -72,7 +77,6 @@ class ovSearchContextI : public ovSearch {
     bool m_hasDot = false;
     std::u16string_view m_dirPart;
     std::int32_t m_separatorCount = 0;
-    boost::container::small_vector<ustring, 4> m_extensions;
     SearchScope m_scope;
     bool m_caseSensitive;
     SearchMode m_mode = SearchModeUnset;
@@ -83,12 +87,18 @@ class ovSearchContextI : public ovSearch {
     AdvanceState m_advance = AdvanceState::AtEnd;
 
   private:
+    using Extensions = boost::container::small_vector<ustring, 4>;
+
+    const Extensions& GetExtensions() const;
     void SplitName(std::u16string_view name);
     std::int32_t MatchExtension(const PathItemInfo& item) const;
     bool QualifyItem(const PathAllDirItemInfo& dir, const PathItemInfo& item, ustring& fullName) const;
     bool IsQualifiedEnough(const PathAllDirItemInfo& dir) const;
     bool MatchQualifier(std::u16string_view fullName) const;
     bool MatchDirPart(std::u16string_view parent) const;
+
+    mutable ovExtensionList m_givenExtensions; ///< null once they have been taken over
+    mutable Extensions m_extensions;
 };
 
 } // namespace Quorrant::ovsel

@@ -7,6 +7,7 @@
 #include <ovsel/pathlist.hpp>
 
 #include "host_interfaces/text.hpp"
+#include "ovsel/frame/handlecheck.hpp"
 #include "ovsel/lookup/fullnamelookup.hpp"
 #include "ovsel/lookup/ovnamesearchcontexti.hpp"
 #include "ovsel/lookup/ovsearchallcontexti.hpp"
@@ -20,14 +21,15 @@ using Quorrant::ovsel::SearchQuestion;
 
 namespace {
 
-SearchQuestion Ask(const ovPath& path, const ustring& name, ovExtensionList extensions, const ovDir& dir,
-                   SearchScope scope, ovCaseSensitivity rule) {
-    return {path, name, extensions, dir, scope, rule};
+SearchQuestion AskFrom(const ovPath& path, const ovDir& dir, const ustring& name, ovExtensionList extensions,
+                       SearchScope scope, ovCaseSensitivity rule) {
+    return {path, name, extensions, *dir, scope, rule};
 }
 
 SearchQuestion AskPath(const ovPath& path, const ustring& name, ovExtensionList extensions, SearchScope scope,
                        ovCaseSensitivity rule) {
-    return Ask(path, name, extensions, ovGetNullDir(path), scope, rule);
+    AssertPathInService(path);
+    return {path, name, extensions, nullptr, scope, rule};
 }
 
 /// Does the name say where to look? A name that ends in a separator does not.
@@ -40,7 +42,7 @@ SearchQuestion AskVisible(const ovPath& path, const ovDir& dir, const ustring& n
                           ovExtensionList extensions, ovCaseSensitivity rule) {
     if (IsQualified(name))
         return AskPath(path, name, extensions, SearchScopeAll, rule);
-    return Ask(path, name, extensions, dir, SearchScopeVisible, rule);
+    return AskFrom(path, dir, name, extensions, SearchScopeVisible, rule);
 }
 
 ovDir AskersDir(const ovPath& path, std::u16string_view dirName) {
@@ -52,10 +54,17 @@ ovDir AskersDir(const ovPath& path, std::u16string_view dirName) {
                      found && found->IsDirRecord() ? static_cast<PathAllDirItemInfo*>(found) : nullptr);
 }
 
+/// A search that the host keeps; whoever asked may let go of the question.
+template <class Context>
+ovSearch* Keep(std::unique_ptr<Context> search) {
+    search->KeepExtensions();
+    return search.release();
+}
+
 ovSearch* CreateSearch(const SearchQuestion& question) {
     if (question.name.empty())
-        return new ovSearchAllContextI(question);
-    return new ovNameSearchContextI(question);
+        return Keep(std::make_unique<ovSearchAllContextI>(question));
+    return Keep(std::make_unique<ovNameSearchContextI>(question));
 }
 
 void SetDir(ovDir* out, const ovDir& dir) {
@@ -122,7 +131,7 @@ ovSearch* ovCreateMethodSearchIterator(ovPath path, const ustring& name, ovExten
 
 ovSearch* ovCreateDirSearchIterator(ovDir dir, const ustring& name, ovExtensionList extensions,
                                     ovCaseSensitivity rule) {
-    return CreateSearch(Ask(ovGetPathOfDir(dir), name, extensions, dir, SearchScopeDir, rule));
+    return CreateSearch(AskFrom(ovGetPathOfDir(dir), dir, name, extensions, SearchScopeDir, rule));
 }
 
 ovSearch* ovCreateDirSearchIterator(ovDir dir, const char* name, ovExtensionList extensions,
@@ -132,7 +141,7 @@ ovSearch* ovCreateDirSearchIterator(ovDir dir, const char* name, ovExtensionList
 
 ovSearch* ovCreatePrivateSearchIterator(ovDir dir, const ustring& name, ovExtensionList extensions,
                                         ovCaseSensitivity rule) {
-    return CreateSearch(Ask(ovGetPathOfDir(dir), name, extensions, dir, SearchScopePrivate, rule));
+    return CreateSearch(AskFrom(ovGetPathOfDir(dir), dir, name, extensions, SearchScopePrivate, rule));
 }
 
 ovSearch* ovCreateVisibleSearchIterator(ovDir dir, const ustring& name, ovExtensionList extensions,
