@@ -15,6 +15,7 @@ extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
 
 // Default visibility, so that the shared libraries find these and not the C library's.
 #define SEEN_BY_ALL __attribute__((visibility("default")))
@@ -32,6 +33,11 @@ SEEN_BY_ALL void* calloc(std::size_t count, std::size_t size) noexcept {
 SEEN_BY_ALL void* realloc(void* block, std::size_t size) noexcept {
     ++allocationCount;
     return __libc_realloc(block, size);
+}
+
+SEEN_BY_ALL void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
+    ++allocationCount;
+    return __libc_memalign(alignment, size);
 }
 }
 

@@ -4,8 +4,8 @@
 
 /// @file
 /// Counts the heap allocations of the whole process, those inside of shared libraries included. The program's
-/// malloc, calloc and realloc stand in front of the C library's; operator new takes its memory from there, so
-/// that each allocation counts once, whichever way it came.
+/// malloc and its kin stand in front of the C library's; operator new takes its memory from there, so that
+/// each allocation counts once, whichever way it came.
 
 namespace bench {
 

@@ -1,202 +1,204 @@
-// What does it cost to follow the disk? Each row is a ratio to what the same knowledge costs at the very
-// least, taken turn by turn in one run:
-//
-//   quiet_notified   a refresh of 20,000 notified folders in which nothing changed
-//       limit: one poll of one descriptor and a walk over 20,000 flags
-//   quiet_by_time    a refresh of 20,000 folders that are checked by their time
-//       limit: one stat for each
-//   reload_N         a folder of N files, one of them new, is read again
-//       limit: its first load
-//
-// Beneath the table: how many of a thousand files, each created right after the folder was last looked at,
-// are missed by comparing whole seconds, and by the library.
-
-#include <algorithm>
-#include <chrono>
+#include <array>
 #include <cstdint>
-#include <cstdio>
-#include <fcntl.h>
-#include <filesystem>
-#include <functional>
 #include <linux/magic.h>
-#include <memory>
 #include <poll.h>
-#include <string>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <vector>
 
-#include <host_interfaces/text.hpp>
-#include <linux_hooks/linux_hooks.hpp>
-#include <linux_host/linux_host.hpp>
 #include <ovsel/ovsel.hpp>
 
-#include "rows.hpp"
+#include "bench/groups.hpp"
+#include "bench/workload.hpp"
+#include "linux_host/linux_host.hpp"
+
+namespace bench {
 
 namespace {
 
-using bench::PrintRow;
-using bench::Seconds;
+constexpr std::size_t folderCount = 5'000;
+constexpr std::size_t filesPerFolder = 100;
+constexpr std::size_t pollCount = 1'000;
+constexpr char newFile[] = "/newcomer.sv";
 
-constexpr int folderCount = 20'000;
+bool IsFound(const ovPath& path, const ustring& name) {
+    ovDir dir;
+    ustring fullName;
+    return ovFindFirstFileInAll(path, name, nullptr, &dir, fullName) != 0;
+}
 
-/// A tree in memory, so that the disk's own speed plays no part; gone with this object.
-class Tree {
+std::vector<std::string> NumberedNames(std::size_t count) {
+    std::vector<std::string> names;
+    while (names.size() < count)
+        names.push_back("f" + std::to_string(names.size()) + ".sv");
+    return names;
+}
+
+/// Refreshes in which nothing has changed and no folder is read again.
+Turn Refresh(const ovPath& path, int count) {
+    const auto listings = linux_host::GetCounters().listings;
+    const double seconds = Seconds([&] {
+        for (int i = 0; i < count; ++i)
+            ovRefreshAllDirectories(path, ovRefreshCheck);
+    });
+    return {seconds, linux_host::GetCounters().listings == listings};
+}
+
+/// An inotify instance of the benchmark's own.
+class Watcher {
   public:
-    Tree() {
-        std::string pattern = "/dev/shm/ovsel-bench-XXXXXX";
-        m_root = ::mkdtemp(pattern.data());
-        linux_host::DriveMap::Add(u"T:", m_root, linux_host::DriveMap::Kind::Fixed);
-        linux_host::DriveMap::Add(u"R:", m_root, linux_host::DriveMap::Kind::Remote);
-    }
-    ~Tree() { std::filesystem::remove_all(m_root); }
-    Tree(const Tree&) = delete;
-    Tree& operator=(const Tree&) = delete;
+    ~Watcher() { ::close(m_descriptor); }
+    Watcher() = default;
+    Watcher(const Watcher&) = delete;
+    Watcher& operator=(const Watcher&) = delete;
 
-    std::string Path(const std::string& name) const { return m_root + "/" + name; }
-    void Folder(const std::string& name) const { ::mkdir(Path(name).c_str(), 0700); }
-    /// Young folders are distrusted, and that is not what a quiet refresh is about.
-    void Age(const std::string& name) const {
-        const timespec times[2] = {{1'000'000, 0}, {1'000'000, 0}};
-        ::utimensat(AT_FDCWD, Path(name).c_str(), times, 0);
+    void Watch(const std::string& folder) const {
+        ::inotify_add_watch(m_descriptor, folder.c_str(), IN_CREATE | IN_DELETE);
     }
-    void File(const std::string& name) const { ::mknod(Path(name).c_str(), S_IFREG | 0600, 0); }
+    bool Poll() const {
+        pollfd request{m_descriptor, POLLIN, 0};
+        return ::poll(&request, 1, 0) == 1;
+    }
+    void Read() const {
+        std::array<char, 4096> events{};
+        [[maybe_unused]] const ssize_t size = ::read(m_descriptor, events.data(), events.size());
+    }
 
   private:
-    std::string m_root;
+    const int m_descriptor = ::inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
 };
 
-ustring Wide(const std::string& text) { return fl::i18n::to_ustring(text.c_str()); }
-
-ovPath NewPath() {
-    return ovCreatePathWithPreFrozen(0, "bench", static_cast<const char16_t*>(nullptr), ovCaseSensitive,
-                                     true);
+/// Each poll with a walk over the flags of folders.
+Turn PollOften(const Watcher& watcher, const std::vector<std::uint8_t>& flags) {
+    return Measure(0, [&] {
+        std::size_t news = 0;
+        for (std::size_t i = 0; i < pollCount; ++i) {
+            news += watcher.Poll() ? 1U : 0U;
+            for (const std::uint8_t& flag : flags)
+                news += const_cast<const volatile std::uint8_t&>(flag);
+        }
+        return news;
+    });
 }
 
-void QuietRefreshes(const char* job, const char* root, const std::function<double()>& limit) {
-    const ovPath path = NewPath();
-    ovSetNotificationHandleWarnings(path, ovWarnCNHNever);
-    ovNonNotifiedRemotePathRefreshPolicy(path, ovRefreshByTimeStamp);
-    ovSetCWDName(path, Wide(root + std::string("0")));
-    for (int i = 0; i < folderCount; ++i)
-        ovAddDir(path, Wide(root + std::to_string(i)), ovDirAddAtEnd);
+/// From the creation of a file in one of the path's folders, another one each time, to the answer about it.
+Turn FollowNewFile(const ovPath& path, const Workload& work) {
+    static std::size_t next = 0;
+    const std::string file = work.folders[next++ % work.folders.size()] + newFile;
+    const ustring name = u"newcomer";
+    ::mknod(file.c_str(), S_IFREG | 0600, 0);
+    Turn turn = Measure(1, [&] {
+        ovRefreshAllDirectories(path, ovRefreshCheck);
+        return IsFound(path, name) ? 1U : 0U;
+    });
+    ::unlink(file.c_str());
     ovRefreshAllDirectories(path, ovRefreshCheck);
-    linux_host::ResetCounters();
-    const auto refresh = [&] { ovRefreshAllDirectories(path, ovRefreshCheck); };
-    refresh();
-    const auto counters = linux_host::GetCounters();
-    PrintRow(
-        job, [&] { return Seconds(refresh); }, limit);
-    std::printf("|   %llu system calls for notification, %llu folders read again by one quiet refresh\n",
-                static_cast<unsigned long long>(counters.systemCalls),
-                static_cast<unsigned long long>(counters.listings));
+    turn.right = turn.right && !IsFound(path, name);
+    return turn;
 }
 
-double PollAndWalk() {
-    static const int descriptor = ::inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
-    static std::vector<std::uint8_t> flags(folderCount);
-    return Seconds([&] {
-        pollfd request{descriptor, POLLIN, 0};
-        volatile int ready = ::poll(&request, 1, 0);
-        for (const std::uint8_t& flag : flags)
-            ready = ready + const_cast<const volatile std::uint8_t&>(flag);
+Turn FollowNewFileBare(const Watcher& watcher, const std::string& folder) {
+    const std::string file = folder + newFile;
+    ::mknod(file.c_str(), S_IFREG | 0600, 0);
+    const Turn turn = Measure(filesPerFolder + 1, [&]() -> std::size_t {
+        if (!watcher.Poll())
+            return 0;
+        watcher.Read();
+        return ListBare({folder});
     });
+    ::unlink(file.c_str());
+    watcher.Read();
+    return turn;
 }
 
-double StatEach(const Tree& tree) {
-    std::vector<std::string> paths;
-    paths.reserve(folderCount);
-    for (int i = 0; i < folderCount; ++i)
-        paths.push_back(tree.Path(std::to_string(i)));
-    return Seconds([&] {
+Turn StatEach(const std::vector<std::string>& folders) {
+    return Measure(folders.size(), [&] {
+        std::size_t there = 0;
         struct stat status {};
-        for (const std::string& path : paths)
-            ::stat(path.c_str(), &status);
+        for (const std::string& folder : folders)
+            there += ::stat(folder.c_str(), &status) == 0 ? 1U : 0U;
+        return there;
     });
 }
 
-void Reload(const Tree& tree, int count) {
-    const std::string folder = "reload" + std::to_string(count);
-    tree.Folder(folder);
-    for (int i = 0; i < count; ++i)
-        tree.File(folder + "/f" + std::to_string(i) + ".sv");
-    const ustring name = Wide("T:\\" + folder);
-    int added = 0;
+void PrintNotified(Table& rows, const Tree& tree, const Workload& work) {
+    constexpr int refreshes = 20;
     const ovPath path = NewPath();
-    const ovDir dir = ovAddDir(path, name, ovDirAddAtEnd);
-    const auto reload = [&] {
-        tree.File(folder + "/new" + std::to_string(added++) + ".sv");
-        return Seconds([&] { ovRefreshDirectory(dir, ovRefreshReload); });
+    AddFolders(path, work.folderNames);
+    ovRefreshAllDirectories(path, ovRefreshCheck);
+    const Watcher watcher;
+    const auto limit = [&](std::size_t flags) {
+        return Side{pollCount, [&watcher, flags = std::vector<std::uint8_t>(flags)] {
+                        return PollOften(watcher, flags);
+                    }};
     };
-    const auto load = [&] {
-        const ovPath fresh = ovCreatePathWithPreFrozen(0, "fresh", static_cast<const char16_t*>(nullptr),
-                                                       ovCaseSensitive, true);
-        return Seconds([&] { ovAddDir(fresh, name, ovDirAddAtEnd); });
-    };
-    PrintRow(("reload_" + std::to_string(count)).c_str(), reload, load);
+    const Side ours{refreshes, [&] { return Refresh(path, refreshes); }};
+    rows.PrintRatio("quiet_notified", {15, 100}, ours, limit(0));
+    rows.PrintRatio("quiet_and_walk", {}, ours, limit(folderCount));
+
+    // A folder like the others beside the path, since the library is not to notice it.
+    tree.AddFiles("beside", NumberedNames(filesPerFolder));
+    watcher.Watch(tree.Path("beside"));
+    rows.PrintRatio("new_file", {6, 15}, {1, [&] { return FollowNewFile(path, work); }},
+                    {1, [&] { return FollowNewFileBare(watcher, tree.Path("beside")); }});
 }
 
-/// A folder that is looked at, and a file that appears right behind the look, a thousand times.
-template <class Look>
-int Missed(const Tree& tree, const std::string& folder, Look isSeen) {
-    int missed = 0;
-    for (int i = 0; i < 1000; ++i) {
-        const std::string name = "f" + std::to_string(i);
-        tree.File(folder + "/" + name + ".sv");
-        missed += isSeen(name) ? 0 : 1;
-    }
-    return missed;
-}
-
-void CountMissed(const Tree& tree) {
-    tree.Folder("naive");
-    time_t last = 0;
-    const int naive = Missed(tree, "naive", [&](const std::string&) {
-        struct stat status {};
-        ::stat(tree.Path("naive").c_str(), &status);
-        return std::exchange(last, status.st_mtime) != status.st_mtime;
-    });
-    const auto ours = [&](const std::string& folder, const char* root) {
-        tree.Folder(folder);
-        const ovPath path = NewPath();
-        ovSetNotificationHandleWarnings(path, ovWarnCNHNever);
-        ovNonNotifiedRemotePathRefreshPolicy(path, ovRefreshByTimeStamp);
-        ovAddDir(path, Wide(root + folder), ovDirAddAtEnd);
-        return Missed(tree, folder, [&](const std::string& name) {
-            ovRefreshAllDirectories(path, ovRefreshCheck);
-            ustring file;
-            return ovFindFirstFileInAll(path, Wide(name), nullptr, nullptr, file) != 0;
-        });
-    };
-    const int notified = ours("notified", "T:\\");
+/// The same folders on a drive that reports no changes.
+void PrintByTime(Table& rows, const Tree& tree, const Workload& work) {
     linux_host::testing::NotificationFaults network;
     network.fileSystem = NFS_SUPER_MAGIC;
     linux_host::testing::SetNotificationFaults(network);
-    const int byTime = ours("timed", "R:\\");
+    const ovPath path = NewPath();
+    ovSetNotificationHandleWarnings(path, ovWarnCNHNever);
+    ovNonNotifiedRemoteCWDRefreshPolicy(path, ovRefreshByTimeStamp);
+    ovNonNotifiedRemotePathRefreshPolicy(path, ovRefreshByTimeStamp);
+    Age(tree.Path("empty"));
+    ovSetCWDName(path, u"R:\\empty");
+    for (ustring name : work.folderNames) {
+        name[0] = u'R';
+        ovAddDir(path, name, ovDirAddAtEnd);
+    }
+    const bool isWatched = FollowNewFile(path, work).right;
+    for (const std::string& folder : work.folders)
+        Age(folder);
+    ovRefreshAllDirectories(path, ovRefreshCheck);
+    const auto refresh = [&] {
+        const Turn turn = Refresh(path, 1);
+        return Turn{turn.seconds, turn.right && isWatched};
+    };
+    rows.PrintRatio("quiet_by_time", {1.1, 1.5}, {folderCount, refresh},
+                    {folderCount, [&] { return StatEach(work.folders); }});
     linux_host::testing::SetNotificationFaults({});
-    std::printf(
-        "\nmissed of 1000 files: %d by comparing whole seconds, %d by notification, %d by time stamps\n",
-        naive, notified, byTime);
+}
+
+void PrintReload(Table& rows, const Tree& tree) {
+    constexpr std::size_t count = 100'000;
+    tree.AddFiles("reload", NumberedNames(count));
+    std::size_t added = 0;
+    const ovPath path = NewPath();
+    const ovDir dir = ovAddDir(path, u"T:\\reload", ovDirAddAtEnd);
+    const auto reload = [&] {
+        const std::string name = "new" + std::to_string(added++);
+        tree.AddFile("reload/" + name + ".sv");
+        const double seconds = Seconds([&] { ovRefreshDirectory(dir, ovRefreshReload); });
+        return Turn{seconds, IsFound(path, Wide(name)) && IsFound(path, u"f0")};
+    };
+    const auto load = [&] {
+        const ovPath fresh = NewPath();
+        const double seconds = Seconds([&] { ovAddDir(fresh, u"T:\\reload", ovDirAddAtEnd); });
+        return Turn{seconds, IsFound(fresh, u"f0") && IsFound(fresh, Wide("f" + std::to_string(count - 1)))};
+    };
+    rows.PrintRatio("reload", {1.2, 2}, {count, reload}, {count, load});
 }
 
 } // namespace
 
-int main() {
-    linux_hooks::InstallDefaultHooks();
+void RunChanges(Table& rows) {
     const Tree tree;
-    for (int i = 0; i < folderCount; ++i) {
-        tree.Folder(std::to_string(i));
-        tree.Age(std::to_string(i));
-    }
-    bench::PrintHead();
-    QuietRefreshes("quiet_notified", "T:\\", &PollAndWalk);
-    linux_host::testing::NotificationFaults network;
-    network.fileSystem = NFS_SUPER_MAGIC;
-    linux_host::testing::SetNotificationFaults(network);
-    QuietRefreshes("quiet_by_time", "R:\\", [&] { return StatEach(tree); });
-    linux_host::testing::SetNotificationFaults({});
-    for (const int count : {1'000, 10'000, 100'000})
-        Reload(tree, count);
-    CountMissed(tree);
+    const Workload work(tree, "followed", {folderCount, filesPerFolder, 0, 0, 0});
+    PrintNotified(rows, tree, work);
+    PrintByTime(rows, tree, work);
+    PrintReload(rows, tree);
 }
+
+} // namespace bench

@@ -4,7 +4,7 @@
 ovsel_packages=(
   g++ clang cmake ninja-build make pkgconf dpkg-dev
   libboost1.81-dev libicu-dev libxerces-c-dev
-  libgtest-dev libgmock-dev librapidcheck-dev libbenchmark-dev
+  libgtest-dev libgmock-dev librapidcheck-dev
   libcli11-dev nlohmann-json3-dev libfmt-dev
   doxygen groff-base strace
 )
