@@ -29,21 +29,20 @@ TEST(Catalogue, HasATextForEveryMessageThatUsesAllItsArguments) {
         {"inUseFindFirstDirCheck"},
         {"timestampDiagnostic"}};
     const std::vector<ustring> all = {u"<1'{x}>", u"<2>", u"<3>", u"<4>"};
-    for (int count = 0; count < 5; ++count) {
+    for (int count = 0; count < 5; ++count)
         for (const char* id : byArgumentCount[count]) {
             const Message message = Own(id, {all.begin(), all.begin() + count});
             for (const char* locale : {"en", "de_AT"}) {
-                const ustring text = message_text(message, Locale(locale));
+                const std::string text =
+                    codecvt_ustring_to_narrow_string()(message_text(message, Locale(locale)));
                 const auto used = [&](const ustring& argument) {
-                    return text.find(argument) != ustring::npos;
+                    return text.find(codecvt_ustring_to_narrow_string()(argument)) != text.npos;
                 };
-                EXPECT_FALSE(used(u"ovsel:")) << id << " has no text in " << locale;
-                EXPECT_EQ(std::count_if(all.begin(), all.end(), used), count) << id << " in " << locale;
-                EXPECT_FALSE(used(u"{0}")) << id << " in " << locale;
+                EXPECT_FALSE(used(u"ovsel:") || used(u"{0}")) << text;
+                EXPECT_EQ(std::count_if(all.begin(), all.end(), used), count) << text;
             }
             EXPECT_NE(message_text(message, Locale("de")), English(message)) << id << " is not translated";
         }
-    }
 }
 
 TEST(Catalogue, FormatsByPositionAndSpellsOutWhatItDoesNotKnow) {

@@ -1,19 +1,15 @@
 // Change handles on the real kernel: what signals them, what kills them, what they cost.
 
-#include <gtest/gtest.h>
 #include <linux/magic.h>
-#include <memory>
 #include <sched.h>
 #include <sys/mount.h>
 
-#include "host_interfaces/platform.hpp"
 #include "host_test.hpp"
 
 namespace {
 
+using namespace test;
 using host::ChangeHandle;
-using test::NameOf;
-using test::TempTree;
 
 host::IPlatform& Platform() { return host::Platform(); }
 linux_host::Counters Counters() { return linux_host::GetCounters(); }
@@ -24,9 +20,8 @@ class Watch {
   public:
     explicit Watch(const ustring& name, bool armed = true)
         : m_handle(Platform().FindFirstChangeNotification(name, false, host::ChangeFileName)) {
-        if (armed) {
+        if (armed)
             Platform().FindNextChangeNotification(m_handle);
-        }
     }
     ~Watch() { Platform().FindCloseChangeNotification(m_handle); }
     Watch(const Watch&) = delete;
@@ -41,17 +36,15 @@ class Watch {
     /// The states that so many refreshes see.
     std::string Polls(int count) const {
         std::string states = Poll();
-        for (int i = 1; i < count; ++i) {
+        for (int i = 1; i < count; ++i)
             states += " " + Poll();
-        }
         return states;
     }
     /// The state as a refresh sees it, which arms the handle again.
     std::string Poll(std::uint32_t milliseconds = 0) const {
         const std::string state = State(milliseconds);
-        if (state == "signalled" && State() != state) {
+        if (state == "signalled" && State() != state)
             return "signalled only once";
-        }
         Platform().FindNextChangeNotification(m_handle);
         return state;
     }
@@ -78,28 +71,14 @@ class ChangeHandles : public testing::Test {
         EXPECT_EQ(Descriptors(), m_descriptors);
     }
 
-    /// All that are open, or those that a program started from here would get.
-    static std::ptrdiff_t Descriptors(bool inherited = false) {
-        const std::filesystem::directory_iterator all("/proc/self/fd");
-        return std::count_if(begin(all), end(all), [=](const auto& entry) {
-            const int flags = ::fcntl(std::stoi(entry.path().filename()), F_GETFD);
-            return !inherited || (flags & FD_CLOEXEC) == 0;
-        });
-    }
-
   private:
     std::ptrdiff_t m_descriptors;
 };
 
 TEST_F(ChangeHandles, AreSignalledByWhatHappensInTheFolderAndByNothingElse) {
-    TempTree tree{"p/d/file", "p/d/other", "p/d/sub/file", "p/sibling/file", "p/file", "q/"};
+    TempTree tree{"p/d/file", "p/d/sub/file", "p/sibling/file", "p/file", "q/"};
     Watch watch(NameOf(tree, "p/d"));
-    struct Row {
-        const char* label;
-        std::function<void()> change;
-        const char* state;
-    };
-    const Row table[] = {
+    const std::tuple<const char*, std::function<void()>, std::string> table[] = {
         {"nothing", [] {}, "quiet"},
         {"created", [&] { tree.Add({"p/d/new"}); }, "signalled"},
         {"rewritten in place", [&] { tree.Write("p/d/file", "text"); }, "signalled"},
@@ -113,18 +92,14 @@ TEST_F(ChangeHandles, AreSignalledByWhatHappensInTheFolderAndByNothingElse) {
         {"file beside it", [&] { tree.Write("p/file", "text"); }, "quiet"},
         {"folder beside it", [&] { tree.Rename("p/sibling", "p/d2"); }, "quiet"},
     };
-    for (const Row& row : table) {
-        row.change();
-        EXPECT_EQ(watch.Poll(), row.state) << row.label;
-        EXPECT_EQ(watch.Poll(), "quiet") << row.label;
+    for (const auto& [label, change, state] : table) {
+        change();
+        EXPECT_EQ(watch.Polls(2), state + " quiet") << label;
     }
 }
 
 TEST_F(ChangeHandles, DieWithTheirNameAndLiveAgainWithIt) {
-    struct Row {
-        const char* label;
-        std::function<void(TempTree&)> lose, restore;
-    };
+    using Act = std::function<void(TempTree&)>;
     const auto rename = [](const char* from, const char* to) {
         return [=](TempTree& tree) { tree.Rename(from, to); };
     };
@@ -135,51 +110,45 @@ TEST_F(ChangeHandles, DieWithTheirNameAndLiveAgainWithIt) {
             std::filesystem::create_symlink(target, tree.Path("link"));
         };
     };
-    const Row table[] = {
+    const std::tuple<std::string, Act, Act> table[] = {
         {"deleted with its parents", [](TempTree& tree) { tree.Remove("a"); }, make},
         {"moved away, another in its place", rename("a/b/d", "d"), make},
         {"parent of the parent renamed", rename("a", "c"), rename("c", "a")},
         {"link turned", point("none"), point("other")},
         {"link's folder moved", rename("a", "other/a"), point("other/a")},
     };
-    const auto run = [](const Row& row, bool askedMeanwhile) {
-        TempTree tree{"a/b/d/", "other/b/d/", "link -> a"};
-        const Watch named(NameOf(tree, "a/b/d")), linked(NameOf(tree, "link/b/d"));
-        const bool byLink = std::string_view(row.label).starts_with("link");
-        const Watch& watch = byLink ? linked : named;
-        row.lose(tree);
-        if (askedMeanwhile) {
-            EXPECT_EQ(watch.Polls(2), "dead dead") << row.label;
+    for (const auto& [label, lose, restore] : table)
+        for (const bool askedMeanwhile : {true, false}) {
+            TempTree tree{"a/b/d/", "other/b/d/", "link -> a"};
+            const Watch named(NameOf(tree, "a/b/d")), linked(NameOf(tree, "link/b/d"));
+            const bool byLink = label.starts_with("link");
+            const Watch& watch = byLink ? linked : named;
+            lose(tree);
+            if (askedMeanwhile)
+                EXPECT_EQ(watch.Polls(2), "dead dead") << label;
+            restore(tree);
+            EXPECT_EQ(watch.Polls(2), "signalled quiet") << label;
+            tree.Write((byLink ? "link" : "a") + std::string("/b/d/new"), "");
+            EXPECT_EQ(watch.Polls(2), "signalled quiet") << label;
+            byLink ? tree.Remove("link") : tree.Rename("a", "last");
+            EXPECT_EQ(watch.Poll(), "dead") << label;
         }
-        row.restore(tree);
-        EXPECT_EQ(watch.Polls(2), "signalled quiet") << row.label;
-        tree.Write((byLink ? "link" : "a") + std::string("/b/d/new"), "");
-        EXPECT_EQ(watch.Polls(2), "signalled quiet") << row.label;
-        byLink ? tree.Remove("link") : tree.Rename("a", "last");
-        EXPECT_EQ(watch.Poll(), "dead") << row.label;
-    };
-    for (const Row& row : table) {
-        run(row, true);
-        run(row, false);
-    }
 }
 
 TEST_F(ChangeHandles, OfOneFolderShareItsWatchUntilTheLastIsClosed) {
-    constexpr int owners = 10;
-    for (const int stride : {1, 3, 9}) { // orders of closing, each prime to the number of owners
+    constexpr std::size_t owners = 10;
+    for (const std::size_t stride : {1U, 3U, 9U}) { // orders of closing, each prime to the number of owners
         TempTree tree{"d/", "link -> d"};
         std::vector<std::unique_ptr<Watch>> watches;
-        for (int i = 0; i < owners; ++i) {
+        for (std::size_t i = 0; i < owners; ++i)
             watches.push_back(std::make_unique<Watch>(NameOf(tree, i % 2 == 0 ? "d" : "link")));
-        }
         const std::uint64_t held = Counters().watches;
-        for (int closed = 0, next = 0; closed < owners; ++closed, next = (next + stride) % owners) {
+        for (std::size_t closed = 0; closed < owners; ++closed) {
             tree.Write("d/file" + std::to_string(closed), "");
-            for (const auto& watch : watches) {
+            for (const auto& watch : watches)
                 EXPECT_TRUE(watch == nullptr || watch->Poll() == "signalled") << "by " << stride;
-            }
             EXPECT_EQ(Counters().watches, held);
-            watches[static_cast<std::size_t>(next)].reset();
+            watches[closed * stride % owners].reset();
         }
         EXPECT_EQ(Counters().watches, 0U);
     }
@@ -190,9 +159,8 @@ TEST_F(ChangeHandles, AreRefusedWhereNothingCanBeToldAndNothingIsKept) {
     for (const ustring& name :
          {NameOf(tree, "none"), NameOf(tree, "d/file"), NameOf(tree, "round"), NameOf(tree, "lost"),
           ustring(u"C:\\proc"), ustring(u"C:\\proc\\self\\fd"), ustring(u"C:\\sys"), ustring(u"Q:\\"),
-          ustring(), NameOf(tree) + ustring(u"\\d\0", 3)}) {
+          ustring(), NameOf(tree) + ustring(u"\\d\0", 3)})
         EXPECT_TRUE(Watch(name).Refused()) << testing::PrintToString(name);
-    }
     EXPECT_EQ(Platform().FindFirstChangeNotification(NameOf(tree), true, 0), host::InvalidChangeHandle);
     for (const std::uint32_t type : {0U + NFS_SUPER_MAGIC, 0U + FUSE_SUPER_MAGIC, SMB2_SUPER_MAGIC}) {
         linux_host::testing::SetNotificationFaults({.fileSystem = type});
@@ -252,9 +220,8 @@ TEST_F(ChangeHandles, BeginSignalledUnlessTheFolderIsSurelyAsItWasListed) {
         const long grain = status.st_ctim.tv_nsec == 0 ? 2'100'000'000 : 20'000'000;
         for (::timespec now{};
              (now.tv_sec - status.st_ctim.tv_sec) * 1'000'000'000 + now.tv_nsec - status.st_ctim.tv_nsec <
-             grain;) {
+             grain;)
             ::clock_gettime(CLOCK_REALTIME_COARSE, &now);
-        }
     };
     EXPECT_EQ(begin(), "signalled") << "never listed";
     age();
@@ -291,9 +258,8 @@ TEST_F(ChangeHandles, CostARefreshThatFindsNothingOneSystemCallHoweverManyTheyAr
     linux_host::ResetCounters();
     Platform().BeginChangeChecks();
     tree.Write("d7/late", "");
-    for (const auto& watch : watches) {
+    for (const auto& watch : watches)
         EXPECT_EQ(watch->State(), "quiet") << "news since the beginning wait for the next time";
-    }
     Platform().EndChangeChecks();
     EXPECT_EQ(Counters().systemCalls, 1U);
     EXPECT_EQ(watches[7]->Poll(), "signalled");
@@ -304,17 +270,13 @@ TEST_F(ChangeHandles, CostARefreshThatFindsNothingOneSystemCallHoweverManyTheyAr
 
 TEST_F(ChangeHandles, AreToldApartFromClosedOnesAndFromNumbersThatNeverWereOne) {
     TempTree tree;
-    const auto expectNone = [](ChangeHandle handle) {
+    const ChangeHandle first = Platform().FindFirstChangeNotification(NameOf(tree), false, 0);
+    EXPECT_TRUE(Platform().FindCloseChangeNotification(first));
+    const ChangeHandle second = Platform().FindFirstChangeNotification(NameOf(tree), false, 0);
+    for (const ChangeHandle handle : {first, second + 1, ChangeHandle{0}, host::InvalidChangeHandle}) {
         EXPECT_EQ(Platform().WaitForSingleObject(handle, 0), host::WaitFailed);
         EXPECT_FALSE(Platform().FindNextChangeNotification(handle));
         EXPECT_FALSE(Platform().FindCloseChangeNotification(handle));
-    };
-    const ChangeHandle first = Platform().FindFirstChangeNotification(NameOf(tree), false, 0);
-    EXPECT_TRUE(Platform().FindCloseChangeNotification(first));
-    expectNone(first);
-    const ChangeHandle second = Platform().FindFirstChangeNotification(NameOf(tree), false, 0);
-    for (const ChangeHandle handle : {first, second + 1, ChangeHandle{0}, host::InvalidChangeHandle}) {
-        expectNone(handle);
     }
     EXPECT_TRUE(Platform().FindCloseChangeNotification(second));
 }
@@ -331,9 +293,8 @@ TEST_F(ChangeHandles, HearOfTheProbeWhichTouchesNothingThatWasThere) {
     EXPECT_TRUE(std::filesystem::is_empty(tree.Path("d")));
 
     tree.Add({"d/link -> ../kept", "d/lost -> ../none", "d/file"});
-    for (const char* name : {"d/link", "d/lost", "d/file", "none/probe"}) {
+    for (const char* name : {"d/link", "d/lost", "d/file", "none/probe"})
         EXPECT_FALSE(Platform().WriteProbeFile(NameOf(tree, name), "text")) << name;
-    }
     EXPECT_TRUE(std::filesystem::is_symlink(tree.Path("d/link")) &&
                 std::filesystem::exists(tree.Path("d/file")));
     EXPECT_TRUE(std::filesystem::is_empty(tree.Path("kept")) && !std::filesystem::exists(tree.Path("none")));
@@ -343,27 +304,26 @@ TEST_F(ChangeHandles, AskForTheirNameBeneathAFolderThatMayNotBeRead) {
     TempTree tree{"shut/a/d/", "shut/b/d/", "shut/link -> a", "unlisted/"};
     tree.Permit("", 0755);
     tree.Permit("unlisted", 0311);
-    for (const char* path : {"shut", "shut/a", "shut/b", "shut/a/d", "shut/b/d"}) {
-        EXPECT_TRUE(::geteuid() != 0 || ::chown(tree.Path(path).c_str(), test::Nobody, test::Nobody) == 0);
-    }
+    for (const char* path : {"shut", "shut/a", "shut/b", "shut/a/d", "shut/b/d"})
+        EXPECT_TRUE(::geteuid() != 0 || ::chown(tree.Path(path).c_str(), Nobody, Nobody) == 0);
     tree.Permit("shut", 0300);
-    const int answer = test::AskUnprivileged([&] {
+    const int answer = AskUnprivileged([&] {
         linux_host::testing::RestartNotification();
         const Watch watch(NameOf(tree, "shut/link/d"));
-        bool right = watch.Poll() == "quiet" && Watch(NameOf(tree, "unlisted")).Refused();
+        const auto sees = [&](const char* states) { return watch.Polls(2) == states; };
+        const bool begins = watch.Poll() == "quiet" && Watch(NameOf(tree, "unlisted")).Refused();
         tree.Remove("shut/link");
         tree.Add({"shut/link -> b"});
-        right = right && watch.Polls(2) == "signalled quiet";
+        const bool turned = sees("signalled quiet");
         tree.Write("shut/b/d/file", "");
-        right = right && watch.Polls(2) == "signalled quiet";
+        const bool written = sees("signalled quiet");
         tree.Rename("shut/b", "shut/c");
-        right = right && watch.Poll() == "dead";
+        const bool gone = sees("dead dead");
         tree.Rename("shut/c", "shut/b");
-        return right && watch.Polls(2) == "signalled quiet" ? 0 : 1;
+        return begins && turned && written && gone && sees("signalled quiet") ? 0 : 1;
     });
-    if (answer == test::CannotPrepare) {
+    if (answer == CannotPrepare)
         GTEST_SKIP() << "cannot become another user";
-    }
     EXPECT_EQ(answer, 0);
 }
 
@@ -378,7 +338,7 @@ TEST_F(ChangeHandles, NoticeMountsOverTheirFolderAtOnceOrWithoutAMountTableWhenA
         return ::unshare(CLONE_NEWNS) == 0 && ::mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
     };
     for (const bool table : {true, false}) {
-        const int answer = test::AskInChild(separate, [&] {
+        const int answer = AskInChild(separate, [&] {
             linux_host::testing::RestartNotification();
             bool right = table || ::umount2("/proc", MNT_DETACH) == 0;
             const Watch watch(NameOf(tree, "p/d")), other(NameOf(tree, "p/d"));
@@ -394,9 +354,8 @@ TEST_F(ChangeHandles, NoticeMountsOverTheirFolderAtOnceOrWithoutAMountTableWhenA
             tree.Write("p/d/file", "");
             return right && watch.Polls(2) == "signalled quiet" ? 0 : 1;
         });
-        if (answer == test::CannotPrepare) {
+        if (answer == CannotPrepare)
             GTEST_SKIP() << "may not mount";
-        }
         EXPECT_EQ(answer, 0) << (table ? "with" : "without") << " a mount table";
     }
 }

@@ -1,20 +1,12 @@
 // Single questions about the disk: existence, accessibility, time, the current directory; and their failures.
 
-#include <algorithm>
-#include <gtest/gtest.h>
 #include <typeinfo>
 
-#include "host_interfaces/filesystem.hpp"
-#include "host_interfaces/platform.hpp"
-#include "host_interfaces/text.hpp"
 #include "host_test.hpp"
-
-namespace fs = fl::filesystem;
 
 namespace {
 
-using test::NameOf;
-using test::TempTree;
+using namespace test;
 
 enum Outcome { No, Yes, Invalid, Denied, NotFound, TooLarge, System, Conversion };
 
@@ -54,12 +46,8 @@ TEST_F(Disk, AnswersForEveryKindOfNameOrFailsInItsOwnWay) {
     tree.Permit("", 0755);
     tree.Permit("closed", 0);
     tree.Permit("unlisted", 0311);
-    struct Row {
-        ustring name; ///< inside the tree
-        Outcome exists, enter;
-        int accessibility;
-    };
-    const Row table[] = {
+    // A name inside the tree, whether it exists, what entering it gives, and its accessibility.
+    const std::tuple<ustring, Outcome, Outcome, int> table[] = {
         {u"\\dir", Yes, Yes, 1},
         {u"/link/", Yes, Yes, 1},
         {u"\\dir\\..", Yes, Yes, 1},
@@ -77,17 +65,14 @@ TEST_F(Disk, AnswersForEveryKindOfNameOrFailsInItsOwnWay) {
         {{u'\\', 0xD800}, Conversion, Conversion, 4},
     };
     const ustring root = NameOf(tree);
-    for (const Row& row : table) {
-        const ustring name = root + row.name;
+    for (const auto& [leaf, exists, enter, accessibility] : table) {
+        const ustring name = root + leaf;
         const std::vector<int> answers = {
-            test::AskUnprivileged([&] { return Exists(name); }),
-            test::AskUnprivileged([&] { return Enter(name); }),
-            test::AskUnprivileged([&] { return linux_host::DirectoryAccessibility(name); })};
-        if (answers[0] == test::CannotDropPrivileges) {
+            AskUnprivileged([&] { return Exists(name); }), AskUnprivileged([&] { return Enter(name); }),
+            AskUnprivileged([&] { return linux_host::DirectoryAccessibility(name); })};
+        if (answers[0] == CannotPrepare)
             GTEST_SKIP() << "cannot become another user";
-        }
-        EXPECT_EQ(answers, (std::vector<int>{row.exists, row.enter, row.accessibility}))
-            << testing::PrintToString(row.name);
+        EXPECT_EQ(answers, (std::vector<int>{exists, enter, accessibility})) << testing::PrintToString(name);
     }
     for (const char16_t* name : {u"Q:\\dir", u"\\\\server\\share", u"\\\\server", u""}) {
         EXPECT_EQ(Exists(name), No);

@@ -2,7 +2,6 @@
 
 #include <dirent.h>
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 
@@ -29,16 +28,13 @@ extern "C" __attribute__((visibility("default"))) dirent* readdir(DIR* directory
 
 namespace {
 
+using namespace test;
 using linux_host::ListDirectory;
-using test::NameOf;
-using test::Narrow;
-using test::TempTree;
 
 /// One line per entry: `d`, `f` or `?` by its word, and the name.
 std::string Show(const std::optional<linux_host::Listing>& listing) {
-    if (!listing) {
+    if (!listing)
         return "nothing";
-    }
     std::string text;
     const char16_t* name = listing->names.data();
     for (const unsigned short word : listing->words) {
@@ -122,15 +118,15 @@ TEST_F(Listings, DoWithoutTheTypesOfEntries) {
 
 TEST_F(Listings, KeepWhatWasReadWhenTheDiskFails) {
     const TempTree tree{"a", "b", "c"};
-    auto allowed = std::make_shared<int>(4);
-    const Fault failure([allowed](dirent* entry) {
+    int allowed = 4;
+    const Fault failure([&](dirent* entry) {
         errno = EIO;
-        return (*allowed)-- > 0 ? entry : nullptr;
+        return allowed-- > 0 ? entry : nullptr;
     });
     const auto part = ListDirectory(NameOf(tree));
     ASSERT_TRUE(part);
     EXPECT_GE(part->words.size(), 2U) << "four entries, of which two may be the folder and its parent";
-    *allowed = 0;
+    allowed = 0;
     EXPECT_EQ(Show(ListDirectory(NameOf(tree))), "nothing") << "not even one entry";
 }
 
@@ -140,14 +136,12 @@ TEST_F(Listings, OfWhatIsNoReadableFolderAreNothing) {
     tree.Permit("closed", 0);
     EXPECT_EQ(Show(ListDirectory(NameOf(tree, "empty"))), "");
     for (const ustring& name : {NameOf(tree, "file"), NameOf(tree, "gone"), NameOf(tree) + ustring(u"\0x", 2),
-                                NameOf(tree) + ustring(5000, u'a'), ustring(), ustring(u"Q:\\")}) {
+                                NameOf(tree) + ustring(5000, u'a'), ustring(), ustring(u"Q:\\")})
         EXPECT_EQ(Show(ListDirectory(name)), "nothing") << testing::PrintToString(name);
-    }
     const ustring closed = NameOf(tree, "closed");
-    const int answer = test::AskUnprivileged([&] { return ListDirectory(closed) ? 1 : 0; });
-    if (answer == test::CannotDropPrivileges) {
+    const int answer = AskUnprivileged([&] { return ListDirectory(closed) ? 1 : 0; });
+    if (answer == CannotPrepare)
         GTEST_SKIP() << "cannot become another user";
-    }
     EXPECT_EQ(answer, 0);
 }
 
@@ -155,13 +149,12 @@ TEST_F(Listings, OfWhatIsNoReadableFolderAreNothing) {
 std::size_t CountSpecialFolders(const ustring& dir, std::size_t& budget) {
     const auto listing = ListDirectory(dir);
     std::size_t count = 0;
-    for (const char16_t* name = listing ? listing->names.data() : u""; *name != 0;
-         name += ustring(name).size() + 1) {
+    for (const char16_t* name = listing ? listing->names.data() : u""; *name;
+         name += ustring(name).size() + 1)
         if (*name == u'+' && budget > 0) {
             --budget;
             count += 1 + CountSpecialFolders(dir + u"\\" + name, budget);
         }
-    }
     return count;
 }
 

@@ -1,17 +1,10 @@
 // Names in the system's grammar: taken apart, made absolute, made canonical. No disk is looked at.
 
-#include <gtest/gtest.h>
-
-#include "host_interfaces/filesystem.hpp"
-#include "host_interfaces/utility.hpp"
 #include "host_test.hpp"
-
-namespace fs = fl::filesystem;
 
 namespace {
 
-using test::Narrow;
-using test::Wide;
+using namespace test;
 
 /// The elements that a cursor meets, joined with commas.
 std::string Elements(const ustring& name) {
@@ -51,16 +44,12 @@ TEST(Names, AreTakenApartAtTheirRootElementsAndLastDot) {
         {R"(C:/a/b.c)", R"(C:,/a/b.c root 2 [C:][/a/b][.c])"},
         {R"(C:\..)", R"(C:,\,.. root 3 absolute [C:\][.][.])"},
     };
-    for (const auto& [name, anatomy] : table) {
+    for (const auto& [name, anatomy] : table)
         EXPECT_EQ(Anatomy(name), anatomy) << name;
-    }
 }
 
 TEST(Names, AreMadeAbsoluteAndCanonicalAgainstABase) {
-    struct Row {
-        const char *name, *base, *absolute, *canonical;
-    };
-    const Row table[] = {
+    const std::tuple<const char*, const char*, const char*, const char*> table[] = {
         {R"(a\..\b)", R"(C:\w\x)", R"(C:\w\x\a\..\b)", R"(C:\w\x\b)"},
         {R"(..\..\..\b)", R"(C:\w\x)", R"(C:\w\x\..\..\..\b)", R"(C:\b)"},
         {R"(.)", R"(C:\w\)", R"(C:\w\.)", R"(C:\w)"},
@@ -75,16 +64,16 @@ TEST(Names, AreMadeAbsoluteAndCanonicalAgainstABase) {
         {R"(a)", R"(\\s)", R"(\\s\a)", R"(\\s\a)"},
         {"", R"(C:\w)", R"(C:\w)", "invalid"},
     };
-    const auto canonical = [](const Row& row) -> std::string {
+    const auto canonical = [](const char* name, const char* base) -> std::string {
         try {
-            return Narrow(fs::canonical(Wide(row.name), Wide(row.base)));
+            return Narrow(fs::canonical(Wide(name), Wide(base)));
         } catch (const fs::InvalidArgument&) {
             return "invalid";
         }
     };
-    for (const Row& row : table) {
-        EXPECT_EQ(Narrow(fs::absolute(Wide(row.name), Wide(row.base))), row.absolute) << row.name;
-        EXPECT_EQ(canonical(row), row.canonical) << row.name;
+    for (const auto& [name, base, absolute, result] : table) {
+        EXPECT_EQ(Narrow(fs::absolute(Wide(name), Wide(base))), absolute) << name;
+        EXPECT_EQ(canonical(name, base), result) << name;
     }
     EXPECT_EQ(fs::canonical(u"a/./b/", u"C:/w"), u"C:\\w\\a\\b") << "both forms are taken";
     EXPECT_THROW(fs::canonical(ustring(u"a\0b", 3), u"C:\\"), fs::InvalidArgument);
@@ -93,11 +82,9 @@ TEST(Names, AreMadeAbsoluteAndCanonicalAgainstABase) {
 TEST(Names, KeepTheirPromisesForEveryShortName) {
     const char alphabet[] = {'\\', 'C', ':', '.', 'a'};
     std::vector<std::string> names = {""};
-    for (std::size_t next = 0; names[next].size() < 6; ++next) {
-        for (const char c : alphabet) {
+    for (std::size_t next = 0; names[next].size() < 6; ++next)
+        for (const char c : alphabet)
             names.push_back(names[next] + c);
-        }
-    }
     for (const std::string& text : names) {
         const ustring name = Wide(text);
         const std::size_t root = fs::get_root_path_length(name);

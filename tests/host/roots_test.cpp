@@ -1,19 +1,10 @@
 // Roots of the grammar: where they lie on the disk, what they answer, and locations made of names.
 
-#include <gtest/gtest.h>
-
-#include "host_interfaces/filesystem.hpp"
-#include "host_interfaces/platform.hpp"
-#include "host_interfaces/storage.hpp"
 #include "host_test.hpp"
 
 namespace {
 
-using foundation::storage::vfs::AbsoluteIRI;
-using linux_host::DriveMap;
-using test::NameOf;
-using test::Narrow;
-using test::TempTree;
+using namespace test;
 
 class Roots : public testing::Test {
   protected:
@@ -34,9 +25,8 @@ TEST_F(Roots, CarryNamesToPathsElementByElement) {
           ustring(u"\\\\SERVER/share\\x"), ustring(u"\\\\server\\share"), ustring(u"\\\\server\\shared"),
           ustring(u"\\\\server"), ustring(u"F:\\a"), ustring(u"C:"), ustring(u"C:a"), ustring(u"a"),
           ustring(), ustring(u"C:\\a\0b", 6), ustring(u"C:\\") + char16_t(0xD800),
-          ustring(u"C:\\ä") + char16_t(0xDCFF)}) {
+          ustring(u"C:\\ä") + char16_t(0xDCFF)})
         paths += DriveMap::ToPath(name).value_or("-") + " ";
-    }
     EXPECT_EQ(paths, "/ /a/b /a/../b/ /srv/data/x /mnt/s:h/x /mnt/s:h - - - - - - - - - /ä\xFF ");
 }
 
@@ -54,9 +44,8 @@ TEST_F(Roots, NamePathsByTheLongestFolderThatHoldsThem) {
 TEST_F(Roots, AnswerWhetherTheyAreRemote) {
     std::string types;
     for (const char16_t* root : {u"C:\\", u"e:\\", u"P:\\", u"F:\\", u"\\\\server\\far\\",
-                                 u"\\\\server\\share\\", u"\\\\server\\", u"\\\\serv\\", u"\\\\", u""}) {
+                                 u"\\\\server\\share\\", u"\\\\server\\", u"\\\\serv\\", u"\\\\", u""})
         types += std::to_string(host::Platform().GetDriveType(root));
-    }
     EXPECT_EQ(types, "3431434111");
 }
 
@@ -67,9 +56,8 @@ TEST_F(Roots, AreReplacedAndRefusedWhenMalformed) {
     EXPECT_FALSE(DriveMap::Add(u"G:", "relative", DriveMap::Kind::Fixed));
     EXPECT_FALSE(DriveMap::Add(u"G:", std::string("/a\0b", 4), DriveMap::Kind::Fixed));
     for (const char16_t* root : {u"", u"G", u"G:\\", u"4:", u"\\\\s", u"\\\\s\\", u"\\\\s\\h\\",
-                                 u"\\\\\\s\\h", u"\\\\s\\..", u"\\\\s\\a:b", u"\\s\\h"}) {
+                                 u"\\\\\\s\\h", u"\\\\s\\..", u"\\\\s\\a:b", u"\\s\\h"})
         EXPECT_FALSE(DriveMap::Add(root, "/", DriveMap::Kind::Fixed)) << Narrow(root);
-    }
     DriveMap::Reset();
     EXPECT_FALSE(DriveMap::ToPath(u"D:\\x"));
     EXPECT_EQ(DriveMap::ToPath(u"C:\\x"), "/x");
@@ -78,17 +66,17 @@ TEST_F(Roots, AreReplacedAndRefusedWhenMalformed) {
 TEST_F(Roots, KeepDotDotInside) {
     const TempTree tree{"data/x", "secret/y"};
     DriveMap::Add(u"D:", tree.Path("data"), DriveMap::Kind::Fixed);
-    EXPECT_TRUE(fl::filesystem::exists(u"D:\\a\\..\\..\\x")) << "`..` above the root vanishes";
-    EXPECT_FALSE(fl::filesystem::exists(u"D:\\..\\secret"));
+    EXPECT_TRUE(fs::exists(u"D:\\a\\..\\..\\x")) << "`..` above the root vanishes";
+    EXPECT_FALSE(fs::exists(u"D:\\..\\secret"));
     EXPECT_FALSE(linux_host::ListDirectory(u"D:\\..\\secret"));
     const auto name = DriveMap::ToName(tree.Path("data/../secret"));
     ASSERT_TRUE(name);
-    EXPECT_EQ(fl::filesystem::canonical(*name, {}), NameOf(tree, "secret")) << "such a path is not below D:";
+    EXPECT_EQ(fs::canonical(*name, {}), NameOf(tree, "secret")) << "such a path is not below D:";
 }
 
 /// path, name and the chain of parents of a location
 std::string Describe(const ustring& native) {
-    AbsoluteIRI location = foundation::storage::vfs::toAbsoluteIRI(u"file", native);
+    vfs::AbsoluteIRI location = vfs::toAbsoluteIRI(u"file", native);
     std::string text = Narrow(location.toString()) + " [" + Narrow(location.getName()) + "]";
     while (location.hasParent()) {
         location = location.getParent();
@@ -99,16 +87,14 @@ std::string Describe(const ustring& native) {
 
 TEST(Locations, KeepTheRootsSeparatorAndNoOther) {
     std::string texts;
-    for (const char16_t* native : {u"C:/a//b\\", u"C:\\", u"\\\\s\\h\\a\\", u"\\\\\\", u"a", u""}) {
+    for (const char16_t* native : {u"C:/a//b\\", u"C:\\", u"\\\\s\\h\\a\\", u"\\\\\\", u"a", u""})
         texts += Describe(native) + "\n";
-    }
     EXPECT_EQ(texts, "file://C:/a//b [b] < C:/a < C:/\n"
                      "file://C:/ []\n"
                      "file:////s/h/a [a] < //s/h < //s/\n"
                      "file:///// []\nfile://a [a]\nfile:// []\n");
-    for (const char16_t* native : {u"C:\\a\\b", u"C:\\", u"\\\\s\\h\\a", u"\\\\\\"}) {
-        EXPECT_EQ(fromAbsoluteIRI(foundation::storage::vfs::toAbsoluteIRI(u"file", native)), native);
-    }
+    for (const char16_t* native : {u"C:\\a\\b", u"C:\\", u"\\\\s\\h\\a", u"\\\\\\"})
+        EXPECT_EQ(fromAbsoluteIRI(vfs::toAbsoluteIRI(u"file", native)), native);
 }
 
 } // namespace

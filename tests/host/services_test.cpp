@@ -38,11 +38,8 @@ TEST(DiagnosticsDeathTest, TellAHandlerThePlaceAndEndTheProcessIfItReturns) {
 TEST(Scopes, KeepTheirOwnValuesUntilTheyEnd) {
     static const host::ScopeSlotId slot = host::AllocateScopeSlot();
     static int destroyed = 0;
-    struct Looker {
-        ~Looker() {
-            // Destroyed outside of any lock, and when the scope no longer holds it.
-            destroyed += host::FindScopeValue(slot) == nullptr ? 1 : 100;
-        }
+    struct Looker { // destroyed outside of any lock, and when the scope no longer holds it
+        ~Looker() { destroyed += host::FindScopeValue(slot) == nullptr ? 1 : 100; }
     };
     const auto first = std::make_shared<int>(1);
     EXPECT_EQ(host::FindScopeValue(slot), nullptr);

@@ -1,17 +1,13 @@
 // Narrow text and UTF-16: every byte string survives, and nothing strange is let through in return.
 
-#include <gtest/gtest.h>
 #include <random>
 
-#include "host_interfaces/platform.hpp"
 #include "host_test.hpp"
 
 namespace {
 
 using namespace fl::i18n;
-
-using test::Narrow;
-using test::Wide;
+using namespace test;
 
 /// "-" for what the converter refuses.
 template <typename Converter, typename Text>
@@ -74,9 +70,8 @@ TEST(Text, BringsEveryByteStringBack) {
     std::mt19937 random(1);
     for (int round = 0; round < 50000; ++round) {
         std::string bytes(random() % 12, ' ');
-        for (char& byte : bytes) {
+        for (char& byte : bytes)
             byte = alphabet[random() % alphabet.size()];
-        }
         ASSERT_EQ(Narrow(Wide(bytes)), bytes) << testing::PrintToString(bytes);
     }
 }
