@@ -3,10 +3,19 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <string_view>
 
 namespace bench {
 
 namespace {
+
+bool IsProcessorTime() {
+    static const char* const clock = std::getenv("OVSEL_BENCH_CLOCK");
+    static const bool is = clock != nullptr && std::string_view(clock) == "cpu";
+    return is;
+}
 
 constexpr double roundSeconds = 0.1;
 
@@ -55,7 +64,15 @@ struct Sum {
 
 } // namespace
 
+double Now() {
+    timespec time{};
+    ::clock_gettime(IsProcessorTime() ? CLOCK_PROCESS_CPUTIME_ID : CLOCK_MONOTONIC, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
 void Table::PrintHead() {
+    if (IsProcessorTime())
+        std::printf("Processor time:\n\n");
     std::printf(
         "| job                |      ours |     limit |    ratio [least, greatest] | reach | never above "
         "| met     |\n"
