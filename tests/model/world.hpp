@@ -82,7 +82,7 @@ struct World {
             for (const std::string& name : names)
                 Put(place, name.substr(0, name.find('/')), name.back() == '/');
         cwd = Read(disk, CWDPool()[0]);
-        for (const std::size_t i : {0, 1})
+        for (const std::size_t i : {0U, 1U})
             path.push_back(Read(disk, PathPool()[i]));
     }
 

@@ -36,7 +36,7 @@ class TempTree {
 
     void Add(std::initializer_list<std::string_view> entries) {
         for (const std::string_view entry : entries)
-            Add(std::string(entry));
+            AddOne(std::string(entry));
     }
 
     /// Writes a file, making its parents.
@@ -78,7 +78,7 @@ class TempTree {
         m_root = pattern;
     }
 
-    void Add(const std::string& entry) {
+    void AddOne(const std::string& entry) {
         const std::size_t arrow = entry.find(" -> ");
         if (arrow != std::string::npos) {
             const std::string link = entry.substr(0, arrow);
