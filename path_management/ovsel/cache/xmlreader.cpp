@@ -24,7 +24,7 @@ namespace Quorrant::ovsel {
 namespace {
 
 std::string ReadWhole(std::istream& stream) {
-    constexpr std::streamsize chunk = 1 << 20;
+    constexpr std::streamsize chunk = 1 << 16;
     std::string text;
     for (;;) {
         const std::size_t length = text.size();
