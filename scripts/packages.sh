@@ -2,7 +2,7 @@
 # Sourced by the scripts beside it: the Debian packages that a build needs.
 
 ovsel_packages=(
-  g++ clang cmake ninja-build make pkgconf dpkg-dev
+  g++ clang libclang-rt-14-dev cmake ninja-build make pkgconf dpkg-dev
   libboost1.81-dev libicu-dev libxerces-c-dev
   libgtest-dev libgmock-dev librapidcheck-dev
   libcli11-dev nlohmann-json3-dev libfmt-dev
