@@ -20,7 +20,7 @@ namespace {
 constexpr char16_t prefix[] = u"T:\\toolbox";
 constexpr char16_t cacheFile[] = u"T:\\cache.xml";
 
-/// Reads the file at once and finds its line ends.
+/// Reads the file at once and finds its line ends. The block is new each time, as a reader's is.
 Turn ReadAndFindLines(const std::string& file, std::size_t lines) {
     return Measure(lines, [&] {
         std::FILE* stream = std::fopen(file.c_str(), "r");
@@ -49,7 +49,7 @@ Turn LoadCache() {
     const ovPath path = NewPath(prefix);
     const double seconds = Seconds([&] { ovUseToolboxCache(path, cacheFile, prefix, false); });
     const bool right = ovInToolboxCacheMode();
-    ovRevertFromToolboxCache(path);
+    ovRevertFromToolboxCache(path); // so that the next turn replaces nothing
     return {seconds, right && !ovInToolboxCacheMode()};
 }
 

@@ -97,6 +97,7 @@ Turn FollowNewFile(const ovPath& path, const Workload& work) {
     return turn;
 }
 
+/// What a program has to do that follows one folder and nothing else.
 Turn FollowNewFileBare(const Watcher& watcher, const std::string& folder) {
     const std::string file = folder + newFile;
     ::mknod(file.c_str(), S_IFREG | 0600, 0);
@@ -125,7 +126,7 @@ void PrintNotified(Table& rows, const Tree& tree, const Workload& work) {
     constexpr int refreshes = 20;
     const ovPath path = NewPath();
     AddFolders(path, work.folderNames);
-    ovRefreshAllDirectories(path, ovRefreshCheck);
+    ovRefreshAllDirectories(path, ovRefreshCheck); // handles may begin signalled
     const Watcher watcher;
     const auto limit = [&](std::size_t flags) {
         return Side{pollCount, [&watcher, flags = std::vector<std::uint8_t>(flags)] {
@@ -158,6 +159,7 @@ void PrintByTime(Table& rows, const Tree& tree, const Workload& work) {
         name[0] = u'R';
         ovAddDir(path, name, ovDirAddAtEnd);
     }
+    // A path that looks at nothing would be quiet too.
     const bool isWatched = FollowNewFile(path, work).right;
     for (const std::string& folder : work.folders)
         Age(folder);

@@ -17,7 +17,7 @@ bool IsProcessorTime() {
     return is;
 }
 
-constexpr double roundSeconds = 0.1;
+constexpr double roundSeconds = 0.1; ///< so that the clock and one interruption weigh little
 
 double Median(std::vector<double> values) {
     std::sort(values.begin(), values.end());
@@ -39,6 +39,7 @@ std::string TimeText(double seconds) {
 
 std::string GoalText(double goal) { return goal == 0 ? "" : Text("%g", goal); }
 
+/// The median decides; what a bad moment did to one round is for the reader to see.
 const char* Verdict(Goal goal, double value) {
     if (goal.neverAbove == 0)
         return "";
@@ -106,6 +107,7 @@ void Table::PrintFigure(const std::string& job, Goal goal, const char* unit,
     std::vector<double> figures;
     while (figures.size() < roundCount)
         figures.push_back(figure());
+    // Whoever cannot give a figure answers -1.
     const bool right = *std::min_element(figures.begin(), figures.end()) >= 0;
     Print(job, goal, Text("%.4g ", Median(figures)) + unit, "", figures, right);
 }

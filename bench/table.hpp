@@ -60,7 +60,7 @@ class Table {
     /// see the same machine. What a side does the first time belongs to no round.
     void PrintRatio(const std::string& job, Goal goal, const Side& ours, const Side& limit);
 
-    /// A figure that needs no limit, once for each round.
+    /// A figure that needs no limit, once for each round; below zero for a wrong answer.
     void PrintFigure(const std::string& job, Goal goal, const char* unit,
                      const std::function<double()>& figure);
 

@@ -68,6 +68,7 @@ void Age(const std::string& path) {
 ustring Wide(const std::string& ascii) { return ustring(ascii.begin(), ascii.end()); }
 
 ovPath NewPath(const char16_t* frozenPrefix) {
+    // Paths of several turns and rows live side by side, and two cannot bear one name.
     static int count = 0;
     const std::string name = "path" + std::to_string(++count);
     return ovCreatePathWithPreFrozen(0, name.c_str(), frozenPrefix, ovCasePlatformDefault, true);
@@ -89,6 +90,7 @@ std::size_t CountFiles(const ovPath& path) {
 }
 
 std::size_t ListBare(const std::vector<std::string>& folders) {
+    // As large as the block of the C library's readdir.
     alignas(dirent64) static std::array<char, 32768> block;
     std::size_t entries = 0;
     for (const std::string& folder : folders) {
