@@ -15,10 +15,11 @@
 /// were written down; calls are counted.
 ///
 /// @code
-/// disk.Put("C:\\A", "plot.sv @plot/ note? old.p:N");
+/// disk.Put("C:\\A", "plot.sv @plot/ { draw.sv private/ } note? old.p:N");
 /// @endcode
-/// An entry is a file; `/` behind it makes it a directory (empty until it is put itself), `?` gives it the
-/// attribute word 0, `:C` and `:N` a file kind, and `=` followed by a number in hexadecimal any word.
+/// An entry is a file; `/` behind it makes it a directory (empty unless its entries follow in braces or it is
+/// put itself), `?` gives it the attribute word 0, `:C` and `:N` a file kind, and `=` followed by a number in
+/// hexadecimal any word.
 class FakeDisk {
   public:
     struct Entry {
@@ -32,11 +33,8 @@ class FakeDisk {
     }
 
     void Put(const std::string& dir, const std::string& entries) {
-        std::vector<Entry> listing;
         std::istringstream words(entries);
-        for (std::string word; words >> word;)
-            listing.push_back(Parse(dir, word));
-        dirs[dir] = listing;
+        Fill(dir, words);
     }
 
     bool Install() { return ovSetDefaultIOFcns(&Read, &Accessibility, &Reserved, &Exists, &FileTime); }
@@ -91,6 +89,16 @@ class FakeDisk {
         return words;
     }
 
+    /// Takes the words up to the brace that closes this directory, or all.
+    void Fill(const std::string& dir, std::istream& words) {
+        std::vector<Entry> listing;
+        for (std::string word; words >> word && word != "}";)
+            if (word == "{")
+                Fill(dir + "\\" + listing.back().name, words);
+            else
+                listing.push_back(Parse(dir, word));
+        dirs[dir] = listing;
+    }
     Entry Parse(const std::string& dir, std::string word) {
         if (word.back() == '/') {
             word.pop_back();

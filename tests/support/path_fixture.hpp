@@ -45,6 +45,10 @@ class PathFixture : public testing::Test {
         return ovAddDir(path, U(name), where);
     }
     ovDir Find(const std::string& name) { return ovFindDirFullName(path, U(name)); }
+    /// All files that a name means, wherever on the path.
+    std::string Everywhere(const std::string& name, ovExtensionList extensions = nullptr) {
+        return Short(Search(ovCreateAllSearchIterator(path, U(name), extensions, ovCaseOfPath)).All());
+    }
     void CheckIndex() {
         if (path != nullptr && path->IsValid())
             EXPECT_EQ("", InvariantCheck(path).Run());

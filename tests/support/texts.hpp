@@ -20,6 +20,15 @@ inline std::string Join(const std::vector<std::string>& words, const char* betwe
     return line;
 }
 
+/// A text without what its names begin with.
+inline std::string Without(const std::string& prefix, std::string text) {
+    for (std::size_t at; (at = text.find(prefix)) != text.npos;)
+        text.erase(at, prefix.size());
+    return text;
+}
+/// Names on the drive `C:` without it.
+inline std::string Short(const std::string& text) { return Without("C:\\", text); }
+
 /// Fields of a table's row, which is written as one text with " | " between them.
 inline std::vector<std::string> Fields(std::string_view row) {
     std::vector<std::string> fields;
