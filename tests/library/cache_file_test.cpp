@@ -16,6 +16,13 @@ namespace vfs = foundation::storage::vfs;
 namespace {
 
 const std::string header = "<Quorrant type=\"Path Cache File\" version=\"1.2\" date=\"";
+std::string Repeat(const std::string& text, int count) {
+    std::string all;
+    for (int i = 0; i < count; ++i)
+        all += text;
+    return all;
+}
+
 const std::string footer = "</Quorrant>\n";
 
 const std::string small = "<Quorrant>\n <D name=\"a\">\n  <D name=\"a/+p\">\n  </D>\n  <C name=\"x.sv\"/>\n"
@@ -34,19 +41,18 @@ std::string TreeText(const CacheDirNode& node) {
     return text + "}";
 }
 
-std::string Names(const std::vector<ustring>& names) {
-    std::string text = "[";
-    for (const ustring& name : names)
-        text += (text.size() > 1 ? " " : "") + N(name);
-    return text + "]";
-}
-
 std::string MapText(const CachedDirMap& map) {
     std::vector<std::string> directories;
-    for (const auto& [name, contents] : map)
-        directories.push_back(N(name) + Names(contents.subdirs) + Names(contents.files) +
-                              Names(contents.classFiles) + Names(contents.noClassFiles) +
-                              Names(contents.unconfirmed));
+    for (const auto& [name, contents] : map) {
+        std::string text = N(name);
+        for (const auto* names : {&contents.subdirs, &contents.files, &contents.classFiles,
+                                  &contents.noClassFiles, &contents.unconfirmed}) {
+            std::vector<std::string> words;
+            std::transform(names->begin(), names->end(), std::back_inserter(words), &N);
+            text += "[" + Join(words, " ") + "]";
+        }
+        directories.push_back(text);
+    }
     std::sort(directories.begin(), directories.end());
     return Join(directories, " ");
 }
@@ -82,7 +88,7 @@ class CacheFile : public Cache {
         const HandReading reading = ReadCacheFileByHand(FileName().c_str());
         return reading.root ? TreeText(*reading.root) : "-";
     }
-    /// What the XML reader makes of it: its map, or the message with its arguments.
+    /// What the XML reader makes of it: its map, or the message, whose arguments it keeps.
     std::string ByXml(const std::string& text) {
         folder.Write("cache.xml", text);
         return ReadXml();
@@ -93,11 +99,11 @@ class CacheFile : public Cache {
         const vfs::AbsoluteIRI file = vfs::toAbsoluteIRI(u"file", U(FileName()));
         try {
             EXPECT_TRUE(ReadCacheFileXML(path, file, vfs::toAbsoluteIRI(u"file", u"C:\\T")));
+            return MapText(map);
         } catch (const fl::i18n::MessageException& failure) {
             lastArguments = failure.arguments();
             return failure.identifier();
         }
-        return MapText(map);
     }
 
     std::vector<ustring> lastArguments;
@@ -107,13 +113,9 @@ class CacheFile : public Cache {
 
 TEST_F(CacheFile, IsWrittenByteForByte) {
     platform.now = 1794626472; // Sat Nov 14 03:21:12 2026
-    disk.Put("C:\\T\\sig\\core", "+util/ @Filter/ private/ data/ run.sv readme.bin? step.svx:C two.p:C "
-                                 "three.p:N");
-    disk.Put("C:\\T\\sig\\core\\+util", "Helper.sv:C +deep/");
-    disk.Put("C:\\T\\sig\\core\\@Filter", "Filter.sv notes.txt");
-    disk.Put("C:\\T\\sig\\core\\private", "step.p:N data/");
-    disk.Put("C:\\T\\open", "");
-    disk.Put("C:\\other", "x.sv");
+    disk.Put("C:", "T/ { sig/ { core/ { +util/ { Helper.sv:C +deep/ } @Filter/ { Filter.sv notes.txt } "
+                   "private/ { step.p:N data/ } data/ run.sv readme.bin? step.svx:C two.p:C three.p:N } } "
+                   "open/ } other/ { x.sv }");
     const std::string date = "Sat Nov 14 03:21:12 2026\">\n";
     const auto write = [&](const ovPath& from) {
         EXPECT_TRUE(ovWritePathToCacheFile(from, FileName().c_str()));
@@ -148,11 +150,12 @@ TEST_F(CacheFile, IsWrittenByteForByte) {
 
     ovFreeze(Add("C:\\other"));
     ovFreeze(Add("C:\\T\\open"));
-    const std::string whole = header + date +
-                              " <D name=\"C:/other\">\n  <F name=\"x.sv\"/>\n </D>\n"
-                              " <D name=\"C:/T/open\">\n </D>\n" +
-                              footer;
-    EXPECT_EQ(whole, write(path)) << "no prefix: full names";
+    EXPECT_EQ(header + date +
+                  " <D name=\"C:/other\">\n  <F name=\"x.sv\"/>\n </D>\n"
+                  " <D name=\"C:/T/open\">\n </D>\n" +
+                  footer,
+              write(path))
+        << "no prefix: full names";
     const ovPath empty = NewPath("an empty prefix is a separator", ovCaseSensitive, u"");
     ovFreeze(ovAddDir(empty, u"C:\\other", ovDirAddAtEnd));
     EXPECT_EQ(header + date + footer, write(empty));
@@ -167,12 +170,7 @@ TEST_F(CacheFile, IsReadByHandAsFarAsItsShapesGo) {
     const std::string root = "<Quorrant whatever>";
     const std::string longest(1280, 'n');
     const auto nested = [](int depth) {
-        std::string text = "<Q>";
-        for (int i = 0; i < depth; ++i)
-            text += "<D name=\"d\">";
-        for (int i = 0; i < depth; ++i)
-            text += "</D>";
-        return text + "</Q>";
+        return "<Q>" + Repeat("<D name=\"d\">", depth) + Repeat("</D>", depth) + "</Q>";
     };
     const struct {
         std::string text, tree;
@@ -214,12 +212,6 @@ TEST_F(CacheFile, IsReadByHandAsFarAsItsShapesGo) {
 TEST_F(CacheFile, IsReadAsXmlForWhatItsElementsSay) {
     const std::string parseError = "SORVEN:ovsel:pathCacheXMLParseError";
     const std::string unable = "SORVEN:ovsel:unableToLoadCache";
-    const auto repeat = [](const std::string& text, int count) {
-        std::string all;
-        for (int i = 0; i < count; ++i)
-            all += text;
-        return all;
-    };
     const struct {
         std::string text, map;
     } rows[] = {
@@ -245,8 +237,8 @@ TEST_F(CacheFile, IsReadAsXmlForWhatItsElementsSay) {
         {"<!DOCTYPE q [<!ENTITY e SYSTEM \"file:///etc/passwd\">]><Quorrant><D name=\"&e;\"/></Quorrant>",
          parseError},
         {"<Quorrant><D name=\"&e;\"/></Quorrant>", parseError},
-        {repeat("<D name=\"a\">", 100000), parseError},
-        {"<Quorrant>" + repeat("<Quorrant>", 1000000), parseError},
+        {Repeat("<D name=\"a\">", 100000), parseError},
+        {"<Quorrant>" + Repeat("<Quorrant>", 1000000), parseError},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(row.map, ByXml(row.text)) << row.text.substr(0, 200);
@@ -259,9 +251,9 @@ TEST_F(CacheFile, IsReadAsXmlForWhatItsElementsSay) {
         std::string text, name;
         for (int i = 0; i < depth; ++i)
             text += "<D name=\"" + std::to_string(i) + "\">";
-        text += "<F name=\"x\"/>" + repeat("</D>", depth);
+        text += "<F name=\"x\"/>" + Repeat("</D>", depth);
         EXPECT_EQ(depth > 2048, ByXml("<Quorrant>" + text + "</Quorrant>") == parseError);
-        EXPECT_EQ(depth > 2048, ByXml("<D name=\"a" + repeat("/+p", depth - 1) + "\"/>") == parseError);
+        EXPECT_EQ(depth > 2048, ByXml("<D name=\"a" + Repeat("/+p", depth - 1) + "\"/>") == parseError);
     }
     ByXml("<Quorrant><F name=\"x\"/></Quorrant>");
     ASSERT_EQ(1u, lastArguments.size());

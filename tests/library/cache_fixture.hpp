@@ -28,6 +28,12 @@ class Cache : public PathFixture {
         std::ifstream stream(folder.Path("cache.xml"), std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
     }
+    /// Puts a cache, the last one unless its text is given, in force for the prefix `C:\T`.
+    void Use(const std::string& text = "", const char16_t* prefix = u"C:\\T") {
+        if (!text.empty())
+            folder.Write("cache.xml", text);
+        ovUseToolboxCache(path, U(FileName()), prefix, false);
+    }
     std::string TakePrinted() { return std::exchange(printed, {}); }
 
     /// A path under the prefix `C:\T`, with its directories frozen.

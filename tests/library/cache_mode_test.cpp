@@ -32,36 +32,32 @@ std::string WithoutOrder(const std::string& text, char between) {
     return Join(parts);
 }
 
+/// A node, what is below it and its later siblings, in the order of a walk, until @p use has had enough.
+bool Walk(const CacheDirNode* node, const std::function<bool(const CacheDirNode*)>& use) {
+    for (; node; node = node->m_nextSibling.get())
+        if (use(node) || Walk(node->m_firstChild.get(), use))
+            return true;
+    return false;
+}
+
+class Random {
+  public:
+    explicit Random(unsigned seed) : m_random(seed) {}
+    std::size_t operator()(std::size_t n) {
+        return std::uniform_int_distribution<std::size_t>(0, n - 1)(m_random);
+    }
+
+  private:
+    std::mt19937 m_random;
+};
+
 } // namespace
 
 TEST(CacheTree, FindsWhatAWalkWouldFind) {
-    std::mt19937 random(7);
-    const auto pick = [&](std::size_t n) {
-        return std::uniform_int_distribution<std::size_t>(0, n - 1)(random);
-    };
+    Random pick(7);
     const std::vector<ustring> names{u"a", u"A", u"b", u"k", u"a\\b", u"", u"CachePath"};
     const std::vector<ustring> asked{u"a", u"A",         u"b",      u"\u212A", u"a\\b", u"A\\B",
                                      u"",  u"CachePath", u"\uFB01", u"none",   u"K"};
-    struct Walk {
-        std::vector<const CacheDirNode*> nodes;
-        std::uint32_t compares = 0;
-        const CacheDirNode* Find(const CacheDirNode* node, const ustring& name, bool exact) {
-            for (; node; node = node->m_nextSibling.get()) {
-                ++compares;
-                if (NamesEqual(node->m_name, name, exact))
-                    return node;
-                if (const CacheDirNode* below = Find(node->m_firstChild.get(), name, exact))
-                    return below;
-            }
-            return nullptr;
-        }
-        void Number(const CacheDirNode* node) {
-            for (; node; node = node->m_nextSibling.get()) {
-                nodes.push_back(node);
-                Number(node->m_firstChild.get());
-            }
-        }
-    };
     for (int round = 0; round < 50; ++round) {
         auto root = std::make_unique<CacheDirNode>(u"CachePath");
         std::vector<CacheDirNode*> all{root.get()};
@@ -72,52 +68,40 @@ TEST(CacheTree, FindsWhatAWalkWouldFind) {
             *end = std::make_unique<CacheDirNode>(names[pick(names.size())]);
             all.push_back(end->get());
         }
-        Walk numbers;
-        numbers.Number(root.get());
+        std::vector<const CacheDirNode*> nodes;
+        Walk(root.get(), [&](const CacheDirNode* node) { return nodes.push_back(node), false; });
         CacheTree tree(std::move(root));
-        for (std::size_t start = 0; start < numbers.nodes.size(); ++start)
+        for (std::size_t start = 0; start < nodes.size(); ++start)
             for (const ustring& name : asked)
                 for (const bool exact : {true, false}) {
-                    Walk walk;
-                    const CacheDirNode* found = walk.Find(numbers.nodes[start], name, exact);
+                    const CacheDirNode* found = nullptr;
+                    std::uint32_t compares = 0;
+                    Walk(nodes[start], [&](const CacheDirNode* node) {
+                        return ++compares, NamesEqual(node->m_name, name, exact) && (found = node);
+                    });
                     const auto answer = tree.Find(static_cast<CacheTree::Place>(start), name, exact);
                     ASSERT_EQ(found, answer.found ? &tree.At(*answer.found) : nullptr) << N(name);
-                    ASSERT_EQ(walk.compares, answer.compares) << N(name) << " from " << start;
+                    ASSERT_EQ(compares, answer.compares) << N(name) << " from " << start;
                 }
     }
 }
 
 TEST_F(Cache, AnswersThePathsHooks) {
-    disk.Put("C:\\T\\unlisted", "u.sv");
-    disk.Put("C:\\other", "o.sv");
-    disk.Put("C:\\T\\disk.d", "");
-    disk.times["C:\\T\\v.d\\x"] = 5;
-    disk.times["C:\\other\\o.sv"] = 6;
-    folder.Write("cache.xml", "<Q>\n <D name=\"a\">\n  <D name=\"a/@K\">\n   <C name=\"K.sv\"/>\n  </D>\n"
-                              "  <N name=\"x.p\"/>\n  <U name=\"u\"/>\n  <d name=\"s\"/>\n </D>\n"
-                              " <D name=\"v.d\">\n </D>\n</Q>\n");
-    ovUseToolboxCache(path, U(FileName()), u"C:\\T", false);
+    disk.Put("C:", "T/ { unlisted/ { u.sv } disk.d/ } other/ { o.sv }");
+    disk.times = {{"C:\\T\\v.d\\x", 5}, {"C:\\other\\o.sv", 6}};
+    Use("<Q>\n <D name=\"a\">\n  <D name=\"a/@K\">\n   <C name=\"K.sv\"/>\n  </D>\n  <N name=\"x.p\"/>\n"
+        "  <U name=\"u\"/>\n  <d name=\"s\"/>\n </D>\n <D name=\"v.d\">\n </D>\n</Q>\n");
     ASSERT_TRUE(ovInToolboxCacheMode());
-    EXPECT_EQ("", TakePrinted()) << "only who asks is told";
-
     unsigned short* words = nullptr;
     char16_t* names = CacheReadDirectory(path, u"C:\\T\\a", &words);
-    EXPECT_EQ(u"@K;x.p;u;s", [&] {
-        ustring all;
-        for (const char16_t* name = names; *name; name += ustring(name).size() + 1)
-            all += (all.empty() ? u"" : u";") + ustring(name);
-        return all;
-    }());
+    EXPECT_EQ(ustring(u"@K\0x.p\0u\0s\0", 11), ustring(names, 11));
     EXPECT_EQ((std::vector<unsigned short>{0x4000, 0x8002, 0, 0x4000}),
               std::vector<unsigned short>(words, words + 4));
-    HostFree(names);
-    HostFree(words);
+    HostFree(names), HostFree(words);
 
-    disk.listings = 0;
-    disk.existenceQueries = disk.timeQueries = 0;
+    disk.listings = disk.existenceQueries = disk.timeQueries = 0;
     Add("C:\\T\\a");
-    EXPECT_EQ("-1 C:\\T\\a\\x.p",
-              Search(ovCreateVisibleSearchIterator(ovGetNullDir(path), u"x.p", nullptr, ovCaseOfPath)).All());
+    EXPECT_EQ("-1 T\\a\\x.p", Everywhere("x.p"));
     EXPECT_EQ(0, disk.listings + disk.existenceQueries + disk.timeQueries) << "the disk is left alone";
 
     const std::tuple<const char*, bool, int, long> rows[] = {
@@ -136,31 +120,23 @@ TEST_F(Cache, AnswersThePathsHooks) {
         {"C:\\t\\a", false, 4, 0},        // case counts on this path
         {"C:\\T", true, 1, 0},
     };
-    disk.dirs["C:\\T"];
     for (const auto& [name, directory, accessibility, time] : rows) {
         EXPECT_EQ(directory, CacheIsDirectory(path, U(name))) << name;
         EXPECT_EQ(accessibility, CacheGetAccessibility(path, U(name))) << name;
         EXPECT_EQ(time, CacheGetFileTime(path, U(name))) << name;
     }
-    const ovPath loose = NewPath("loose", ovCaseInsensitive);
-    EXPECT_TRUE(CacheIsDirectory(loose, u"c:\\t\\A"));
+    EXPECT_TRUE(CacheIsDirectory(NewPath("loose", ovCaseInsensitive), u"c:\\t\\A"));
     EXPECT_TRUE(CacheIsDirectory(ovPath(), u"C:\\T\\a")) << "a path that is going is no reason to fail";
-    Add("C:\\T\\unlisted");
-    Add("C:\\other");
-    EXPECT_EQ("", TakePrinted());
+    Add("C:\\T\\unlisted"), Add("C:\\other");
+    EXPECT_EQ("", TakePrinted()) << "only who asks is told";
     ovRevertFromToolboxCache(path);
-    EXPECT_FALSE(ovInToolboxCacheMode());
-    EXPECT_FALSE(path->DirExists(u"D:\\private")) << "the default hooks are back";
+    EXPECT_FALSE(ovInToolboxCacheMode() || path->DirExists(u"D:\\private")) << "the default hooks are back";
 }
 
 TEST_F(Cache, TellsWhatItIsAskedToTell) {
-    disk.Put("C:\\T\\unlisted", "");
-    folder.Write("cache.xml", "<Q><D name=\"a\"><D name=\"a/b\"></D></D><D name=\"c\"></D></Q>");
     const auto load = "Attempting to load Toolbox Path Cache " + FileName() + "\n";
     const std::string read = "  Toolbox Path Cache read in 0.00 seconds.\n";
-    const std::string using_ =
-        "Request to use Toolbox Cache received or confirmed.\nToolbox Path prefix is C:\\T\\\n";
-
+    folder.Write("cache.xml", "<Q><D name=\"a\"><D name=\"a/b\"></D></D><D name=\"c\"></D></Q>");
     ovUseToolboxCache(path, U(FileName()), u"C:\\T", true);
     EXPECT_EQ(read, TakePrinted());
     CacheReadDirectory(path, u"C:\\T\\nowhere", nullptr);
@@ -174,77 +150,70 @@ TEST_F(Cache, TellsWhatItIsAskedToTell) {
     EXPECT_EQ("Attempting to load Toolbox Path Cache C:\\missing\nUnable to open Toolbox Path Cache file: "
               "C:\\missing\n",
               TakePrinted());
-    ovUseToolboxCache(path, U(FileName()), u"C:\\T", false);
-    EXPECT_EQ(load + read + "Toolbox Path Cache contains 3 directories.\n" + using_, TakePrinted());
+    Use();
+    EXPECT_EQ(load + read +
+                  "Toolbox Path Cache contains 3 directories.\nRequest to use Toolbox Cache received or "
+                  "confirmed.\nToolbox Path prefix is C:\\T\\\n",
+              TakePrinted());
 
     ovEnableToolboxCacheDiagnosticTrace(true);
-    const auto trace = [&](const char* name) {
-        CacheIsDirectory(path, U(name));
-        return TakePrinted();
+    const std::string own = "...\n    Cache search for ",
+                      foreign = "\n    Did not match cache prefix C:\\T\\ (5)";
+    const std::pair<const char*, std::string> traces[] = {
+        {"C:\\T\\a\\b", own + "C:\\T\\a\\b...  Success, 3 compares.\n"},
+        {"C:\\T\\a\\b", own + "C:\\T\\a\\b...  Cache-Cached  Success, 1 compares.\n"},
+        // One in vain from the last hit, then four from the root.
+        {"C:\\T\\c", own + "C:\\T\\c...  Success, 5 compares.\n"},
+        {"C:\\T\\x",
+         own + "C:\\T\\x...\n    Cache search failure,     Failed.\nIs C:\\T\\x a directory?...\n"},
     };
-    EXPECT_EQ("Is C:\\T\\a\\b a directory?...\n    Cache search for C:\\T\\a\\b...  Success, 3 compares.\n",
-              trace("C:\\T\\a\\b"));
-    EXPECT_EQ("Is C:\\T\\a\\b a directory?...\n    Cache search for C:\\T\\a\\b...  Cache-Cached  Success, 1 "
-              "compares.\n",
-              trace("C:\\T\\a\\b"));
-    EXPECT_EQ("Is C:\\T\\c a directory?...\n    Cache search for C:\\T\\c...  Success, 5 compares.\n",
-              trace("C:\\T\\c"))
-        << "one in vain from the last hit, then four from the root";
-    EXPECT_EQ("Is C:\\T\\x a directory?...\n    Cache search for C:\\T\\x...\n    Cache search failure,     "
-              "Failed.\nIs C:\\T\\x a directory?...\n",
-              trace("C:\\T\\x"));
-    EXPECT_EQ("\n    Did not match cache prefix C:\\T\\ (5)    Failed.\nIs D:\\x a directory?...\n",
-              trace("D:\\x"));
-    EXPECT_EQ("", trace("C:\\T\\a\\b.c"));
+    for (const auto& [name, trace] : traces) {
+        CacheIsDirectory(path, U(name));
+        EXPECT_EQ("Is " + std::string(name) + " a directory?" + trace, TakePrinted());
+    }
+    CacheIsDirectory(path, u"D:\\x");
+    EXPECT_EQ(foreign + "    Failed.\nIs D:\\x a directory?...\n", TakePrinted());
+    CacheIsDirectory(path, u"C:\\T\\a\\b.c");
+    EXPECT_EQ("", TakePrinted());
     CacheGetAccessibility(path, u"C:\\T\\b.c");
     EXPECT_EQ("Is C:\\T\\b.c accessible?...\nC:\\T\\b.c not in cache, using file system IsAccessible.\n",
               TakePrinted());
     CacheReadDirectory(path, u"D:\\x", nullptr);
-    EXPECT_EQ(
-        "Looking for contents of D:\\x...\n\n    Did not match cache prefix C:\\T\\ (5)    Failed.\n not in "
-        "cache...",
-        TakePrinted());
+    EXPECT_EQ("Looking for contents of D:\\x...\n" + foreign + "    Failed.\n not in cache...",
+              TakePrinted());
     ovEnableToolboxCacheDiagnosticTrace(false);
     ovRevertFromToolboxCache(path);
     EXPECT_EQ("Toolbox Path Cache resetting...\n\tTotalDirLookupRequests = 4\n\tTotalDirLookupHits = "
               "3\n\tNumCompares = 14\n",
               TakePrinted());
-    ovUseToolboxCache(path, U(FileName()), u"C:\\T\\", false); // a separator too many: nothing lies there
-    EXPECT_FALSE(CacheIsDirectory(path, u"C:\\T\\a"));
-    TakePrinted();
-
-    EXPECT_EXIT(
-        {
-            ovDisableToolboxCache();
-            const bool still = ovInToolboxCacheMode();
-            ovRevertFromToolboxCache(path);
-            TakePrinted();
-            ovUseToolboxCache(path, U(FileName()), u"C:\\T", false);
-            const bool ignored = TakePrinted() == "Request to use Toolbox Cache received and ignored.\n";
-            std::_Exit(still && ignored && !ovInToolboxCacheMode() ? 0 : 1);
-        },
-        testing::ExitedWithCode(0), "");
+    const auto disable = [&] {
+        ovDisableToolboxCache();
+        const bool still = ovInToolboxCacheMode();
+        ovRevertFromToolboxCache(path);
+        TakePrinted();
+        Use();
+        const bool ignored = TakePrinted() == "Request to use Toolbox Cache received and ignored.\n";
+        std::_Exit(still && ignored && !ovInToolboxCacheMode() ? 0 : 1);
+    };
+    Use();
+    EXPECT_EXIT(disable(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(Cache, IsBelievedForWhatLiesUnderItsPrefixOnly) {
-    disk.Put("C:\\abc", "own.sv");
-    disk.Put("C:\\T\\a", "own.sv");
-    disk.Put("C:\\T\\ab", "own.sv");
-    const std::string text =
-        "<Quorrant><D name=\"abc\"><F name=\"x.sv\"/></D><D name=\"bc\"><F name=\"y.sv\"/></D>"
-        "<D name=\"a\"><F name=\"z.sv\"/></D><D name=\"b\"><F name=\"y.sv\"/></D></Quorrant>";
-    folder.Write("cache.xml", text);
+    disk.Put("C:", "abc/ { own.sv } T/ { a/ { own.sv } ab/ { own.sv } }");
+    folder.Write("cache.xml",
+                 "<Quorrant><D name=\"abc\"><F name=\"x.sv\"/></D><D name=\"bc\"><F name=\"y.sv\"/></D>"
+                 "<D name=\"a\"><F name=\"z.sv\"/></D><D name=\"b\"><F name=\"y.sv\"/></D></Quorrant>");
     const struct {
         const char *prefix, *dir, *file;
     } rows[] = {{"C:", "C:\\abc", "x.sv"},          {"C:\\T", "C:\\T\\a", "z.sv"},
                 {"C:/T", "C:\\T\\a", "own.sv"},     {"C:\\T\\", "C:\\T\\a", "own.sv"},
                 {"C:\\T\\", "C:\\T\\ab", "own.sv"}, {"C:\\T\\a", "C:\\T\\ab", "own.sv"}};
     for (const auto& row : rows) {
-        ovUseToolboxCache(path, U(FileName()), U(row.prefix), false);
+        Use("", U(row.prefix).c_str());
         disk.accessibility[row.dir] = ovDirAccessible;
         const ovDir dir = Add(row.dir);
-        const bool separatorsMeet =
-            IsVFSMode() && std::string(row.prefix) == "C:/T"; // locations have one form
+        const bool separatorsMeet = IsVFSMode() && row.prefix[2] == '/'; // locations have one form
         EXPECT_EQ("-1 " + std::string(row.dir) + "\\" + (separatorsMeet ? "z.sv" : row.file),
                   Search(ovCreateDirSearchIterator(dir, u"", nullptr, ovCaseOfPath)).All())
             << row.prefix;
@@ -266,21 +235,19 @@ TEST_F(Cache, DoesNotMultiply) {
         text += "<D name=\"" + name + "\">";
     for (int level = 0; level < 20; ++level)
         text += "<d name=\"+pp\"/><d name=\"+pp\"/><d name=\"+Pp\"/><d name=\"+PP\"/></D>";
-    folder.Write("cache.xml", text + "</Quorrant>");
     disk.accessibility["C:\\T\\a"] = ovDirAccessible;
     for (const ovCaseSensitivity rule : {ovCaseSensitive, ovCaseInsensitive}) {
-        const ovPath asked = NewPath("asked", rule);
-        ovUseToolboxCache(asked, U(FileName()), u"C:\\T", false);
+        path = NewPath("asked", rule);
+        Use(text + "</Quorrant>");
         // The spellings that the file has no directory for come from the disk, and are files there.
-        EXPECT_GE(21 + 2 * 20, count(ovAddDir(asked, u"C:\\T\\a", ovDirAddAtEnd)));
-        ovRevertFromToolboxCache(asked);
-        ovRemovePath(asked);
+        EXPECT_GE(21 + 2 * 20, count(Add("C:\\T\\a")));
+        ovRevertFromToolboxCache(path);
+        ovRemovePath(path);
     }
 }
 
 TEST_F(Cache, SurvivesAPrintFunctionThatMeddles) {
-    folder.Write("cache.xml",
-                 "<Q><D name=\"a\"><F name=\"in_a.sv\"/></D><D name=\"c\"><F name=\"in_c.sv\"/></D></Q>");
+    const std::string text = "<Q><D name=\"a\"></D><D name=\"c\"><F name=\"in_c.sv\"/></D></Q>";
     folder.Write("small.xml", "<Q></Q>");
     const std::function<void()> meddlings[] = {
         [&] { ovRevertFromToolboxCache(path); },
@@ -289,7 +256,7 @@ TEST_F(Cache, SurvivesAPrintFunctionThatMeddles) {
     };
     for (const auto& meddle : meddlings)
         for (const char* at : {"Cache-Cached", "  Success"}) {
-            ovUseToolboxCache(path, U(FileName()), u"C:\\T", false);
+            Use(text);
             CacheIsDirectory(path, u"C:\\T\\c");
             bool done = false;
             ovEnableToolboxCacheDiagnosticTrace(true);
@@ -323,9 +290,9 @@ TEST_F(Cache, FeedsTheStorageLayersSources) {
         }
         return Join(texts, " ");
     };
-    EXPECT_EQ("sub:1 @k:3 .hidden:2 gone:2? x.sv:2 +broken:2?", items("C:\\T\\dir"));
-    EXPECT_EQ("", items("C:\\T\\bad"));
-    EXPECT_EQ("", items("C:\\T\\missing"));
+    const std::string onDisk = "sub:1 @k:3 .hidden:2 gone:2? x.sv:2 +broken:2?";
+    EXPECT_EQ(onDisk, items("C:\\T\\dir"));
+    EXPECT_EQ("", items("C:\\T\\bad") + items("C:\\T\\missing"));
 
     CachedDirMap map;
     map[u"dir"] = {{u"dir/@k", u".git", u"plain", u"v1.2"}, {u"f.sv"}, {u"c.sv"}, {u"n.sv"}, {u"u"}};
@@ -334,47 +301,36 @@ TEST_F(Cache, FeedsTheStorageLayersSources) {
     running->First();
     factory.InstallCachedDirItems(map, at("C:\\T"));
     EXPECT_EQ(u"@k", running->CurrentItem().name) << "a source outlives a change of the contents";
-    EXPECT_EQ("@k:3 plain:1 v1:1 f.sv:2 c.sv:2k1 n.sv:2k2 u:2?", items("C:\\T\\dir"));
-    EXPECT_EQ("@k:3 plain:1 v1:1 f.sv:2 c.sv:2k1 n.sv:2k2 u:2?", items("c:\\t\\dir"))
-        << "the root without case";
+    for (const char* name : {"C:\\T\\dir", "c:\\t\\dir"}) // the root without case
+        EXPECT_EQ("@k:3 plain:1 v1:1 f.sv:2 c.sv:2k1 n.sv:2k2 u:2?", items(name));
     EXPECT_EQ("", items("C:\\T\\DIR")) << "names beneath it exactly";
     EXPECT_EQ("f.sv:2", items("C:\\T\\disk")) << "what the cache does not list is read";
     EXPECT_EQ("", items("C:\\T")) << "the root has no name under itself";
 
-    EXPECT_TRUE(factory.FolderExists(at("C:\\T\\dir")));
-    EXPECT_TRUE(factory.FolderExists(at("C:\\T\\dir\\plain")));
-    EXPECT_FALSE(factory.FolderExists(at("C:\\T\\dir\\Plain")));
-    EXPECT_TRUE(factory.FolderExists(at("C:\\T\\disk")));
-    EXPECT_FALSE(factory.FolderExists(at("C:\\T\\bad")));
-    EXPECT_FALSE(factory.FolderExists(at("C:\\T\\f.sv")));
+    for (const char* row : {"dir 1", "dir\\plain 1", "dir\\Plain 0", "disk 1", "bad 0", "f.sv 0"}) {
+        const std::string name(row, std::strlen(row) - 2);
+        EXPECT_EQ(row, name + (factory.FolderExists(at(("C:\\T\\" + name).c_str())) ? " 1" : " 0"));
+    }
     EXPECT_THROW(factory.FolderExists(at("C:\\")), std::out_of_range);
     factory.ClearCachedDirItems();
     EXPECT_FALSE(factory.FolderExists(at("C:\\")));
-    EXPECT_EQ("sub:1 @k:3 .hidden:2 gone:2? x.sv:2 +broken:2?", items("C:\\T\\dir"));
+    EXPECT_EQ(onDisk, items("C:\\T\\dir"));
 }
 
 TEST_F(Cache, GivesBackWhatWasWritten) {
-    std::mt19937 random(11);
-    const auto pick = [&](std::size_t n) {
-        return std::uniform_int_distribution<std::size_t>(0, n - 1)(random);
-    };
+    Random pick(11);
     const std::vector<std::string> files{"plot.sv", "plot.p", "Plot.sv", "a.b.sv", "n", "x.svx", "K.sv"};
     const std::vector<std::string> marks{"", ":C", ":N", "?"};
     const std::vector<std::string> folders{"@K/", "@plot/", "+p/", "private/", "sub/", "other/"};
-    const std::function<void(const std::string&, int)> fill = [&](const std::string& dir, int depth) {
-        std::string entries;
+    const std::function<std::string(int)> entries = [&](int depth) {
+        std::string text;
         for (const std::string& file : files)
             if (pick(3) == 0)
-                entries += file + marks[pick(marks.size())] + " ";
-        std::vector<std::string> below;
+                text += file + marks[pick(marks.size())] + " ";
         for (const std::string& name : folders)
-            if (depth < 3 && pick(3) == 0) {
-                entries += name + " ";
-                below.push_back(dir + "\\" + name.substr(0, name.size() - 1));
-            }
-        disk.Put(dir, entries);
-        for (const std::string& name : below)
-            fill(name, depth + 1);
+            if (depth < 3 && pick(3) == 0)
+                text += name + " { " + entries(depth + 1) + "} ";
+        return text;
     };
     const std::vector<std::string> dirs{"C:\\T\\a", "C:\\T\\b\\c", "C:\\T\\b"};
     const auto answers = [&](const ovPath& asked) {
@@ -394,7 +350,7 @@ TEST_F(Cache, GivesBackWhatWasWritten) {
     };
     for (int round = 0; round < 20; ++round) {
         for (const std::string& dir : dirs)
-            fill(dir, 0);
+            disk.Put(dir, entries(0));
         const ovPath fromDisk = PrefixedPath("from the disk", dirs);
         ovWritePathToCacheFile(fromDisk, FileName().c_str());
         const std::string first = FileText();
@@ -402,22 +358,22 @@ TEST_F(Cache, GivesBackWhatWasWritten) {
         ovRemovePath(fromDisk);
 
         const auto kept = std::exchange(disk.dirs, {{"C:\\cwd", {}}});
-        const ovPath fromCache = NewPath("from the cache", ovCaseSensitive, u"C:\\T");
+        path = NewPath("from the cache", ovCaseSensitive, u"C:\\T");
         disk.listings = 0;
-        ovUseToolboxCache(fromCache, U(FileName()), u"C:\\T", false);
+        Use();
         for (const std::string& dir : dirs) {
             disk.accessibility[dir] = ovDirAccessible; // the storage layer's mode asks this hook too
-            ovAddDir(fromCache, U(dir), ovDirAddAtEnd);
+            Add(dir);
         }
         platform.now += 5;
-        ovWritePathToCacheFile(fromCache, FileName().c_str());
+        ovWritePathToCacheFile(path, FileName().c_str());
         const std::string second = FileText();
         EXPECT_EQ(WithoutOrder(first.substr(first.find('\n')), '\n'),
                   WithoutOrder(second.substr(second.find('\n')), '\n'));
-        EXPECT_EQ(expected, answers(fromCache)) << first;
+        EXPECT_EQ(expected, answers(path)) << first;
         EXPECT_EQ(0, disk.listings);
-        ovRevertFromToolboxCache(fromCache);
-        ovRemovePath(fromCache);
+        ovRevertFromToolboxCache(path);
+        ovRemovePath(path);
         disk.dirs = kept;
     }
 }

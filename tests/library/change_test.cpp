@@ -59,8 +59,8 @@ TEST_F(Change, IsNotifiedWhereAHandleIsToBeHad) {
     EXPECT_EQ("C:\\A", Refresh());
     EXPECT_EQ("", Refresh()) << "armed again";
     platform.Break(u"C:\\A");
-    EXPECT_EQ("C:\\A", Refresh()) << "a broken local handle counts as a change";
-    EXPECT_EQ("C:\\A", Refresh()) << "each time";
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ("C:\\A", Refresh()) << "a broken local handle counts as a change each time";
     EXPECT_EQ(2, path->GetNotifiedDirCount());
     ovRemoveDir(dir);
     EXPECT_EQ(1, path->GetNotifiedDirCount());
@@ -92,33 +92,27 @@ TEST_F(Change, WithoutAHandleGoesByPolicyAndIsWarnedOfAsRationed) {
 TEST_F(Change, OnARemoteDriveIsProbedOnce) {
     disk.Put("R:\\A", "@K/ private/");
     Add("R:\\A");
-    EXPECT_EQ("R:\\A\\@K\\$sorven_temp_file$1267", N(platform.probeFiles.at(0)))
-        << "the first one to be watched";
+    EXPECT_EQ("R:\\A\\@K\\$sorven_temp_file$1267", N(platform.probeFiles.at(0))) << "the first to be watched";
     EXPECT_EQ(1u, platform.probeFiles.size());
     EXPECT_EQ("", TakeIds());
     EXPECT_EQ("", Refresh()) << "the probe's own event is no change";
-
+    const auto add = [&](const ovPath& to, std::initializer_list<const char*> names) {
+        for (const char* name : names)
+            ovAddDir(to, name, ovDirAddAtEnd);
+        return TakeIds() + " after " + std::to_string(platform.calls["WriteProbeFile"]);
+    };
     ovPath other = NewPath("other");
     platform.probeFilesNotified = false;
-    ovAddDir(other, "R:\\B", ovDirAddAtEnd);
-    EXPECT_EQ("nonRespo R:\\B", TakeIds());
+    EXPECT_EQ("nonRespo R:\\B after 2", add(other, {"R:\\B"}));
     EXPECT_TRUE(ovFindDirFullName(other, "R:\\B")->HasNotificationHandle()) << "it is kept all the same";
-    ovAddDir(other, "R:\\C", ovDirAddAtEnd);
-    EXPECT_EQ(2u, platform.probeFiles.size());
-
-    ovPath readOnly = NewPath("read-only");
+    EXPECT_EQ(" after 2", add(other, {"R:\\C"}));
     platform.probeFilesRefused = true;
-    ovAddDir(readOnly, "R:\\B", ovDirAddAtEnd), ovAddDir(readOnly, "R:\\C", ovDirAddAtEnd);
-    EXPECT_EQ("", TakeIds())
+    EXPECT_EQ(" after 4", add(NewPath("read-only"), {"R:\\B", "R:\\C"}))
         << "a probe that could not be done is tried at the next directory, without a word";
-
     ovPath disabled = ovCreatePathWithPreFrozen(0, "disabled", static_cast<const char16_t*>(nullptr),
                                                 ovCaseSensitive, true);
     platform.handlesRefused = true;
-    const int written = platform.calls["WriteProbeFile"];
-    ovAddDir(disabled, "R:\\B", ovDirAddAtEnd);
-    EXPECT_EQ("", TakeIds()) << "no probe, and the ration is used up";
-    EXPECT_EQ(written, platform.calls["WriteProbeFile"]);
+    EXPECT_EQ(" after 4", add(disabled, {"R:\\B"})) << "no probe, and the ration is used up";
 }
 
 TEST_F(Change, RunningOutOfHandlesIsNews) {
@@ -128,28 +122,25 @@ TEST_F(Change, RunningOutOfHandlesIsNews) {
     EXPECT_EQ("nonRespo R:\\A", TakeIds()) << "the ration is used up";
     platform.handlesRefused = true;
     Add("R:\\B"), Add("R:\\C");
-    EXPECT_EQ("ranOutOf R:\\B", TakeIds())
-        << "the first refusal behind a success may warn afresh, the second not";
+    EXPECT_EQ("ranOutOf R:\\B", TakeIds()) << "only the first refusal behind a success warns afresh";
 }
 
 TEST_F(Change, OfAPolicyReachesRemoteDirectoriesWithoutHandlesOnly) {
     disk.Put("R:\\A", "@K/ private/");
     ovSetNotificationHandleWarnings(path, ovWarnCNHNever);
     platform.refusesAt = [](const ustring& name) { return name != u"R:\\B"; };
-    const ovDir a = Add("R:\\A"), b = Add("R:\\B"), local = Add("C:\\A");
+    const ovDir a = Add("R:\\A");
+    Add("R:\\B"), Add("C:\\A");
     ASSERT_EQ(nullptr, ovSetCWDName(path, u"R:\\C"));
     disk.times["R:\\A"] = 5;
     EXPECT_EQ(ovRefreshNever, ovNonNotifiedRemotePathRefreshPolicy(path, ovRefreshByTimeStamp));
-    EXPECT_EQ(ovRefreshByTimeStamp, ovNonNotifiedRemotePathRefreshPolicy(path, ovRefreshNotified))
-        << "only asks";
-    EXPECT_EQ("state 1 policy 2", State(a));
+    EXPECT_EQ(ovRefreshByTimeStamp, ovNonNotifiedRemotePathRefreshPolicy(path, ovRefreshNotified)) << "asks";
+    for (const char* name : {"R:\\A", "R:\\A\\@K", "R:\\A\\private"})
+        EXPECT_EQ("state 1 policy 2", State(Find(name)));
     EXPECT_EQ(1u, a->GetChangeTick());
-    EXPECT_EQ("state 1 policy 2", State(Find("R:\\A\\@K")));
-    EXPECT_EQ("state 1 policy 2", State(Find("R:\\A\\private")));
-    EXPECT_EQ("state 1 policy 4 handle", State(b));
-    EXPECT_EQ("state 1 policy 0", State(local));
+    EXPECT_EQ("state 1 policy 4 handle", State(Find("R:\\B")));
+    EXPECT_EQ("state 1 policy 0", State(Find("C:\\A")));
     ovNonNotifiedRemoteCWDRefreshPolicy(path, ovRefreshByTimeStampQuiet);
-    EXPECT_EQ("state 1 policy 1", State(ovGetCWD(path)));
     ovNonNotifiedRemotePathRefreshPolicy(path, ovRefreshNever);
     EXPECT_EQ("state 1 policy 1", State(ovGetCWD(path))) << "the current directory has a policy of its own";
 }
@@ -167,58 +158,49 @@ class ByTime : public Change {
         disk.times["R:\\A"] = time;
         disk.Put("R:\\A", contents);
     }
-    std::string Look(std::int64_t now) {
-        platform.now = now;
-        ovRefreshDirectory(Find("R:\\A"), ovRefreshCheck);
-        std::string read = TakeEvents().find("Loaded") == std::string::npos ? "quiet" : "read";
-        return read + " " + std::to_string(Find("R:\\A")->GetState());
+    void Begin(long time) {
+        Touch(time), platform.now = 1000;
+        Add("R:\\A");
+    }
+    /// What refreshes at those times do, a letter each: read, or quiet.
+    std::string Looks(std::initializer_list<std::int64_t> times) {
+        std::string looks;
+        for (const std::int64_t now : times) {
+            platform.now = now;
+            ovRefreshDirectory(Find("R:\\A"), ovRefreshCheck);
+            looks += TakeEvents().find("Loaded") == std::string::npos ? 'q' : 'r';
+            EXPECT_EQ(DirLoaded, Find("R:\\A")->GetState());
+        }
+        return looks;
     }
 };
 
 TEST_F(ByTime, NoChangeIsMissedWithinASecond) {
-    Touch(1000), platform.now = 1000;
-    Add("R:\\A");
+    Begin(1000);
     Touch(1000, "f.sv g.sv"); // in the second of the first look, and the time does not move
-    EXPECT_EQ("read 1", Look(1000));
+    EXPECT_EQ("r", Looks({1000}));
     EXPECT_NE(nullptr, path->FindNameInfo(u"g"));
-    EXPECT_EQ("read 1", Look(1000)) << "more may come";
-    EXPECT_EQ("read 1", Look(1001));
-    EXPECT_EQ("read 1", Look(1002)) << "old enough to be believed, and taken over";
-    EXPECT_EQ("quiet 1", Look(1002));
+    EXPECT_EQ("rrrq", Looks({1000, 1001, 1002, 1002})) << "read while more may come, then taken over";
     Touch(1002, "h.sv");
-    EXPECT_EQ("read 1", Look(1002));
-    EXPECT_EQ("read 1", Look(1005));
-    EXPECT_EQ("quiet 1", Look(1005));
+    EXPECT_EQ("rrq", Looks({1002, 1005, 1005}));
 }
 
-TEST_F(ByTime, ATimeAheadOfTheClockIsReadOnceMoreAndStandsStill) {
-    Touch(5000), platform.now = 1000;
-    Add("R:\\A");
-    EXPECT_EQ("read 1", Look(1000));
-    EXPECT_EQ("quiet 1", Look(1001));
-    EXPECT_EQ("quiet 1", Look(900)) << "the clock was set back";
+TEST_F(ByTime, AnOddTimeIsReadUntilItStandsStill) {
+    Begin(5000);
+    EXPECT_EQ("rqq", Looks({1000, 1001, 900})) << "ahead of the clock, which then is set back";
     Touch(10);
-    EXPECT_EQ("read 1", Look(1002)) << "a time set back is a change";
-    EXPECT_EQ("quiet 1", Look(1003));
-}
-
-TEST_F(ByTime, ADirectoryThatIsGoneIsReadEachTime) {
-    Touch(10), platform.now = 1000;
-    Add("R:\\A");
-    EXPECT_EQ("quiet 1", Look(1000));
+    EXPECT_EQ("rq", Looks({1002, 1003})) << "a time set back is a change";
     disk.times.erase("R:\\A");
-    EXPECT_EQ("read 1", Look(1000));
-    EXPECT_EQ("read 1", Look(1001));
+    EXPECT_EQ("rr", Looks({1000, 1001})) << "gone";
     Touch(10);
-    EXPECT_EQ("quiet 1", Look(1002)) << "the reference has stayed";
+    EXPECT_EQ("q", Looks({1002})) << "the reference has stayed";
 }
 
 TEST_F(ByTime, ComparisonsAreToldWhenTheSwitchIsOn) {
-    Touch(10), platform.now = 1000;
-    Add("R:\\A");
+    Begin(10);
     ChangeDiagnostics() = true;
     TakeMessages();
-    Look(1000);
+    Looks({1000});
     const ustring text = fl::i18n::message_text({"SORVEN:ovsel", "noChangeTimestampDiagnostic", {}},
                                                 fl::i18n::Locale::global());
     EXPECT_EQ(MessageText('I', "timestampDiagnostic", {text, u"10", u"10", u"R:\\A"}), TakeMessages());
@@ -255,34 +237,33 @@ TEST_F(Change, ThatIsDeclaredIsFoundWhereItBelongs) {
     disk.Put("C:\\A", "+p/");
     Add("C:\\A");
     Listen();
-    const auto declare = [&](const char* what, ovDir (*how)(ovPath, const ustring&)) {
-        const std::string marked = N(ovGetDirName(how(path, U(what))));
-        const bool unknown = ovGetCWD(path)->GetState() == DirRecheck;
-        return marked + (unknown ? " (all)" : "") + " -> " + Refresh();
-    };
     ovDir (*const changed)(ovPath, const ustring&) = &ovSetDirChanged;
-    EXPECT_EQ("C:\\A -> C:\\A", declare("C:\\A", changed));
-    EXPECT_EQ("C:\\A -> C:\\A", declare("C:\\A\\@New", changed));
-    EXPECT_EQ("C:\\A\\+p -> C:\\A\\+p", declare("C:\\A\\+p\\+q\\@New", changed));
-    EXPECT_EQ("C:\\A -> C:\\A", declare("C:\\A\\private", changed));
-    EXPECT_EQ(" (all) -> ", declare("C:\\elsewhere", changed))
-        << "every directory becomes a case for a check";
-    EXPECT_EQ("C:\\A -> C:\\A", declare("C:\\A\\+p", &ovSetDirRemoved));
-    EXPECT_EQ(" -> ", declare("C:\\elsewhere\\x", &ovSetDirRemoved));
-    EXPECT_EQ("C:\\A -> C:\\A", declare("C:\\A\\f.sv", &ovSetFullnameChanged));
-    EXPECT_EQ(" -> ", declare("", &ovSetFullnameChanged));
+    const std::tuple<const char*, ovDir (*)(ovPath, const ustring&), const char*> rows[] = {
+        {"C:\\A", changed, "C:\\A -> C:\\A"},
+        {"C:\\A\\@New", changed, "C:\\A -> C:\\A"},
+        {"C:\\A\\+p\\+q\\@New", changed, "C:\\A\\+p -> C:\\A\\+p"},
+        {"C:\\A\\private", changed, "C:\\A -> C:\\A"},
+        {"C:\\elsewhere", changed, " (all) -> "}, // every directory becomes a case for a check
+        {"C:\\A\\+p", &ovSetDirRemoved, "C:\\A -> C:\\A"},
+        {"C:\\elsewhere\\x", &ovSetDirRemoved, " -> "},
+        {"C:\\A\\f.sv", &ovSetFullnameChanged, "C:\\A -> C:\\A"},
+        {"", &ovSetFullnameChanged, " -> "},
+    };
+    for (const auto& [what, declare, result] : rows) {
+        const std::string marked = N(ovGetDirName(declare(path, U(what))));
+        const bool unknown = ovGetCWD(path)->GetState() == DirRecheck;
+        EXPECT_EQ(result, marked + (unknown ? " (all)" : "") + " -> " + Refresh()) << what;
+    }
     ovSetAllChanged(path);
     EXPECT_EQ("C:\\cwd | C:\\A | C:\\A\\+p", Refresh());
 }
 
 TEST_F(Change, StaysOutOfAFrozenDirectoryUntilItIsThawed) {
     disk.Put("C:\\A", "@K/ private/");
-    const ovDir a = Add("C:\\A"), k = Find("C:\\A\\@K");
+    const ovDir a = Add("C:\\A");
     Listen();
     EXPECT_FALSE(ovFreeze(a));
-    EXPECT_TRUE(ovFreeze(a));
-    EXPECT_TRUE(ovIsFrozen(k));
-    EXPECT_TRUE(ovIsFrozen(Find("C:\\A\\private")));
+    EXPECT_TRUE(ovFreeze(a) && ovIsFrozen(Find("C:\\A\\@K")) && ovIsFrozen(Find("C:\\A\\private")));
     EXPECT_EQ("state 2 policy 5", State(a));
     disk.Put("C:\\A", "g.sv @K/");
     platform.Signal(u"C:\\A");
@@ -293,14 +274,11 @@ TEST_F(Change, StaysOutOfAFrozenDirectoryUntilItIsThawed) {
     EXPECT_EQ(1u, a->GetChangeTick());
     EXPECT_EQ("", Refresh()) << "what changed meanwhile stays unseen";
     EXPECT_EQ("state 1 policy 4 handle", State(a));
-    ovSetDirChanged(a);
-    ovFreeze(a);
+    ovSetDirChanged(a), ovFreeze(a);
     EXPECT_NE(nullptr, path->FindNameInfo(u"g")) << "a change that is known goes into the freeze";
-    CheckIndex();
 
-    EXPECT_FALSE(ovFreeze(ovGetCWD(path)));
-    EXPECT_FALSE(ovIsFrozen(ovGetCWD(path))) << "the current directory cannot be frozen";
-    EXPECT_FALSE(ovFreeze(ovGetNullDir(path)));
+    for (const ovDir& never : {ovGetCWD(path), ovGetNullDir(path)})
+        EXPECT_FALSE(ovFreeze(never) || ovIsFrozen(never));
     EXPECT_FALSE(ovSetFreezeAllAddedDirectories(path, true));
     EXPECT_TRUE(ovIsFrozen(Add("C:\\R")));
     EXPECT_TRUE(ovSetFreezeAllAddedDirectories(path, false));
@@ -322,8 +300,9 @@ TEST_F(Change, OfDirectoriesIsToldWhenAskedFor) {
 }
 
 TEST_F(Change, OfAFileIsToldByItsStamp) {
+    const char* const f = "C:\\A\\f.sv";
     const ovDir a = Add("C:\\A");
-    disk.times["C:\\A\\f.sv"] = 100;
+    long& time = disk.times[f] = 100;
     ovTimeStamp_tag* stamp = ovCreateTimeStamp();
     const auto text = [&] {
         return std::to_string(static_cast<std::int32_t>(stamp->m_fileTime)) + "/" +
@@ -331,16 +310,15 @@ TEST_F(Change, OfAFileIsToldByItsStamp) {
     };
     const auto changed = [&](ovTimeStampUpdate update, bool useDirTick) {
         disk.timeQueries = 0;
-        const bool result = ovHasFileChanged(a, "C:\\A\\f.sv", stamp, update, useDirTick);
+        const bool result = ovHasFileChanged(a, f, stamp, update, useDirTick);
         return std::string(result ? "changed " : "same ") + text() + " by " +
                std::to_string(disk.timeQueries);
     };
     EXPECT_EQ("-1/0", text());
     EXPECT_EQ("changed 100/1 by 1", changed(ovUpdateTimeStamp, true));
     EXPECT_EQ("same 100/1 by 0", changed(ovUpdateTimeStamp, true)) << "two integers";
-    disk.times["C:\\A\\f.sv"] = 200;
-    EXPECT_EQ("same 100/1 by 0", changed(ovUpdateTimeStamp, true))
-        << "the directory has not been seen to change";
+    time = 200;
+    EXPECT_EQ("same 100/1 by 0", changed(ovUpdateTimeStamp, true)) << "the directory is not seen to change";
     EXPECT_EQ("changed 100/1 by 1", changed(ovKeepTimeStamp, false));
     platform.Signal(u"C:\\A");
     ovRefreshDirectory(a, ovRefreshCheck);
@@ -348,46 +326,38 @@ TEST_F(Change, OfAFileIsToldByItsStamp) {
     EXPECT_EQ("changed 200/2 by 1", changed(ovUpdateTimeStamp, true));
     ovSetDirChanged(a);
     ovRefreshDirectory(a, ovRefreshCheck);
-    EXPECT_EQ("same 200/3 by 1", changed(ovKeepTimeStamp, true))
-        << "an unchanged file takes over the tick in any mode";
-    disk.times.clear();
+    EXPECT_EQ("same 200/3 by 1", changed(ovKeepTimeStamp, true)) << "takes over the tick in any mode";
+    time = 0;
     EXPECT_EQ("changed 0/3 by 1", changed(ovUpdateTimeStamp, false)) << "gone";
 
-    EXPECT_TRUE(ovGetTimeStampFromDir(a, "C:\\A\\f.sv", stamp));
+    EXPECT_TRUE(ovGetTimeStampFromDir(a, f, stamp));
     EXPECT_EQ("-1/0", text());
-    disk.times["C:\\A\\f.sv"] = 300;
-    ovGetTimeStampFromDir(a, u"C:\\A\\f.sv", stamp);
+    time = 300;
+    ovGetTimeStampFromDir(a, U(f), stamp);
     EXPECT_EQ("300/3", text());
-    EXPECT_FALSE(ovGetTimeStampFromDir(ovGetNullDir(path), "C:\\A\\f.sv", stamp));
-    EXPECT_FALSE(ovGetTimeStampFromDir(ovDir(), "C:\\A\\f.sv", stamp));
+    for (const ovDir& none : {ovGetNullDir(path), ovDir()})
+        EXPECT_FALSE(ovGetTimeStampFromDir(none, f, stamp));
     ovFreeze(a);
-    disk.times["C:\\A\\f.sv"] = 400;
-    EXPECT_EQ("same 300/3 by 0", changed(ovUpdateTimeStamp, false))
-        << "nothing under a frozen directory changes";
-    EXPECT_TRUE(ovGetTimeStampFromDir(a, "C:\\A\\f.sv", stamp));
+    time = 400;
+    EXPECT_EQ("same 300/3 by 0", changed(ovUpdateTimeStamp, false)) << "nothing frozen changes";
+    EXPECT_TRUE(ovGetTimeStampFromDir(a, f, stamp));
     EXPECT_EQ("-1/0", text());
 
-    ovRemoveDir(a);
-    ovUnFreeze(Add("C:\\A"));
     ovTimeStamp_tag other{};
     EXPECT_TRUE(ovIsFileTimeStampDifferent(stamp, &other));
     ovCopyTimeStamp(&other, stamp);
     EXPECT_FALSE(ovIsFileTimeStampDifferent(stamp, &other));
     ovDestroyTimeStamp(stamp);
     EXPECT_EQ(0xFFFFFFFF, other.m_fileTime);
-}
 
-TEST_F(Change, OfAFileIsFoundThroughItsNameWhenTheDirectoryWasReplaced) {
-    ovDir old = Add("C:\\A");
-    disk.times["C:\\A\\f.sv"] = 100;
-    ovTimeStamp_tag stamp{50, 7};
-    ovRemoveDir(old);
-    EXPECT_FALSE(ovHasFileChanged(old, "C:\\A\\f.sv", &stamp, ovUpdateTimeStamp, true))
-        << "no directory of it is known";
-    EXPECT_EQ(0u, stamp.m_dirTick);
+    // When the directory has been replaced it is found through the file's name.
+    ovUnFreeze(a), ovRemoveDir(a);
+    ovTimeStamp_tag old{50, 7};
+    EXPECT_FALSE(ovHasFileChanged(a, f, &old, ovUpdateTimeStamp, true)) << "none of it is known";
+    EXPECT_EQ(0u, old.m_dirTick);
     Add("C:\\A");
-    EXPECT_TRUE(ovHasFileChanged(old, "C:\\A\\f.sv", &stamp, ovUpdateTimeStamp, true));
-    EXPECT_EQ(100u, stamp.m_fileTime);
+    EXPECT_TRUE(ovHasFileChanged(a, f, &old, ovUpdateTimeStamp, true));
+    EXPECT_EQ(400u, old.m_fileTime);
 }
 
 TEST_F(Change, OfAFullFolderIsReadAgainInOrder) {
