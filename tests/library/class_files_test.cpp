@@ -30,13 +30,9 @@ class ClassFiles : public PathFixture {
 };
 
 TEST_F(ClassFiles, AreFoundInFoldersAndAmongPlainFiles) {
-    disk.Put("C:\\A", "@Both/ Both.sv Plain.sv Text.txt @Empty/ Odd.sv");
-    disk.Put("C:\\A\\@Both", "Both.sv Both.p method.sv");
-    disk.Put("C:\\B", "@Later/ Later.sv Both.sv @Odd/ Shadow.sv");
-    disk.Put("C:\\B\\@Later", "Later.sv");
-    disk.Put("C:\\B\\@Odd", "Odd.txt Odd.sv");
-    disk.Put("C:\\D", "@Shadow/ Later.sv");
-    disk.Put("C:\\D\\@Shadow", "Shadow.sv");
+    disk.Put("C:", "A/ { @Both/ { Both.sv Both.p method.sv } Both.sv Plain.sv Text.txt @Empty/ Odd.sv } "
+                   "B/ { @Later/ { Later.sv } Later.sv Both.sv @Odd/ { Odd.txt Odd.sv } Shadow.sv } "
+                   "D/ { @Shadow/ { Shadow.sv } Later.sv }");
     Add("C:\\A"), Add("C:\\B"), Add("C:\\D");
     classes = {"C:\\A\\@Both\\Both.p",      "C:\\A\\Both.sv",          "C:\\A\\Plain.sv",
                "C:\\A\\Text.txt",           "C:\\B\\@Later\\Later.sv", "C:\\D\\Later.sv",
@@ -46,10 +42,10 @@ TEST_F(ClassFiles, AreFoundInFoldersAndAmongPlainFiles) {
         {"Text", ""},                         // not in the list
         {"Later", "C:\\B\\@Later\\Later.sv"}, // earlier on the path than the plain one
         {"Odd", "C:\\B\\@Odd\\Odd.sv"},       // a plain file that is no class hides nothing
-        {"Shadow", "C:\\D\\@Shadow\\Shadow.sv"}, //
-        {"both", ""},                            //
-        {"B\xc3\xb6th", ""},                     //
-        {"", ""},                                //
+        {"Shadow", "C:\\D\\@Shadow\\Shadow.sv"},
+        {"both", ""},
+        {"B\xc3\xb6th", ""},
+        {"", ""},
     };
     for (const auto& [name, file] : rows)
         EXPECT_EQ(file, Where(name)) << name;
@@ -60,14 +56,8 @@ TEST_F(ClassFiles, AreFoundInFoldersAndAmongPlainFiles) {
 }
 
 TEST_F(ClassFiles, InPackagesAreFoundByDottedNames) {
-    disk.Put("C:\\A", "+a/");
-    disk.Put("C:\\A\\+a", "+b/ N.sv");
-    disk.Put("C:\\A\\+a\\+b", "N.sv M.sv");
-    disk.Put("C:\\B", "+a/ +ab/");
-    disk.Put("C:\\B\\+a", "+b/ @N/ L.sv");
-    disk.Put("C:\\B\\+a\\+b", "N.sv @M/");
-    disk.Put("C:\\B\\+a\\+b\\@M", "M.sv");
-    disk.Put("C:\\B\\+a\\@N", "N.p");
+    disk.Put("C:", "A/ { +a/ { +b/ { N.sv M.sv } N.sv } } "
+                   "B/ { +a/ { +b/ { N.sv @M/ { M.sv } } @N/ { N.p } L.sv } +ab/ }");
     Add("C:\\A"), Add("C:\\B");
     classes = {"C:\\B\\+a\\+b\\N.sv", "C:\\B\\+a\\+b\\@M\\M.sv", "C:\\B\\+a\\@N\\N.p", "C:\\B\\+a\\L.sv"};
     EXPECT_EQ("", Where("a.b.N")) << "only the first plain file in path order counts, and it is no class";
@@ -86,8 +76,7 @@ TEST_F(ClassFiles, DoNotCountInACurrentDirectoryThatIsItselfSpecial) {
 }
 
 TEST_F(ClassFiles, AskTheHostOnceUntilTheDirectoryIsReadAgain) {
-    disk.Put("C:\\A", "@K/ N.sv:C O.sv:N T.txt");
-    disk.Put("C:\\A\\@K", "K.sv");
+    disk.Put("C:\\A", "@K/ { K.sv } N.sv:C O.sv:N T.txt");
     const ovDir dir = Add("C:\\A");
     classes = {"C:\\A\\@K\\K.sv", "C:\\A\\O.sv", "anything"};
     ovSetIsClassFcn(nullptr);
@@ -112,8 +101,8 @@ TEST_F(ClassFiles, AskTheHostOnceUntilTheDirectoryIsReadAgain) {
         EXPECT_EQ(result, ovIsFileClassdef(dir, fullName, name)) << N(name);
         EXPECT_EQ(asks, asked) << N(name);
     }
-    EXPECT_FALSE(ovIsFileClassdef(ovGetNullDir(path), "anything", "N"));
-    EXPECT_FALSE(ovIsFileClassdef(ovDir(), "anything", "N"));
+    for (const ovDir& none : {ovGetNullDir(path), ovDir()})
+        EXPECT_FALSE(ovIsFileClassdef(none, "anything", "N"));
 }
 
 TEST_F(ClassFiles, AreCutToTheCallersBuffer) {

@@ -10,17 +10,13 @@ namespace {
 class CurrentDirectory : public PathFixture {
   protected:
     CurrentDirectory() {
-        disk.Put("C:\\cwd", "f.sv @C/");
-        disk.Put("C:\\A", "f.sv");
+        disk.Put("C:", "cwd/ { f.sv @C/ { private/ } } A/ { f.sv }");
         EXPECT_EQ(nullptr, ovSetCWDName(path, u"C:\\cwd"));
     }
     std::string Change(const std::string& name) {
         const char* error = ovSetCWDName(path, U(name));
         CheckIndex();
         return error ? error : N(ovGetCWDName(path));
-    }
-    std::string WhereIsF() {
-        return Search(ovCreateAllSearchIterator(path, u"f", nullptr, ovCaseOfPath)).All();
     }
 };
 
@@ -46,8 +42,8 @@ TEST_F(CurrentDirectory, AnswersEveryBadNameWithItsText) {
 
 TEST_F(CurrentDirectory, IsLeftAloneOnARemovedPath) {
     ovRemovePath(path);
-    EXPECT_EQ(nullptr, ovSetCWDName(path, u"C:\\nowhere"));
-    EXPECT_EQ(nullptr, ovSetCWDName(path, u"")) << "the path is tested before the name";
+    for (const char16_t* name : {u"C:\\nowhere", u""}) // the path is tested before the name
+        EXPECT_EQ(nullptr, ovSetCWDName(path, name));
     EXPECT_STREQ("No directory specified", ovSetCWDName(path, static_cast<const char*>(nullptr)));
     EXPECT_EQ(u"", ovGetCWDName(path));
     char buffer[8];
@@ -70,17 +66,17 @@ TEST_F(CurrentDirectory, EndsTheProcessOnAnAnswerThatIsNone) {
 TEST_F(CurrentDirectory, IsCutToTheCallersBuffer) {
     char buffer[16];
     EXPECT_EQ(nullptr, ovGetCWDName(path, buffer, 0));
-    EXPECT_STREQ("C:\\", ovGetCWDName(path, buffer, 4));
-    EXPECT_STREQ("", ovGetCWDName(path, buffer, 1));
-    EXPECT_STREQ("C:\\cwd", ovGetCWDName(path, buffer, sizeof buffer));
+    for (const auto& [size, text] : {std::pair(4U, "C:\\"), {1U, ""}, {16U, "C:\\cwd"}})
+        EXPECT_STREQ(text, ovGetCWDName(path, buffer, size));
 }
 
 TEST_F(CurrentDirectory, IsReplacedWhole) {
     const ovDir old = ovGetCWD(path);
     Listen();
     EXPECT_EQ("C:\\cwd", Change("C:\\cwd"));
-    EXPECT_EQ("CWDBegin | Removed C:\\cwd | Removed C:\\cwd\\@C | Added C:\\cwd\\@C | Added C:\\cwd | CWDEnd",
-              TakeEvents());
+    EXPECT_EQ(R"(CWDBegin | Removed cwd | Removed cwd\@C | Removed cwd\@C\private | Added cwd\@C\private | )"
+              R"(Added cwd\@C | Added cwd | CWDEnd)",
+              Short(TakeEvents()));
     EXPECT_FALSE(ovIsDirHandleValid(old));
     EXPECT_EQ("No directory specified", Change(""));
     EXPECT_EQ("", TakeEvents());
@@ -91,16 +87,16 @@ TEST_F(CurrentDirectory, HiddenIsEmptyUnlessItIsOnThePathToo) {
     CheckIndex();
     EXPECT_TRUE(ovIsCWDHidden(path));
     EXPECT_EQ(ovDirTypeCWD, ovGetDirType(ovGetCWD(path)));
-    EXPECT_EQ("", WhereIsF());
+    EXPECT_EQ("", Everywhere("f"));
     Change("C:\\cwd");
-    EXPECT_EQ("", WhereIsF()) << "read anew, and still hidden";
+    EXPECT_EQ("", Everywhere("f")) << "read anew, and still hidden";
     Add("C:\\cwd");
-    EXPECT_EQ("-1 C:\\cwd\\f.sv", WhereIsF()) << "the entry on the path";
+    EXPECT_EQ("-1 cwd\\f.sv", Everywhere("f")) << "the entry on the path";
     Change("C:\\cwd");
-    EXPECT_EQ("-1 C:\\cwd\\f.sv | -1 C:\\cwd\\f.sv", WhereIsF())
+    EXPECT_EQ("-1 cwd\\f.sv | -1 cwd\\f.sv", Everywhere("f"))
         << "both current and on the path: read as usual";
     ovHideCWD(path, false);
-    EXPECT_EQ("-1 C:\\cwd\\f.sv | -1 C:\\cwd\\f.sv", WhereIsF());
+    EXPECT_EQ("-1 cwd\\f.sv | -1 cwd\\f.sv", Everywhere("f"));
 }
 
 TEST_F(CurrentDirectory, MayBeMissingFromTheStart) {
@@ -114,7 +110,7 @@ TEST_F(CurrentDirectory, MayBeMissingFromTheStart) {
     Add("C:\\A"), CheckIndex();
     EXPECT_EQ("C:\\A", PathText(path));
     EXPECT_EQ(ovDirTypePath, ovGetDirType(Find("C:\\A"))) << "the slot of the current directory stays free";
-    EXPECT_EQ("-1 C:\\A\\f.sv", Search(ovCreateAllSearchIterator(path, u"", nullptr, ovCaseOfPath)).All());
+    EXPECT_EQ("-1 A\\f.sv", Everywhere(""));
     ovRefreshAllDirectories(path, ovRefreshReload), ovSetAllChanged(path),
         ovDeleteNonExistentDirectories(path);
     EXPECT_TRUE(ovReplacePath(path, u"")), CheckIndex();

@@ -1,11 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <cstdio>
-#include <cstring>
 #include <ctime>
-#include <filesystem>
-#include <memory>
+#include <gtest/gtest.h>
+#include <typeinfo>
 
+#include <ovsel/cwdevent.hpp>
 #include <ovsel/descriptors.hpp>
 
 #include "host_interfaces/array.hpp"
@@ -76,6 +73,24 @@ TEST(Descriptors, AbsolutizeANameOrRaiseItsMessage) {
     for (const auto& row : rows)
         EXPECT_EQ(Absolutized(row.name), row.answer) << row.name;
     std::filesystem::current_path(before);
+}
+
+TEST(Descriptors, OfAChangeOfDirectoryAreCopiedAndTellTheirType) {
+    using pathevents::CwdEvent;
+    const CwdEvent event("/new");
+    const std::unique_ptr<foundation::msg_svc::eventmgr::BaseEvent> copy(event.clone());
+    EXPECT_EQ("/new", dynamic_cast<const CwdEvent&>(*copy).getNewLocation());
+    const auto& type = event.typeInformation();
+    EXPECT_TRUE(type.isType(typeid(CwdEvent)) && !type.isType(typeid(int)));
+    EXPECT_EQ((std::vector<std::string>{"pathevents::CwdEvent", "foundation::msg_svc::eventmgr::BaseEvent"}),
+              type.allNames());
+    try {
+        type.typeName(2);
+        ADD_FAILURE() << "came back";
+    } catch (const std::out_of_range& e) {
+        EXPECT_STREQ("eventmgr::BaseEvent has no base types.", e.what());
+    }
+    EXPECT_TRUE(type.areEventsEqual(event, *copy));
 }
 
 } // namespace

@@ -5,17 +5,15 @@ namespace {
 class Handles : public PathFixture {};
 
 TEST_F(Handles, CopiedOntoThemselvesBecomeNullAndLetGo) {
-    Add("C:\\A"), disk.Put("C:\\A", "");
+    disk.Put("C:\\A", "");
     ovDir dir = Add("C:\\A");
     ovDir& sameDir = dir;
     dir = sameDir;
     EXPECT_EQ(nullptr, *dir);
-
     ovPath only = NewPath("only");
     ovPath& samePath = only;
     only.copy(samePath);
-    EXPECT_TRUE(only == nullptr);
-    EXPECT_TRUE(ovLookupPath("only") == nullptr) << "the last handle has gone";
+    EXPECT_TRUE(only == nullptr && ovLookupPath("only") == nullptr) << "the last handle has gone";
 }
 
 TEST_F(Handles, OfARemovedPathCanBeStoredButNotMadeAnew) {
@@ -24,8 +22,7 @@ TEST_F(Handles, OfARemovedPathCanBeStoredButNotMadeAnew) {
     EXPECT_TRUE(ovPath(manager) == nullptr);
     ovPath assigned;
     assigned = manager;
-    EXPECT_TRUE(assigned == manager);
-    EXPECT_FALSE(assigned->IsValid());
+    EXPECT_TRUE(assigned == manager && !assigned->IsValid());
 }
 
 TEST_F(Handles, OfARemovedDirectoryStaySafeAndInvalid) {
@@ -45,9 +42,7 @@ TEST_F(Handles, OfARemovedDirectoryStaySafeAndInvalid) {
 }
 
 TEST_F(Handles, TellKindNameAndPlace) {
-    disk.Put("C:\\A", "@C/ +p/ private/");
-    disk.Put("C:\\A\\+p", "@D/");
-    disk.Put("C:\\A\\+p\\@D", "private/");
+    disk.Put("C:\\A", "@C/ +p/ { @D/ { private/ } } private/");
     disk.Put("C:\\", "");
     const ovDir dir = Add("C:\\A");
     Add("C:\\");
@@ -83,12 +78,12 @@ TEST_F(Handles, TellKindNameAndPlace) {
 
 TEST_F(Handles, OfNestedDirectoriesFindTheirOwnPathDirectory) {
     // Names that end in `private` many times are found by a loop, and a current directory may be called that.
-    disk.Put("C:\\cwd\\private", "private/");
-    disk.Put("C:\\cwd\\private\\private", "f.sv");
+    disk.Put("C:\\cwd\\private", "private/ { f.sv }");
     ASSERT_EQ(nullptr, ovSetCWDName(path, u"C:\\cwd\\private"));
-    EXPECT_EQ(ovDirTypeCWD, ovGetDirType(Find("C:\\cwd\\private")));
-    EXPECT_EQ(ovDirTypePrivate, ovGetDirType(Find("C:\\cwd\\private\\private")));
-    EXPECT_EQ(ovDirTypeNull, ovGetDirType(Find("C:\\cwd\\private\\private\\private")));
+    for (const ovDirType type : {ovDirTypeCWD, ovDirTypePrivate, ovDirTypeNull}) {
+        static std::string name = "C:\\cwd";
+        EXPECT_EQ(type, ovGetDirType(Find(name += "\\private")));
+    }
     std::string deep = "C:\\cwd";
     for (int i = 0; i < 100000; ++i)
         deep += "\\private";

@@ -26,32 +26,6 @@ TEST(NameEquality, FoldsOnlyNamesOfEqualLength) {
 
 class NameIndex : public PathFixture {};
 
-TEST_F(NameIndex, KeepsEveryKindOfANameInItsChain) {
-    disk.Put("C:\\foo", "foo.sv FOO.p foo/ @foo/ +foo/ private/");
-    disk.Put("C:\\foo\\@foo", "foo.sv private/");
-    disk.Put("C:\\foo\\@foo\\private", "foo.sv");
-    disk.Put("C:\\foo\\+foo", "foo.sv @foo/ +foo/ foo/");
-    disk.Put("C:\\foo\\private", "foo.p");
-    Add("C:\\foo");
-    const PathNameInfo* info = path->FindNameInfo(u"fOO");
-    std::vector<std::string> chains;
-    for (int c = 0; c < NameCategoryCount; ++c) {
-        std::string chain = std::to_string(c);
-        for (PathItemInfo* item = info->GetChain(static_cast<NameCategory>(c)); item;
-             item = item->GetNext()) {
-            ustring full;
-            item->GetFullName(full);
-            chain += " " + N(full).substr(3);
-        }
-        chains.push_back(chain);
-    }
-    EXPECT_EQ("0 foo\\FOO.p foo\\foo.sv | 1 foo\\private\\foo.p foo\\@foo\\private\\foo.sv | "
-              "2 foo\\+foo\\foo.sv foo\\@foo\\foo.sv | 3 foo\\foo | 4 | 5 foo\\+foo | 6 foo\\@foo | 7 | "
-              "8 foo\\+foo\\+foo | 9 foo\\+foo\\@foo | 10 foo",
-              Join(chains));
-    EXPECT_EQ(2u, info->GetSpellingCount());
-}
-
 TEST_F(NameIndex, LowersAsciiInKeysAndNothingElse) {
     disk.Put("C:\\A", "\xc3\x84rger.sv \xc3\xa4rger.sv");
     Add("C:\\A");

@@ -1,30 +1,16 @@
 #include "support/path_fixture.hpp"
 
-#include "support/fake_platform.hpp"
-
 namespace {
 
 class PathList : public PathFixture {
   protected:
-    PathList() {
-        for (const char* name : {"A", "B", "D"})
-            disk.Put(std::string("C:\\") + name, "f.sv");
-    }
+    PathList() { disk.Put("C:", "A/ { f.sv } B/ { f.sv } D/ { f.sv }"); }
     std::string Replace(const std::string& directories) {
         const bool changed = ovReplacePath(path, U(directories));
         CheckIndex();
         return PathText(path) + (changed ? " (changed)" : "");
     }
 };
-
-TEST_F(PathList, LeavesADirectoryWhereItIs) {
-    Add("C:\\B"), Add("C:/D");
-    const int listings = disk.listings;
-    EXPECT_EQ(ovDirTypeNull, ovGetDirType(Add("C:\\D", ovDirAddAtBegin)));
-    EXPECT_EQ("C:\\cwd; C:\\B; C:\\D", PathText(path));
-    EXPECT_EQ(listings, disk.listings);
-    EXPECT_EQ("", TakeMessages());
-}
 
 TEST_F(PathList, RefusesWhatCannotStandOnIt) {
     disk.accessibility = {{"C:\\denied", ovDirPermissionDenied},
@@ -48,14 +34,17 @@ TEST_F(PathList, RefusesWhatCannotStandOnIt) {
         EXPECT_EQ(warning ? MessageText('W', warning, {U(name)}) : "", TakeMessages()) << name;
     }
     EXPECT_EQ(ovDirTypeNull, ovGetDirType(ovAddDir(path, static_cast<const char*>(nullptr), ovDirAddAtEnd)));
-    EXPECT_EQ("C:\\cwd", PathText(path));
+    Add("C:/A");
+    EXPECT_EQ(ovDirTypeNull, ovGetDirType(Add("C:\\A", ovDirAddAtBegin)))
+        << "on the path already, and silent";
+    EXPECT_EQ("C:\\cwd; C:\\A", PathText(path));
+    EXPECT_EQ("", TakeMessages());
 }
 
 TEST_F(PathList, MakesRelativeNamesAbsolute) {
     const std::string here = N(fl::filesystem::current_path());
     disk.Put(here + "\\rel", "");
     EXPECT_EQ(here + "\\rel", N(ovGetDirName(Add("sub\\..\\rel"))));
-    EXPECT_EQ("C:\\A", N(ovGetDirName(Add("C:\\A"))));
     disk.Put("C:\\A\\..\\B", "");
     EXPECT_EQ("C:\\A\\..\\B", N(ovGetDirName(Add("C:\\A\\..\\B")))) << "an absolute name is kept as given";
 }
@@ -96,50 +85,39 @@ TEST_F(PathList, TellsWhatChangesInOrder) {
     EXPECT_EQ("ReplaceBegin | Added C:\\B | Removed C:\\A | ReplaceEnd", TakeEvents());
 }
 
-TEST_F(PathList, KeepsCurrentAndNestedDirectoriesFromRemoval) {
+TEST_F(PathList, LosesWhatIsRemovedByNameOrExistsNoLonger) {
     disk.Put("C:\\A", "@C/");
-    Add("C:\\A");
-    ovRemoveDir(ovGetCWD(path));
-    ovRemoveDir(Find("C:\\A\\@C"));
-    ovRemoveDir(ovGetNullDir(path));
-    ovRemoveDir(ovDir());
-    EXPECT_EQ("C:\\cwd; C:\\A", PathText(path));
-    path->RemoveDirByName(u"C:/A");
-    EXPECT_EQ("C:\\cwd", PathText(path));
-}
-
-TEST_F(PathList, DropsWhatExistsNoLonger) {
     for (const char* name : {"C:\\A", "C:\\B", "C:\\D"})
         Add(name);
-    for (const char* name : {"C:\\A", "C:\\D", "C:\\cwd"})
+    for (const ovDir& kept : {ovGetCWD(path), Find("C:\\A\\@C"), ovGetNullDir(path), ovDir()})
+        ovRemoveDir(kept);
+    EXPECT_EQ("C:\\cwd; C:\\A; C:\\B; C:\\D", PathText(path));
+    path->RemoveDirByName(u"C:/A");
+    for (const char* name : {"C:\\D", "C:\\cwd"})
         disk.dirs.erase(name);
     ovDeleteNonExistentDirectories(path);
     EXPECT_EQ("C:\\cwd; C:\\B", PathText(path));
 }
 
 TEST_F(PathList, RanksDirectoriesByTheirPathEntry) {
-    disk.Put("C:\\A", "@C/"), disk.Put("C:\\B", "@C/");
-    const ovDir a = Add("C:\\A"), b = Add("C:\\B");
-    const ovDir aC = Find("C:\\A\\@C"), bC = Find("C:\\B\\@C");
-    EXPECT_TRUE(ovIsSameDir(aC, ovSelectDirFirstOnPath(bC, aC)));
-    EXPECT_TRUE(ovIsSameDir(a, ovSelectDirFirstOnPath(a, aC))) << "a tie gives the first";
-    EXPECT_TRUE(ovIsSameDir(aC, ovSelectDirFirstOnPath(aC, a)));
-    EXPECT_TRUE(ovIsSameDir(b, ovSelectDirFirstOnPath(b, b)));
-    EXPECT_TRUE(ovIsSameDir(ovGetNullDir(path), ovSelectDirFirstOnPath(a, ovGetNullDir(path))));
+    disk.Put("C:", "A/ { @C/ } B/ { @C/ }");
+    Add("C:\\A"), Add("C:\\B");
+    const auto first = [&](const char* a, const char* b) {
+        return N(ovGetDirName(ovSelectDirFirstOnPath(Find(a), Find(b))));
+    };
+    EXPECT_EQ("C:\\A\\@C", first("C:\\B\\@C", "C:\\A\\@C"));
+    EXPECT_EQ("C:\\A", first("C:\\A", "C:\\A\\@C")) << "a tie gives the first";
+    EXPECT_EQ("C:\\A\\@C", first("C:\\A\\@C", "C:\\A"));
+    EXPECT_EQ("", first("C:\\A", "")) << "the null record comes before all";
 }
 
 TEST_F(PathList, FindsRecordsByFullNameUnderThePathsRule) {
-    disk.Put("C:\\A", "@C/ +p/ sub/");
+    disk.Put("C:", "A/ { @C/ +p/ sub/ } B/ { @C/ private/ }");
     disk.Put("C:\\", "");
     Add("C:\\A"), Add("C:\\");
     EXPECT_EQ(ovDirTypeNull, ovGetDirType(Find("C:\\A\\sub"))) << "a plain sub-directory has no record";
     EXPECT_EQ(ovDirTypeNull, ovGetDirType(Find("C:\\"))) << "a root is never found";
     EXPECT_EQ(ovDirTypePath, ovGetDirType(ovFindDirFullName(path, "C:/A")));
-    ovPath blind = NewPath("blind", ovCaseInsensitive);
-    ovAddDir(blind, "C:\\A", ovDirAddAtEnd);
-    EXPECT_EQ("C:\\A\\@C", N(ovGetDirName(ovFindDirFullName(blind, "c:\\a\\@c"))));
-    EXPECT_EQ(ovDirTypeNull, ovGetDirType(ovAddDir(blind, "c:\\a", ovDirAddAtEnd))) << "on the path already";
-
     const auto type = [&](const char16_t* name, ovDirType asked) {
         PathItemInfo* found = path->FindDirFullName(name, asked);
         return found ? static_cast<int>(found->GetItemClass()) : -1;
@@ -149,8 +127,11 @@ TEST_F(PathList, FindsRecordsByFullNameUnderThePathsRule) {
     EXPECT_EQ(-1, type(u"C:\\A\\C", ovDirTypeClass)) << "the sentinel is needed";
     EXPECT_EQ(static_cast<int>(ItemClass::PackageDir), type(u"C:\\A\\+p", ovDirTypePackage));
     EXPECT_EQ(-1, type(u"C:\\A\\+p", static_cast<ovDirType>(7)));
-    disk.Put("C:\\B", "private/");
+
+    ovPath blind = NewPath("blind", ovCaseInsensitive);
     const ovDir b = ovAddDir(blind, "C:\\B", ovDirAddAtEnd);
+    EXPECT_EQ("C:\\B\\@C", N(ovGetDirName(ovFindDirFullName(blind, "c:\\b\\@c"))));
+    EXPECT_EQ(ovDirTypeNull, ovGetDirType(ovAddDir(blind, "c:\\b", ovDirAddAtEnd))) << "on the path already";
     EXPECT_EQ(b->GetPrivateDir(), blind->FindDirFullName(u"C:\\B\\PRIVATE", ovDirTypePrivate))
         << "asked for by type, the leaf is not looked at";
 }

@@ -9,29 +9,20 @@ namespace {
 class Reentrancy : public PathFixture {
   protected:
     Reentrancy() {
-        disk.Put("C:\\A", "f.sv @C/ +p/ private/");
-        disk.Put("C:\\A\\@C", "C.sv");
-        disk.Put("C:\\A\\+p", "f.sv @D/");
-        disk.Put("C:\\A\\private", "p.sv");
-        disk.Put("C:\\B", "f.sv");
-        disk.Put("C:\\cwd", "f.sv @K/ private/");
-        disk.Put("C:\\cwd2", "f.sv @K/ private/");
-        disk.Put("C:\\cwd3", "f.sv");
+        disk.Put("C:", "A/ { f.sv @C/ { C.sv } +p/ { f.sv @D/ } private/ { p.sv } } B/ { f.sv } D/ { f.sv } "
+                       "cwd/ { f.sv @K/ private/ } cwd2/ { f.sv @K/ private/ } cwd3/ { f.sv }");
         ovSetCWDName(path, u"C:\\cwd");
     }
     /// Listings throw for the directory that is burning.
     void ListWithFire() {
-        burning = nullptr;
-        ovSetIOFcns(
-            path,
-            [](ovPath asked, const ustring& name, unsigned short** words) {
-                if (burning && name == burning)
-                    throw std::runtime_error("the disk is on fire");
-                return FakeDisk::Read(asked, name, words);
-            },
-            nullptr, nullptr, nullptr, nullptr);
+        const auto read = [](ovPath asked, const ustring& name, unsigned short** words) {
+            if (name == burning)
+                throw std::runtime_error("the disk is on fire");
+            return FakeDisk::Read(asked, name, words);
+        };
+        ovSetIOFcns(path, read, nullptr, nullptr, nullptr, nullptr);
     }
-    static inline const char16_t* burning = nullptr;
+    static inline ustring burning;
     /// Runs @p act once, at the first event of that kind on that directory.
     void At(ovEventType wanted, const std::string& name, std::function<void(ovDir)> act) {
         ovRegisterPathInterest(path, [=, done = false](ovEventType event, ovDir dir) mutable {
@@ -44,16 +35,18 @@ class Reentrancy : public PathFixture {
 };
 
 TEST_F(Reentrancy, ADirectoryRemovedWhileItIsAddedWasNotAdded) {
-    At(ovEventDirAdded, "C:\\A", [](ovDir dir) { ovRemoveDir(dir); });
+    const auto remove = [](ovDir dir) { ovRemoveDir(dir); };
+    At(ovEventDirAdded, "C:\\A", remove);
     EXPECT_EQ(ovDirTypeNull, ovGetDirType(Add("C:\\A")));
     EXPECT_EQ("C:\\cwd", PathText(path));
-    At(ovEventDirAdded, "C:\\B", [](ovDir dir) { ovRemoveDir(dir); });
+    At(ovEventDirAdded, "C:\\B", remove);
     ovReplacePath(path, u"C:\\B;C:\\A"), CheckIndex();
     EXPECT_EQ("C:\\cwd; C:\\A", PathText(path));
+    At(ovEventDirRemoved, "C:\\A", remove);
     ovRemoveDir(Find("C:\\A"));
+    EXPECT_EQ("C:\\cwd", PathText(path));
     At(ovEventDirAdded, "C:\\A\\@C", [](ovDir dir) { ovRemoveDir(ovGetPathDir(dir)); });
-    EXPECT_EQ(ovDirTypePath, ovGetDirType(Add("C:\\A")))
-        << "not on the path yet, so there was nothing to remove";
+    EXPECT_EQ(ovDirTypePath, ovGetDirType(Add("C:\\A"))) << "not on the path yet, so nothing to remove";
 }
 
 TEST_F(Reentrancy, TheCurrentDirectoryChangesOnceAtATime) {
@@ -74,50 +67,41 @@ TEST_F(Reentrancy, TheCurrentDirectoryChangesOnceAtATime) {
 }
 
 TEST_F(Reentrancy, APathMayBeRemovedInsideEveryOperation) {
-    struct {
-        const char* label;
-        ovEventType event;
-        const char* dir;
-        std::function<void()> operation;
-    } const rows[] = {
-        {"add", ovEventDirAdded, "C:\\A", [&] { Add("C:\\A"); }},
-        {"load", ovEventDirAdded, "C:\\A\\@C", [&] { Add("C:\\A"); }},
-        {"deep load", ovEventDirAdded, "C:\\A\\+p\\@D", [&] { Add("C:\\A"); }},
-        {"remove", ovEventDirRemoved, "C:\\B", [&] { ovRemoveDir(Find("C:\\B")); }},
-        {"replace", ovEventPathReplaceBegin, "", [&] { ovReplacePath(path, u"C:\\A"); }},
-        {"replace, sweep", ovEventDirRemoved, "C:\\B", [&] { ovReplacePath(path, u"C:\\A"); }},
-        {"change, begin", ovEventCWDChangeBegin, "", [&] { ovSetCWDName(path, u"C:\\cwd2"); }},
-        {"change, old", ovEventDirRemoved, "C:\\cwd", [&] { ovSetCWDName(path, u"C:\\cwd2"); }},
-        {"change, load", ovEventDirAdded, "C:\\cwd2\\@K", [&] { ovSetCWDName(path, u"C:\\cwd2"); }},
-        {"change, end", ovEventCWDChangeEnd, "", [&] { ovSetCWDName(path, u"C:\\cwd2"); }},
-        {"hide", ovEventDirRemoved, "C:\\cwd\\@K", [&] { ovHideCWD(path, true); }},
-        {"refresh", ovEventDirContentsLoaded, "C:\\B",
-         [&] { ovRefreshAllDirectories(path, ovRefreshReload); }},
-        {"refresh, new child", ovEventDirAdded, "C:\\B\\@N",
-         [&] {
-             disk.Put("C:\\B", "f.sv @N/ +o/ z.sv");
-             ovRefreshAllDirectories(path, ovRefreshReload);
-         }},
+    const auto reload = [&] { ovRefreshAllDirectories(path, ovRefreshReload); };
+    const auto change = [&] { ovSetCWDName(path, u"C:\\cwd2"); };
+    const auto replace = [&] { ovReplacePath(path, u"C:\\A"); };
+    const auto add = [&] { Add("C:\\A"); };
+    const std::tuple<ovEventType, const char*, std::function<void()>> rows[] = {
+        {ovEventDirAdded, "C:\\A", add},
+        {ovEventDirAdded, "C:\\A\\@C", add},
+        {ovEventDirAdded, "C:\\A\\+p\\@D", add},
+        {ovEventDirRemoved, "C:\\B", [&] { ovRemoveDir(Find("C:\\B")); }},
+        {ovEventPathReplaceBegin, "", replace},
+        {ovEventDirRemoved, "C:\\B", replace}, // in the sweep
+        {ovEventCWDChangeBegin, "", change},
+        {ovEventDirRemoved, "C:\\cwd", change},
+        {ovEventDirAdded, "C:\\cwd2\\@K", change},
+        {ovEventCWDChangeEnd, "", change},
+        {ovEventDirRemoved, "C:\\cwd\\@K", [&] { ovHideCWD(path, true); }},
+        {ovEventDirContentsLoaded, "C:\\B", reload},
+        {ovEventDirAdded, "C:\\B\\@N", [&] { disk.Put("C:\\B", "f.sv @N/ +o/ z.sv"), reload(); }},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.label);
+    for (const auto& [event, dir, operation] : rows) {
         path = NewPath("victim");
         disk.Put("C:\\B", "f.sv");
         ovSetCWDName(path, u"C:\\cwd"), Add("C:\\B");
-        At(row.event, row.dir, [&](ovDir) { ovRemovePath(path); });
-        row.operation();
-        EXPECT_FALSE(path->IsValid());
+        At(event, dir, [&](ovDir) { ovRemovePath(path); });
+        operation();
+        EXPECT_FALSE(path->IsValid()) << event << " " << dir;
     }
 }
 
 TEST_F(Reentrancy, AHookMayKeepItsHandleWhileAPathIsMade) {
     static ovPath kept;
-    ovSetDefaultIOFcns(
-        [](ovPath asked, const ustring&, unsigned short**) -> char16_t* {
-            kept = asked;
-            return nullptr;
-        },
-        nullptr, nullptr, nullptr, nullptr);
+    const auto keep = [](ovPath asked, const ustring&, unsigned short**) -> char16_t* {
+        return kept = asked, nullptr;
+    };
+    ovSetDefaultIOFcns(keep, nullptr, nullptr, nullptr, nullptr);
     ovCreatePath(0, "kept");
     disk.Install();
     EXPECT_TRUE(ovLookupPath("kept") != nullptr) << "a handle holds it still";
@@ -135,15 +119,14 @@ TEST_F(Reentrancy, AHookThatThrowsLeavesThePathInOrder) {
     EXPECT_THROW(Add("C:\\A"), std::runtime_error);
     CheckIndex();
     EXPECT_EQ("C:\\cwd2", PathText(path));
-    EXPECT_EQ(ovDirTypeNull, ovGetDirType(Find("C:\\A\\@C")))
-        << "read before the fire, and gone with the rest";
-    burning = nullptr;
+    EXPECT_EQ(ovDirTypeNull, ovGetDirType(Find("C:\\A\\@C"))) << "read before the fire, gone with the rest";
+    burning.clear();
     EXPECT_EQ(ovDirTypePath, ovGetDirType(Add("C:\\A")));
 }
 
 TEST_F(Reentrancy, ARefreshGoesOnWithWhatIsLeft) {
     Add("C:\\A"), Add("C:\\B");
-    disk.Put("C:\\D", "f.sv"), Add("C:\\D");
+    Add("C:\\D");
     ovSetDirectoryReloadMessages(path, true);
     At(ovEventDirContentsLoaded, "C:\\A", [](ovDir dir) { ovRemoveDir(dir); });
     disk.Put("C:\\B", "g.sv");
@@ -216,8 +199,7 @@ TEST_F(Reentrancy, TheLastHandleMayGoInTheMiddle) {
     const ovDir dir = ovAddDir(victim, "C:\\B", ovDirAddAtEnd);
     ovRemovePath(victim);
     ovTimeStamp_tag stamp{50, 7};
-    EXPECT_FALSE(ovHasFileChanged(dir, "C:\\B\\f.sv", &stamp, ovUpdateTimeStamp, true))
-        << "no path, no directory";
+    EXPECT_FALSE(ovHasFileChanged(dir, "C:\\B\\f.sv", &stamp, ovUpdateTimeStamp, true)) << "no path";
     EXPECT_EQ(0u, stamp.m_dirTick);
 }
 
@@ -229,7 +211,7 @@ TEST_F(Reentrancy, AThrowingHookLeavesARefreshInOrder) {
     burning = u"C:\\A\\+late";
     EXPECT_THROW(ovRefreshAllDirectories(path, ovRefreshReload), std::runtime_error);
     CheckIndex();
-    burning = nullptr;
+    burning.clear();
     ovRefreshAllDirectories(path, ovRefreshCheck);
     EXPECT_EQ(1u, a->GetPackageDirs().size());
     ovFreeze(a);
@@ -238,26 +220,22 @@ TEST_F(Reentrancy, AThrowingHookLeavesARefreshInOrder) {
     disk.Put("C:\\A", "+late/");
     burning = u"C:\\A\\+late";
     EXPECT_THROW(ovRefreshDirectory(a, ovRefreshReloadFrozen), std::runtime_error);
-    burning = nullptr;
+    burning.clear();
     EXPECT_TRUE(ovIsFrozen(a));
 }
 
 TEST_F(Reentrancy, AWarningMayAddDirectories) {
     static ovPath current;
-    current = path;
-    for (char drive = 'D'; drive <= 'Q'; ++drive)
-        disk.Put(std::string(1, drive) + ":\\x", "");
+    static std::string drives;
+    current = path, drives = "DEFGHIJKLMNOPQ";
+    for (const char drive : drives)
+        disk.Put(drive + std::string(":\\x"), "");
     platform.handlesRefused = true;
-    ovSetMessageFcns(
-        nullptr,
-        [](const char*) {
-            static bool once = false;
-            for (char drive = 'D'; !once && drive <= 'Q'; ++drive) {
-                once = drive == 'Q';
-                ovAddDir(current, (std::string(1, drive) + ":\\x").c_str(), ovDirAddAtEnd);
-            }
-        },
-        nullptr);
+    const auto addThem = [](const char*) {
+        for (const char drive : std::exchange(drives, ""))
+            ovAddDir(current, (drive + std::string(":\\x")).c_str(), ovDirAddAtEnd);
+    };
+    ovSetMessageFcns(nullptr, addThem, nullptr);
     Add("C:\\B");
     current = ovPath();
     EXPECT_NE(std::string::npos, PathText(path).find("C:\\B"));
