@@ -99,37 +99,6 @@ TEST_F(Following, MissesNothingWithinASecondByNotificationAndByTime) {
     EXPECT_EQ("", MissedInAThousandRounds("R:\\"));
 }
 
-TEST_F(Following, SeesFoldersComeAndGoWithAllThatIsInThem) {
-    tree.Add({"a/plot.p", "a/@K/draw.p", "b/plot.p", "b/@L/L.p", "up/c/deep.p", "up/c/private/"});
-    Open();
-    for (const char* folder : {"a", "b", "up\\c"})
-        Add(folder);
-    Refresh(); // folders that were made a moment ago are looked at once more
-    EXPECT_EQ("", Reloads()) << "nothing has happened";
-    struct {
-        const char* what;
-        std::function<void()> act;
-        const char* name;
-        const char* means;
-    } const rows[] = {
-        {"a class removed", [&] { tree.Remove("a/@K"); }, "draw", ""},
-        {"a folder gone", [&] { tree.Remove("a"); }, "plot", "b\\plot.p"},
-        {"and made anew", [&] { tree.Add({"a/again.p"}); }, "again", "a\\again.p"},
-        {"a file in it", [&] { tree.Add({"a/later.p"}); }, "later", "a\\later.p"},
-        {"a folder moved away", [&] { tree.Rename("b", "elsewhere"); }, "L", ""},
-        {"and another put in its place", [&] { tree.Add({"b/other.p"}); }, "other", "b\\other.p"},
-        {"a parent moved", [&] { tree.Rename("up", "down"); }, "deep", ""},
-        {"and moved back", [&] { tree.Rename("down", "up"); }, "deep", "up\\c\\deep.p"},
-        {"something below", [&] { tree.Add({"up/c/private/own.p"}); }, "own", "up\\c\\private\\own.p"},
-    };
-    for (const auto& row : rows) {
-        row.act();
-        Refresh();
-        EXPECT_EQ(row.means, Where(row.name)) << row.what;
-    }
-    EXPECT_EQ("", Reloads()) << "all of that is over";
-}
-
 TEST_F(Following, SeesWhatHappensBetweenTheListingAndItsHandle) {
     tree.Add({"a/@K/K.p"});
     Open();

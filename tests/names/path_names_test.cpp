@@ -42,10 +42,8 @@ TEST(JoinedNames, TakeTheSecondByteOfACharacterForNoSeparator) {
     platform.isLeadByte = [](unsigned char c) { return c == 0x81; };
     char name[16] = "a\x81\\";
     EXPECT_STREQ(ovConcatPathName(name, "b"), "a\x81\\\\b");
-    EXPECT_TRUE(ovIsPathNameSep(name, name + 3));
-    EXPECT_FALSE(ovIsPathNameSep(name, name + 2));
-    EXPECT_FALSE(ovIsPathNameSep("/", "/"));
-    EXPECT_TRUE(ovIsPathNameSep(u'\\') && !ovIsPathNameSep(u'/'));
+    EXPECT_TRUE(ovIsPathNameSep(name, name + 3) && ovIsPathNameSep(u'\\'));
+    EXPECT_FALSE(ovIsPathNameSep(name, name + 2) || ovIsPathNameSep("/", "/") || ovIsPathNameSep(u'/'));
 }
 
 TEST(CombinedDirectory, TakesARootedNameAlone) {
@@ -115,9 +113,8 @@ TEST(Extensions, BeginAtTheLastDotOfTheLastElement) {
     }
     EXPECT_EQ(ovFindFileExt(static_cast<const char*>(nullptr)), -1);
     EXPECT_EQ(ovFindFileExt(static_cast<const char16_t*>(nullptr)), u"");
-    EXPECT_EQ(ovFindFileExt(u""), u"");
     EXPECT_EQ(ovFindFileExt(u"a.b/c.d.sv"), u".sv");
-    EXPECT_EQ(ovFindFileExt(u"a.b/c"), u"");
+    EXPECT_EQ(ovFindFileExt(u"") + ovFindFileExt(u"a.b/c"), u"");
 }
 
 TEST(LastElement, KeepsItsExtensionInThePlainFormOnly) {
@@ -147,6 +144,9 @@ TEST(AbsoluteNames, AreJudgedByEachFormsOwnRule) {
 }
 
 TEST(AbsoluteNames, AreNormalisedByText) {
+    const char* const tilde = "~";
+    EXPECT_EQ(ovTildeExpansion(nullptr, tilde), tilde) << "an ordinary character";
+    EXPECT_EQ(ovTildeExpansion(u"~\\a"), u"~\\a");
     for (const char* row : {R"(C:\..\a | C:\a)", R"(C:\a\..\b | C:\b)", R"(C:\a\.\b\ | C:\a\b)",
                             R"(C:\a\\b | C:\a\b)", R"(C:\ | C:\)", R"(C:\a\..\..\..\b | C:\b)",
                             R"(\\s\h\..\a | \\s\h\a)", R"(\\s\h | \\s\h\)", R"(C:\...\.a | C:\...\.a)"}) {
@@ -163,12 +163,9 @@ TEST(FullPath, ExpandsRelativeNamesThatExistAndLeavesAbsoluteOnesAlone) {
     EXPECT_EQ(here, fl::filesystem::current_path());
     EXPECT_FALSE(ovFullPath(dst, ustring(5000, u'a'))); // the filesystem layer fails
     EXPECT_EQ(dst, u"old");
-    EXPECT_TRUE(ovFullPath(dst, u"C:\\x/..\\no such name"));
-    EXPECT_EQ(dst, u"C:\\x/..\\no such name");
-    for (const char16_t* name : {u"no such name", u"\\\\server"}) {
-        dst = u"old";
-        EXPECT_FALSE(ovFullPath(dst, name));
-        EXPECT_EQ(dst, u"");
+    for (const char16_t* name : {u"C:\\x/..\\no such name", u"no such name", u"\\\\server"}) {
+        EXPECT_EQ(ovFullPath(dst, name), *name == u'C');
+        EXPECT_EQ(dst, *name == u'C' ? name : u"");
     }
 }
 
@@ -202,27 +199,18 @@ TEST(RemoteNames, AreRememberedByTheirRootOnlyWhenRemote) {
     EXPECT_EQ(platform.calls["GetDriveType"], 4) << "X: once, Y: twice, x: once";
 }
 
-TEST(Tilde, IsAnOrdinaryCharacter) {
-    EXPECT_EQ(ovTildeExpansion(u"~\\a"), u"~\\a");
-    const char* name = "~";
-    EXPECT_EQ(ovTildeExpansion(nullptr, name), name);
-}
-
 TEST(CurrentPathName, BelongsToTheScope) {
     const std::size_t before = linux_host::EnterScope(71);
     const char name[] = "main";
-    std::string exists = std::to_string(ovCurrentPathExists());
-    ovSetDefaultPathname(name);
+    std::string exists;
+    const auto ask = [&] { exists += std::to_string(ovCurrentPathExists()); };
+    ask(), ovSetDefaultPathname(name);
     EXPECT_EQ(ovGetCurrentPathname(), name);
     EXPECT_EQ(ovGetCurrentPathname_u(), u"main");
-    linux_host::EnterScope(72);
-    exists += std::to_string(ovCurrentPathExists());
-    linux_host::EnterScope(71);
-    exists += std::to_string(ovCurrentPathExists());
-    ovSetCurrentPathname(nullptr);
-    exists += std::to_string(ovCurrentPathExists());
-    ovSetDefaultPathname(name);
-    exists += std::to_string(ovCurrentPathExists());
+    linux_host::EnterScope(72), ask();
+    linux_host::EnterScope(71), ask();
+    ovSetCurrentPathname(nullptr), ask();
+    ovSetDefaultPathname(name), ask();
     EXPECT_EQ(exists, "00101") << "unset, other scope, set, null, set again";
     linux_host::EnterScope(before);
     linux_host::DestroyScope(71);
