@@ -1,10 +1,5 @@
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
 #include <random>
-
-#include <fmt/format.h>
 
 #include "run_tool.hpp"
 #include "tools/ovsel/cache_file.hpp"
@@ -12,21 +7,10 @@
 
 namespace {
 
-using nlohmann::json;
-using test::DemoWorld;
-using test::Outcome;
-using test::Records;
-using test::RunningTool;
-using test::TempTree;
-using test::Tool;
+using namespace test;
 
-const std::string Prefix = " --prefix ..";
-const std::string Verify = "cache verify ../tb.xml" + Prefix;
-
-Outcome Ask(const Tool& tool, const std::string& line) { return tool(line.c_str()); }
-Outcome AskCache(const Tool& tool, const std::string& line) {
-    return Ask(tool, line + " --cache ../tb.xml" + Prefix);
-}
+const std::string Prefix = " --prefix ..", Verify = "cache verify ../tb.xml" + Prefix;
+const std::string FromCache = " --cache ../tb.xml" + Prefix;
 
 /// The text of a cache from its second line on: the first holds the time.
 std::string Body(const std::string& text) { return text.substr(std::min(text.find('\n'), text.size())); }
@@ -56,13 +40,13 @@ struct CacheWorld : DemoWorld {
         tree.Add({"A/sub/"});
         tree.Write("A/@plot/plot.sv", "classdef plot");
         tree.Write("B/private/plot.sv", "classdef plot"); // which is none there
-        written = Ask(tool, "cache write ../tb.xml --classes" + Prefix);
+        written = tool.Ask("cache write ../tb.xml --classes" + Prefix);
     }
     std::string File() const { return Tool::Content(tree.Path("tb.xml")); }
-    std::string Answers(Outcome (*ask)(const Tool&, const std::string&)) const {
+    std::string Answers(const std::string& options = "") const {
         std::string text;
         for (const char* question : {"which -a plot gfx/plot --from ../B/x.sv", "tree", "dirs", "class plot"})
-            text += ask(tool, question).out;
+            text += tool.Ask(question + options).out;
         return text;
     }
 };
@@ -77,76 +61,67 @@ TEST(Cache, IsBelievedWhateverTheDiskHoldsAndVerifyTellsWhatThatIs) {
         EXPECT_EQ(Body(tool("cache show ../tb.xml").out), DemoDrawing);
         EXPECT_TRUE(tool("cache show ../tb.xml -0 --form system")
                         .out.ends_with(Records({"B\\private\\plot.sv", "B\\plot.p", "B\\plot.sv"})));
-        EXPECT_EQ(
-            json::parse(tool("cache show ../tb.xml --json").out)["folders"][1]["folders"],
-            json::parse(
-                R"([{"name": "B/private", "folders": [], "entries": [{"letter": "N", "name": "plot.sv"}]}])"));
-        EXPECT_EQ(Ask(tool, Verify).out, "../tb.xml: as on the disk, 5 folders, 8 entries\n");
+        EXPECT_EQ(tool.Json("cache show ../tb.xml")["folders"][1]["folders"].dump(),
+                  R"([{"entries":[{"letter":"N","name":"plot.sv"}],"folders":[],"name":"B/private"}])");
+        EXPECT_EQ(tool.Ask(Verify).out, "../tb.xml: as on the disk, 5 folders, 8 entries\n");
 
-        const std::string before = world.Answers(&Ask);
-        tree.Add({"A/behind.sv", "B/@new/new.sv"});
-        tree.Remove("A/+gfx");
-        tree.Remove("A/sub");
-        tree.Write("A/sub", "");
+        const std::string before = world.Answers();
+        for (const char* removed : {"A/+gfx", "A/sub", "B/plot.p"})
+            tree.Remove(removed);
+        tree.Add({"A/behind.sv", "A/sub", "B/@new/new.sv", "B/plot.p -> ../C"});
         tree.Write("A/@plot/plot.sv", "function plot");
         tree.Rename("B/private", "B/public");
-        tree.Remove("B/plot.p");
-        tree.Add({"B/plot.p -> ../C"});
-        EXPECT_EQ(world.Answers(&AskCache), before) << mode;
-        EXPECT_NE(world.Answers(&Ask), before);
+        EXPECT_EQ(world.Answers(FromCache), before) << mode;
+        EXPECT_NE(world.Answers(), before);
         EXPECT_TRUE(inOtherMode.empty() || before == inOtherMode) << before;
         inOtherMode = before;
 
-        EXPECT_EQ(AskCache(tool, "which behind draw --scope all").out, "A/@plot/draw.sv\n");
-        const std::string counts = AskCache(tool, "tree --stats").err;
-        EXPECT_NE(counts.find(", 1 listings, "), std::string::npos)
-            << "that of the current directory: " << counts;
+        EXPECT_EQ(tool.Ask("which behind draw --scope all" + FromCache).out, "A/@plot/draw.sv\n");
+        const std::string counts = tool.Ask("tree --stats" + FromCache).err;
+        EXPECT_NE(counts.find(", 1 listings, "), std::string::npos) << "the current directory's: " << counts;
         EXPECT_NE(counts.find(": 0 listings, 0 existence queries"), std::string::npos) << counts;
         EXPECT_EQ(counts.find("cache of 5 folders: ") == std::string::npos, *mode != '\0') << counts;
-        const Outcome differs = Ask(tool, Verify);
+        const Outcome differs = tool.Ask(Verify);
         EXPECT_EQ(differs.status, 1);
-        EXPECT_EQ(differs.out,
-                  "removed     A/+gfx  (folder)\n"
-                  "changed     A/@plot/plot.sv  (class file in the cache, file without a class on the "
-                  "disk)\n"
-                  "added       A/behind.sv  (file)\n"
-                  "changed     A/sub  (folder in the cache, file on the disk)\n"
-                  "added       B/@new  (folder)\n"
-                  "changed     B/plot.p  (file in the cache, folder on the disk)\n"
-                  "removed     B/private  (folder)\n"
-                  "added       B/public  (folder)\n");
-        EXPECT_EQ(
-            json::parse(Ask(tool, Verify + " --json").out)["differences"][0],
-            json::parse(R"({"change": "removed", "path": "A/+gfx", "in_cache": "folder", "on_disk": null})"));
+        EXPECT_EQ(differs.out, R"(removed     A/+gfx  (folder)
+changed     A/@plot/plot.sv  (class file in the cache, file without a class on the disk)
+added       A/behind.sv  (file)
+changed     A/sub  (folder in the cache, file on the disk)
+added       B/@new  (folder)
+changed     B/plot.p  (file in the cache, folder on the disk)
+removed     B/private  (folder)
+added       B/public  (folder)
+)");
+        EXPECT_EQ(tool.Json(Verify)["differences"][0].dump(),
+                  R"({"change":"removed","in_cache":"folder","on_disk":null,"path":"A/+gfx"})");
         tree.Rename("B", "gone");
-        EXPECT_TRUE(Ask(tool, Verify + " -0 -p ../gone").out.ends_with(Records({"", "B", "gone"})));
+        EXPECT_TRUE(tool.Ask(Verify + " -0 -p ../gone").out.ends_with(Records({"", "B", "gone"})));
     }
 }
 
 TEST(Cache, ComesFromTheDiskWhereItHoldsNothing) {
     CacheWorld world;
     world.tree.Add({"D/late.sv", "out/"});
-    EXPECT_EQ(AskCache(world.tool, "which late -p ../D").out, "D/late.sv\n");
-    EXPECT_EQ(AskCache(world.tool, "watch --once --interval 1ms -p ../out").out,
+    EXPECT_EQ(world.tool.Ask("which late -p ../D" + FromCache).out, "D/late.sv\n");
+    EXPECT_EQ(world.tool.Ask("watch --once --interval 1ms -p ../out" + FromCache).out,
               "watching 7 folders every 1 ms: 1 notified, 0 polled, 6 unchecked\n");
 }
 
 TEST(Cache, RefusesEveryNameThatBothReadersWouldNotReadAsItIs) {
     TempTree tree{"p/fine name>'.sv", "p/[x].p", "p/@a.b/", "v1.0/"};
-    const Tool tool{.cwd = tree.Root(), .environment = {{"OVSEL_PATH", "p:v1.0"}}, .root = tree.Root()};
+    Tool tool{.cwd = tree.Root(), .environment = {{"OVSEL_PATH", "p:v1.0"}}, .root = tree.Root()};
     const std::string write = "cache write tb.xml --prefix .";
     EXPECT_EQ(tool("cache write p/itself.xml --prefix .").status, 0);
     EXPECT_EQ(tool("cache verify p/itself.xml --prefix .").status, 0);
     tree.Remove("p/itself.xml");
-    EXPECT_EQ(Ask(tool, write).All(),
+    EXPECT_EQ(tool.Ask(write).All(),
               "tb.xml: 2 folders, 3 entries\n"
               "ovsel: note: p/@a.b has a dot in its name: the storage layer's mode takes it for @a\n"
               "ovsel: note: v1.0 has a dot in its name: with a cache, too, the disk is asked whether it "
               "is there\n");
-    for (const char* mode : {"", "vfs"}) {
-        Tool user = tool;
-        user.environment["PATH_MGR_MODE"] = mode;
-        EXPECT_EQ(user({"which", "[x].p", "fine name>'", "--cache", "tb.xml", "--prefix", "."}).out,
+    for (const char* mode : {"vfs", ""}) {
+        tool.environment["PATH_MGR_MODE"] = mode;
+        EXPECT_EQ(tool({"which", "[x].p", "fine name>'", "--cache", "tb.xml", "--prefix", "."}).out,
                   "p/[x].p\np/fine name>'.sv\n");
     }
 
@@ -156,24 +131,23 @@ TEST(Cache, RefusesEveryNameThatBothReadersWouldNotReadAsItIs) {
     tree.Add({"p/a\"b.sv", "p/a&b", "p/a<b", "p/del\x7f", "p/new\nline", "p/\xC3\xA4/", "p/bad\xFF.sv",
               "p/+q/\xC3\xB6.sv", longName + "/"});
     const std::string before = Tool::Content(tree.Path("tb.xml"));
-    const Outcome refused = Ask(tool, write + " -0 -p " + longName);
+    const Outcome refused = tool.Ask(write + " -0 -p " + longName);
     EXPECT_EQ(refused.out, Records({longName, "p/a\"b.sv", "p/a&b", "p/a<b", "p/bad\xFF.sv", "p/del\x7f",
                                     "p/new\nline", "p/\xC3\xA4", "p/+q/\xC3\xB6.sv"}));
     EXPECT_EQ(refused.status, 1);
     EXPECT_EQ(Tool::Content(tree.Path("tb.xml")), before);
-    const json reasons = json::parse(Ask(tool, write + " --json").out);
+    const json reasons = tool.Json(write);
     EXPECT_EQ(reasons["written"], false);
-    EXPECT_EQ(reasons["refused"][0],
-              json::parse(R"({"path": "p/a\"b.sv", "reason": "holds one of \" & <"})"));
+    EXPECT_EQ(reasons["refused"][0].dump(), R"({"path":"p/a\"b.sv","reason":"holds one of \" & <"})");
 }
 
 TEST(Cache, TakesAClosedFolderNeitherForEmptyNorForGone) {
     CacheWorld world;
     world.tree.Permit("A/+gfx", 0);
-    EXPECT_EQ(Ask(world.tool, Verify).out, "unreadable  A/+gfx  (folder)\n");
-    EXPECT_EQ(Ask(world.tool, "cache write ../tb.xml -0" + Prefix).out, Records({"A/+gfx"}));
+    EXPECT_EQ(world.tool.Ask(Verify).out, "unreadable  A/+gfx  (folder)\n");
+    EXPECT_EQ(world.tool.Ask("cache write ../tb.xml -0" + Prefix).out, Records({"A/+gfx"}));
     world.tree.Permit("B", 0);
-    EXPECT_EQ(Ask(world.tool, Verify + " -0").out, Records({"A/+gfx", "B"}));
+    EXPECT_EQ(world.tool.Ask(Verify + " -0").out, Records({"A/+gfx", "B"}));
 }
 
 /// Everything in the folder but the tree of the demo world.
@@ -204,7 +178,7 @@ TEST(Cache, LeavesTheOldFileAndNothingElseWhenItCannotBeWritten) {
     const std::string before = world.File();
     world.tool.fileSizeLimit = 300;
     for (const auto& [file, message] : cases) {
-        const Outcome outcome = Ask(world.tool, std::string("cache write ") + file + Prefix);
+        const Outcome outcome = world.tool.Ask(std::string("cache write ") + file + Prefix);
         EXPECT_EQ(outcome.status, 3) << file;
         if (message != nullptr)
             EXPECT_EQ(outcome.err, fmt::format("ovsel: {}: {}\n", file, message));
@@ -212,7 +186,7 @@ TEST(Cache, LeavesTheOldFileAndNothingElseWhenItCannotBeWritten) {
     EXPECT_EQ(world.File(), before);
     EXPECT_EQ(OthersIn(world.tree), "tb.xml ");
     world.tool.fileSizeLimit.reset();
-    EXPECT_EQ(Ask(world.tool, "cache write ../tb.xml" + Prefix).status, 0);
+    EXPECT_EQ(world.tool.Ask("cache write ../tb.xml" + Prefix).status, 0);
     EXPECT_EQ(std::filesystem::status(world.tree.Path("tb.xml")).permissions(), std::filesystem::perms(0640));
 }
 
@@ -257,19 +231,17 @@ TEST(Cache, IsReadStrictlyByTheToolAndUsedAsFarAsTheLibraryUnderstandsIt) {
         std::string text = good;
         return text.replace(text.find(old), old.size(), changed);
     };
-    struct Case {
-        std::string text;
-        const char* message;
-        const char* usable; ///< exit statuses of a command that uses it, in both modes
-    };
-    const Case cases[] = {
+    const std::string odd = "no line of a path cache, or not indented as it must be here";
+    // What a file holds, what is wrong with it, and the exit statuses of a command that uses it in both
+    // modes.
+    const std::tuple<std::string, std::string, const char*> cases[] = {
         {"", "line 1: this is no path cache", "33"},
         {"<?xml version=\"1.0\"?>\n<a><b/></a>\n", "line 1: this is no path cache", "33"},
         {good.substr(0, good.find(" name=\"sub\"")), "line 11: cut off", "33"},
         {good.substr(0, good.find(" <D name=\"B\"")), "line 13: missing: the file has been cut off", "33"},
         {with("1.2", "1.3"), "line 1: version 1.3; only 1.2 is known", "00"},
-        {with("<d", "<e"), "line 11: no line of a path cache, or not indented as it must be here", "33"},
-        {with("  <d", "<d"), "line 11: no line of a path cache, or not indented as it must be here", "00"},
+        {with("<d", "<e"), "line 11: " + odd, "33"},
+        {with("  <d", "<d"), "line 11: " + odd, "00"},
         {with("sub", "s&lt;"), "line 11: the name holds one of \" & <", "00"},
         {with("sub", ""), "line 11: the name is empty", "00"},
         {with("name=\"B\"", "name=\"A\""), "line 13: the folder A has been there before", "03"},
@@ -278,21 +250,18 @@ TEST(Cache, IsReadStrictlyByTheToolAndUsedAsFarAsTheLibraryUnderstandsIt) {
         {with("plot.p", "x/plot.p"), "line 17: an entry has a bare name, without its folder", "00"},
         {good + "\n", "line 21: nothing may stand behind the end", "00"},
     };
-    for (const Case& item : cases) {
-        world.tree.Write("tb.xml", item.text);
-        const std::string answer = std::string("ovsel: ../tb.xml: ") + item.message + "\n-> 1\n";
-        EXPECT_EQ(world.tool("cache show ../tb.xml").All() + Ask(world.tool, Verify).All(), answer + answer);
+    for (const auto& [text, message, usable] : cases) {
+        world.tree.Write("tb.xml", text);
+        const std::string answer = "ovsel: ../tb.xml: " + message + "\n-> 1\n";
+        EXPECT_EQ(world.tool("cache show ../tb.xml").All() + world.tool.Ask(Verify).All(), answer + answer);
         std::string statuses;
-        for (const char* mode : {"", "vfs"}) {
+        for (const char* mode : {"vfs", ""}) {
             world.tool.environment["PATH_MGR_MODE"] = mode;
-            const Outcome used = AskCache(world.tool, "dirs");
-            statuses += std::to_string(used.status);
-            if (used.status != 0)
-                EXPECT_NE(used.err.find(std::string("--cache ../tb.xml: ") + item.message),
-                          std::string::npos);
+            const Outcome used = world.tool.Ask("dirs" + FromCache);
+            statuses.insert(0, std::to_string(used.status));
+            EXPECT_EQ(used.err.find("--cache ../tb.xml: " + message) != std::string::npos, used.status != 0);
         }
-        EXPECT_EQ(statuses, item.usable) << item.message;
-        world.tool.environment.erase("PATH_MGR_MODE");
+        EXPECT_EQ(statuses, usable) << message;
     }
     // Whatever is missing, the line where it ends is named.
     for (std::size_t length = 0; length < good.size(); ++length) {
@@ -319,41 +288,35 @@ TEST(Cache, IsNotWaitedForWhereItIsNoFileAndItsPrefixIsChecked) {
                                                          {"../locked", "Permission denied"}};
     for (const auto& [file, reason] : files) {
         const std::string answer = fmt::format("{}: {}\n-> 3\n", file, reason);
-        EXPECT_EQ(Ask(world.tool, "cache show " + file).All(), "ovsel: " + answer);
-        EXPECT_EQ(Ask(world.tool, "cache verify " + file + Prefix).All(), "ovsel: " + answer);
-        EXPECT_EQ(Ask(world.tool, "dirs --cache " + file + Prefix).All(), "ovsel: --cache " + answer);
+        EXPECT_EQ(world.tool.Ask("cache show " + file).All(), "ovsel: " + answer);
+        EXPECT_EQ(world.tool.Ask("cache verify " + file + Prefix).All(), "ovsel: " + answer);
+        EXPECT_EQ(world.tool.Ask("dirs --cache " + file + Prefix).All(), "ovsel: --cache " + answer);
     }
     const std::string dirs = "dirs --cache ../tb.xml";
     const std::string unused =
-        "ovsel: note: no folder of the path lies under --prefix, so that nothing comes from the cache\n";
-    struct Case {
-        std::string command;
-        int status;
-        std::string message;
-    };
-    const Case cases[] = {
+        "note: no folder of the path lies under --prefix, so that nothing comes from the cache\n";
+    const std::tuple<std::string, int, std::string> cases[] = {
         {dirs + " --prefix ..///", 0, ""},
         {dirs + " --prefix " + world.tree.Root() + "/a/../", 0, ""},
         {dirs + " --prefix ../a", 0, unused},
         {dirs + " --prefix ../A", 0, unused},
         {"cache verify ../tb.xml --prefix ../B", 1, ""},
-        {dirs + " --prefix /" + std::string(1020, 'x'), 2, "ovsel: --prefix: longer than 1022 characters\n"},
-        {dirs + " --prefix /", 2, "ovsel: --prefix /: a whole root cannot be a prefix\n"},
-        {dirs, 2, "ovsel: --cache needs --prefix DIR, the folder that it was written for\n"},
-        {"dirs --prefix ..", 2, "ovsel: --prefix needs --cache FILE\n"},
+        {dirs + " --prefix /" + std::string(1020, 'x'), 2, "--prefix: longer than 1022 characters\n"},
+        {dirs + " --prefix /", 2, "--prefix /: a whole root cannot be a prefix\n"},
+        {dirs, 2, "--cache needs --prefix DIR, the folder that it was written for\n"},
+        {"dirs --prefix ..", 2, "--prefix needs --cache FILE\n"},
         {"cache verify ../tb.xml", 2,
-         "ovsel: a cache is written and verified with --prefix DIR, the folder that it is about\n"},
+         "a cache is written and verified with --prefix DIR, the folder that it is about\n"},
         {"cache write ../n.xml --prefix ../A", 3,
-         "ovsel: note: the folder of --prefix itself is not part of a cache; with the one above as prefix it "
-         "is\novsel: no folder of the path lies under --prefix ../A; nothing is written\n"},
+         "note: the folder of --prefix itself is not part of a cache; with the one above as prefix it is\n"
+         "ovsel: no folder of the path lies under --prefix ../A; nothing is written\n"},
         {"cache wirte ../n.xml", 2,
-         "ovsel: there is no command wirte\novsel: did you mean write?\novsel: ovsel --help shows how it is "
-         "used\n"},
+         "there is no command wirte\novsel: did you mean write?\novsel: ovsel --help shows how it is used\n"},
     };
-    for (const Case& item : cases) {
-        const Outcome outcome = Ask(world.tool, item.command);
-        EXPECT_EQ(outcome.status, item.status) << item.command;
-        EXPECT_EQ(outcome.err, item.message);
+    for (const auto& [command, status, message] : cases) {
+        const Outcome outcome = world.tool.Ask(command);
+        EXPECT_EQ(outcome.status, status) << command;
+        EXPECT_EQ(outcome.err, message.empty() ? "" : "ovsel: " + message);
     }
 }
 

@@ -1,20 +1,12 @@
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
 #include "run_tool.hpp"
 
 namespace {
 
-using nlohmann::json;
-using test::Outcome;
-using test::Records;
-using test::TempTree;
-using test::Tool;
+using namespace test;
 
 /// The folders of the path in order, separated by blanks, the current directory left out.
-std::string PathOf(const Tool& tool, std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), {"dirs", "--json"});
-    const json document = json::parse(tool(arguments).out);
+std::string PathOf(const Tool& tool, const std::string& arguments) {
+    const json document = tool.Json("dirs " + arguments);
     std::string names;
     for (const json& folder : document["folders"])
         if (folder["kind"] == "path")
@@ -27,15 +19,15 @@ TEST(Path, KeepsTheOrderOfTheCommandLineAcrossKindsOfSources) {
                   "b/private/", "b/z -> ../a", "c/",   "d/",      "e/"};
     Tool tool{.cwd = tree.Root(), .environment = {{"OVSEL_PATH", "d::./e/:a"}}, .root = tree.Root()};
     tree.Write("list", "# folders\nc\n\nb/../e/\n");
-    const std::pair<std::vector<std::string>, const char*> cases[] = {
-        {{"-p", "c", "-r", "b", "-p", "a"}, "c b b/w b/x b/x/y a d e "},
-        {{"-r", "b", "--path-file", "list", "--path=a"}, "b b/w b/x b/x/y c e a d "},
-        {{"-p", "./a//", "-p", tree.Path("a"), "-p", "c/../a/."}, "a d e "},
-        {{"-p", "C:" + tree.Root() + "/e"}, "e d a "},
+    const std::pair<std::string, const char*> cases[] = {
+        {"-p c -r b -p a", "c b b/w b/x b/x/y a d e "},
+        {"-r b --path-file list --path=a", "b b/w b/x b/x/y c e a d "},
+        {"-p ./a// -p " + tree.Path("a") + " -p c/../a/.", "a d e "},
+        {"-p C:" + tree.Root() + "/e", "e d a "},
     };
     for (const auto& [arguments, path] : cases)
         EXPECT_EQ(PathOf(tool, arguments), path);
-    EXPECT_EQ(tool({"-p", "c", "dirs", "-0", "-p", "b"}).out.substr(tree.Root().size() + 1),
+    EXPECT_EQ(tool("-p c dirs -0 -p b").out.substr(tree.Root().size() + 1),
               Records({"c", "b", "d", "e", "a"}))
         << "options may stand before the command as well";
 }
@@ -57,15 +49,16 @@ TEST(Path, WarnsOfUnusableFoldersAndGoesOn) {
         std::replace(system.begin(), system.end(), '/', '\\');
         return system + "\n";
     };
-    EXPECT_EQ(
-        tool("which a -p missing -p file -p good/@C -p good/+p -p good/private -p od\\d -p good").All(),
-        "good/a.p\n"
-        "ovsel: missing: Name is nonexistent or not a directory: " +
-            name("missing") + "ovsel: file: Name is nonexistent or not a directory: " + name("file") +
-            "ovsel: good/@C: Class directories are not allowed on the path: " + name("good/@C") +
-            "ovsel: good/+p: Package directories are not allowed on the path: " + name("good/+p") +
-            "ovsel: good/private: Private directories are not allowed on the path: " + name("good/private") +
-            "ovsel: od\\d: left out: no mapped root holds it, or there is a \\ or : in its name\n");
+    std::string warnings;
+    for (const auto& [folder, reason] : {std::pair("missing", "Name is nonexistent or not a directory"),
+                                         {"file", "Name is nonexistent or not a directory"},
+                                         {"good/@C", "Class directories are not allowed on the path"},
+                                         {"good/+p", "Package directories are not allowed on the path"},
+                                         {"good/private", "Private directories are not allowed on the path"}})
+        warnings += "ovsel: " + std::string(folder) + ": " + reason + ": " + name(folder);
+    EXPECT_EQ(tool("which a -p missing -p file -p good/@C -p good/+p -p good/private -p od\\d -p good").All(),
+              "good/a.p\n" + warnings +
+                  "ovsel: od\\d: left out: no mapped root holds it, or there is a \\ or : in its name\n");
     const Outcome nothing = tool("which a -p missing -p file");
     EXPECT_EQ(nothing.status, 3);
     EXPECT_EQ(nothing.out, "");
@@ -97,9 +90,8 @@ TEST(Path, StandsAThousandNestedFoldersAndAFolderOfManyFiles) {
         tree.Write("many/f" + std::to_string(i) + ".p", "");
     const Tool tool{.cwd = tree.Path("many"), .root = tree.Root()};
     EXPECT_EQ(tool("which -r ../deep last f1999 --no-cwd -p .").All(), nested + "/last.p\nmany/f1999.p\n");
-    const json totals = json::parse(tool("dirs --json -r ../deep").out)["totals"];
-    EXPECT_EQ(totals, json::parse(R"({"files": 2001, "classes": 0, "packages": 0, "private_files": 0,
-                                      "subfolders": 1000})"));
+    EXPECT_EQ(tool.Json("dirs -r ../deep")["totals"].dump(),
+              R"({"classes":0,"files":2001,"packages":0,"private_files":0,"subfolders":1000})");
 }
 
 TEST(Path, FollowsPackagesAsDeepAsTheyGo) {

@@ -1,6 +1,3 @@
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
 #include <linux_hooks/linux_hooks.hpp>
 #include <linux_host/linux_host.hpp>
 #include <ovsel/ovsel.hpp>
@@ -11,20 +8,11 @@
 
 namespace {
 
-using nlohmann::json;
-using test::DemoWorld;
-using test::Outcome;
-using test::Records;
-using test::TempTree;
-using test::Tool;
+using namespace test;
 
 TEST(ExitStatus, TellsTheOutcomesApart) {
-    struct Case {
-        std::vector<std::string> arguments;
-        int status;
-        const char* firstLine; ///< of standard error, behind the tool's name
-    };
-    const Case cases[] = {
+    // Arguments, the status, and the first line of standard error behind the tool's name.
+    const std::tuple<std::vector<std::string>, int, const char*> cases[] = {
         {{"tree"}, 0, ""},
         {{"--version"}, 0, ""},
         {{"which", "--help"}, 0, ""},
@@ -37,7 +25,7 @@ TEST(ExitStatus, TellsTheOutcomesApart) {
         {{"which", "[plot]"}, 2, "a NAME in brackets, [plot], needs its extension"},
         {{"which", "x", "--scope", "y"}, 2, "--scope is one of all|dir|method|path|private|visible, not y"},
         {{"which", "plot", "--scope", "dir"}, 2, "--scope private and --scope dir need --from FILE"},
-        {{"tree", "--depth", "-1"}, 2, nullptr},
+        {{"tree", "--depth", "-1"}, 2, ""},
         {{"tree", "--mount", "X"}, 2, "--mount: X is not ROOT=FOLDER[:fixed|remote|detect]"},
         {{"tree", "--mount", "X:=/:y"}, 2, "--mount: X:=/:y does not end in fixed, remote or detect"},
         {{"tree", "--mount", "XY=/"}, 2, "--mount: XY is no root such as X: or \\\\server\\share"},
@@ -51,11 +39,11 @@ TEST(ExitStatus, TellsTheOutcomesApart) {
     world.tool.cwd = world.tree.Root();
     for (const auto& [arguments, status, firstLine] : cases) {
         const Outcome outcome = world.tool(arguments);
-        const std::string label = testing::PrintToString(arguments);
-        EXPECT_EQ(outcome.status, status) << label << outcome.err;
-        const std::string line = outcome.err.substr(0, outcome.err.find('\n'));
-        if (firstLine != nullptr)
-            EXPECT_EQ(line, status == 0 ? "" : std::string("ovsel: ") + firstLine) << label;
+        const std::string label = testing::PrintToString(arguments) + outcome.err;
+        EXPECT_EQ(outcome.status, status) << label;
+        EXPECT_EQ(outcome.err.empty(), status == 0) << label;
+        const std::string line = *firstLine ? "ovsel: " + std::string(firstLine) + "\n" : "";
+        EXPECT_TRUE(outcome.err.starts_with(line)) << label;
     }
     EXPECT_NE(world.tool("wich plot").err.find("did you mean which or watch?\n"), std::string::npos);
 }
@@ -103,7 +91,7 @@ TEST(Output, NeverLetsOddNamesThrough) {
                                               "|-- $'new\\nline.p'\n"
                                               "`-- \xC3\xA4.p\n");
     EXPECT_EQ(tool({"which", "new\nline", "bad\xFF", "-0"}).out, Records({"a/new\nline.p", "a/bad\xFF.p"}));
-    const json answers = json::parse(tool({"which", "bad\xFF", "\xC3\xA4", "--json"}).out)["answers"];
+    const json answers = tool.Json("which bad\xFF \xC3\xA4")["answers"];
     EXPECT_EQ(answers[0]["query"], json::parse(R"({"bytes": "YmFk/w=="})"));
     EXPECT_TRUE(answers[0]["winner"]["path"].contains("bytes"));
     EXPECT_EQ(answers[1]["winner"]["path"], "a/\xC3\xA4.p");
@@ -112,8 +100,7 @@ TEST(Output, NeverLetsOddNamesThrough) {
 }
 
 TEST(Output, PutsStatisticsOnStandardErrorOnly) {
-    const DemoWorld world;
-    const Outcome outcome = world.tool({"which", "gfx/plot", "--stats"});
+    const Outcome outcome = DemoWorld().tool("which gfx/plot --stats");
     EXPECT_EQ(outcome.out, "A/+gfx/plot.sv\n");
     EXPECT_NE(outcome.err.find(": 2 folders on the path, 8 files, 6 listings"), std::string::npos)
         << outcome.err;

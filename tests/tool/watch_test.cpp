@@ -1,16 +1,8 @@
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
 #include "run_tool.hpp"
 
 namespace {
 
-using nlohmann::json;
-using test::DemoWorld;
-using test::Outcome;
-using test::RunningTool;
-using test::TempTree;
-using test::Tool;
+using namespace test;
 
 /// Skips to the next object of that event and shows it as `word word ...`, null as `-`.
 std::string Next(RunningTool& tool, const std::string& event) {
@@ -94,12 +86,11 @@ TEST(Watch, LooksOnceWhereAScriptWantsIt) {
     world.tree.Rename("A/@plot", "moved");
     const Outcome outcome = tool.Finish();
     EXPECT_EQ(outcome.out.find("removed  A/@plot\n"), outcome.out.find("removed")) << outcome.out;
-    const std::string meaning = "plot now means C/plot.p (current directory); it was A/@plot/plot.sv\n";
     EXPECT_NE(outcome.out.find("loaded   A\n"), std::string::npos) << outcome.out;
+    const std::string meaning = "plot now means C/plot.p (current directory); it was A/@plot/plot.sv\n";
     EXPECT_TRUE(outcome.out.ends_with(meaning)) << outcome.out;
-    EXPECT_EQ(outcome.err, "");
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(world.tool({"watch", "--once", "--interval", "1ms", "-0"}).out, "");
+    EXPECT_EQ(outcome.err + std::to_string(outcome.status), "0");
+    EXPECT_EQ(world.tool("watch --once --interval 1ms -0").out, "");
 }
 
 TEST(Watch, SaysOnceWhichFoldersAreNotNotifiedAndDoesNotTellThemAtEachLook) {
@@ -110,18 +101,17 @@ TEST(Watch, SaysOnceWhichFoldersAreNotNotifiedAndDoesNotTellThemAtEachLook) {
                                "/proc/sys/kernel/random"});
     const json first = json::parse(running.NextLine().value());
     EXPECT_EQ(first["polled"], 3);
-    EXPECT_EQ(
-        first["unnotified"],
-        json::parse(R"([{"reason": "local_refused", "check": "reread", "folders": 2, "example": "/proc/sys"},
-                              {"reason": "remote_unsupported", "check": "by_time", "folders": 1,
-                               "example": "/proc/sys/kernel/random"}])"));
+    EXPECT_EQ(first["unnotified"], json::parse(R"([
+        {"reason": "local_refused", "check": "reread", "folders": 2, "example": "/proc/sys"},
+        {"reason": "remote_unsupported", "check": "by_time", "folders": 1, "example": "/proc/sys/kernel/random"}
+    ])"));
     tree.Add({"a/late.sv"}); // many looks later than the first one
     EXPECT_EQ(NextAbout(running, "loaded", "a "), "a path ");
     const Outcome outcome = running.Finish(SIGINT);
     EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 3) << outcome.err;
     EXPECT_NE(outcome.err.find(" (and 1 more such folder)\n"), std::string::npos) << outcome.err;
-    EXPECT_EQ(tool({"dirs", "-p", "/proc/sys"}).err, "");
-    EXPECT_NE(tool({"dirs", "-p", "a", "--stats"}).err.find(" 0 change handles\n"), std::string::npos);
+    EXPECT_EQ(tool("dirs -p /proc/sys").err, "");
+    EXPECT_NE(tool("dirs -p a --stats").err.find(" 0 change handles\n"), std::string::npos);
 }
 
 TEST(Watch, EndsQuietlyWhenItsReaderGoesAndHeedsASignalWhenItsReaderSleeps) {
