@@ -10,6 +10,7 @@
 
 #include <ovsel/ovsel.hpp>
 
+#include "host_interfaces/filesystem.hpp"
 #include "linux_hooks/linux_hooks.hpp"
 #include "linux_host/linux_host.hpp"
 #include "support/temp_tree.hpp"
@@ -33,6 +34,7 @@ class CacheStart : public testing::Test {
     ~CacheStart() override {
         path = ovPath();
         ovTerminate();
+        fl::filesystem::current_path(before); // which the path has moved
         linux_host::DriveMap::Reset();
         linux_host::SetPrintSink({});
     }
@@ -55,6 +57,7 @@ class CacheStart : public testing::Test {
         return Join(all);
     }
 
+    const ustring before = fl::filesystem::current_path();
     test::TempTree tree{"cwd/",           "box/sig/plot.sv",         "box/sig/@plot/plot.sv",
                         "own/own.sv",     "box/sig/@plot/draw.sv",   "box/sig/private/plot.p",
                         "box/target.sv",  "box/img/+gfx/fill.sv",    "box/img/link.sv -> ../target.sv",
