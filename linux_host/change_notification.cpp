@@ -181,8 +181,9 @@ bool ChangeNotification::Attach(std::uint32_t number) {
             anchor = m_names.Attach(folder.path, number);
         }
         // The new watches come before the old ones go, so that those in both stay.
-        folder.anchor = anchor ? *std::move(anchor) : WatchedNames::Anchor();
-        if (!anchor || !Status(folder.path, status)) {
+        const bool attached = anchor.has_value();
+        folder.anchor = attached ? *std::move(anchor) : WatchedNames::Anchor();
+        if (!attached || !Status(folder.path, status)) {
             break;
         }
         if (folder.anchor.IsFolder(status)) {

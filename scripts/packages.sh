@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Sourced by the scripts beside it: the Debian packages that a build needs.
+# Sourced by the scripts beside it: the Debian packages that a build needs, and what single scripts need beyond.
 
 ovsel_packages=(
   g++ clang libclang-rt-14-dev cmake ninja-build make pkgconf dpkg-dev
@@ -8,11 +8,20 @@ ovsel_packages=(
   libcli11-dev nlohmann-json3-dev libfmt-dev
   doxygen groff-base strace
 )
+ovsel_packages_lint=(clang-tidy-14 cppcheck jq)
+ovsel_packages_coverage=(gcovr)
+ovsel_packages_valgrind=(valgrind)
 
-# Installs what is missing and asks nobody anything; does nothing at all when everything is there.
+# install_packages [GROUP...]: what a build needs, and what stands above for each group. Installs what is missing
+# and asks nobody anything; does nothing at all when everything is there.
+# shellcheck disable=SC2120 # groups may be missing
 install_packages() {
-  local missing=() package
-  for package in "${ovsel_packages[@]}"; do
+  local wanted=("${ovsel_packages[@]}") missing=() group package
+  for group in "$@"; do
+    local -n packages_of_group=ovsel_packages_$group
+    wanted+=("${packages_of_group[@]}")
+  done
+  for package in "${wanted[@]}"; do
     if [[ $(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) != installed ]]; then
       missing+=("$package")
     fi

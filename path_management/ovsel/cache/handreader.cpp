@@ -5,6 +5,7 @@
 #include <new>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "host_interfaces/filesystem.hpp"
 #include "host_interfaces/text.hpp"
@@ -25,10 +26,9 @@ using FileHandle = std::unique_ptr<std::FILE, CloseFile>;
 
 /// @pre @p file stands at its beginning, and does so again.
 bool IsTooLarge(std::FILE* file) {
-    const bool large = std::fseek(file, 0, SEEK_END) != 0 || std::ftell(file) < 0 ||
-                       static_cast<std::size_t>(std::ftell(file)) > MostCacheBytes;
+    const long size = std::fseek(file, 0, SEEK_END) == 0 ? std::ftell(file) : -1;
     std::rewind(file);
-    return large;
+    return size < 0 || std::cmp_greater(size, MostCacheBytes);
 }
 
 /// The bytes of a file, line by line.

@@ -60,7 +60,7 @@ ustring DateText() {
 } // namespace
 
 PathCacheWriter::PathCacheWriter(ovPath path, std::ostream& stream, ustring date)
-    : m_path(std::move(path)),
+    : m_path(path),
       m_stream(stream),
       m_date(std::move(date)),
       m_converter("UTF-8"),

@@ -117,7 +117,8 @@ void Parse(const ustring& text, CachedDirMap& contents) {
 
 } // namespace
 
-bool ReadCacheFileXML(const ovPath& path, vfs::AbsoluteIRI fileLocation, vfs::AbsoluteIRI rootLocation) {
+bool ReadCacheFileXML(const ovPath& path, const vfs::AbsoluteIRI& fileLocation,
+                      const vfs::AbsoluteIRI& rootLocation) {
     const ustring text = ReadText(path, fileLocation);
     CachedDirMap contents;
     Parse(text, contents);

@@ -11,7 +11,7 @@ namespace Quorrant::ovsel {
 /// address is ever followed.
 /// @return true
 /// @throws fl::i18n::MessageException unableToLoadCache, pathCacheXMLParseError
-bool ReadCacheFileXML(const ovPath& path, foundation::storage::vfs::AbsoluteIRI fileLocation,
-                      foundation::storage::vfs::AbsoluteIRI rootLocation);
+bool ReadCacheFileXML(const ovPath& path, const foundation::storage::vfs::AbsoluteIRI& fileLocation,
+                      const foundation::storage::vfs::AbsoluteIRI& rootLocation);
 
 } // namespace Quorrant::ovsel

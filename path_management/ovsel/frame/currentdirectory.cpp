@@ -35,6 +35,7 @@ class Raised {
 /// The text for the result of an accessibility test or of a change of the process's directory; null for
 /// success.
 const char* ErrorText(ovDirAccessibility result) {
+    // cppcheck-suppress missingReturn ; it does not know that the fatal end never comes back
     switch (result) {
     case ovDirAccessible:
         return nullptr;

@@ -31,6 +31,7 @@ PathNameStorage& PathNameStorage::Get() {
     PathNameStorage* storage = Find();
     if (storage == nullptr)
         HOST_FATAL("no default path name in this scope");
+    // cppcheck-suppress nullPointerRedundantCheck ; it does not know that the fatal end never comes back
     return *storage;
 }
 
