@@ -19,12 +19,12 @@ bool IsComparable(const std::string& file) {
 }
 
 /// A name as an XML parser hands it out: the end of a line is one blank, and so is a tabulator.
-std::string Normalized(std::string name) {
-    for (std::size_t at; (at = name.find("\r\n")) != name.npos;)
-        name.erase(at, 1);
-    std::ranges::replace_if(
-        name, [](char c) { return c < ' '; }, ' ');
-    return name;
+std::string Normalized(const std::string& name) {
+    std::string result;
+    for (std::size_t i = 0; i < name.size(); ++i)
+        if (name[i] != '\r' || name[i + 1] != '\n')
+            result += name[i] < ' ' ? ' ' : name[i];
+    return result;
 }
 
 /// A directory counts by its last element: one reader keeps the rest.
