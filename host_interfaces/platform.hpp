@@ -91,6 +91,9 @@ class OVSEL_HOST_API IPlatform {
     /// A refresh of many folders stands between the two. A host may take its news in at the beginning and
     /// answer each wait of no time from memory until the end. The pairs do not nest.
     virtual void BeginChangeChecks() {}
+    /// Between the two: may a wait of no time on any handle answer other than WaitTimeout? A host that does
+    /// not keep account of that says true, and each handle is asked.
+    virtual bool HasNews() { return true; }
     /// The end of what BeginChangeChecks began, also when a refresh ends by an exception.
     virtual void EndChangeChecks() {}
 

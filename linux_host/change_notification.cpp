@@ -86,6 +86,7 @@ bool ChangeNotification::Rearm(host::ChangeHandle handle) {
         return false;
     }
     state->signalled = false;
+    m_mayHaveNews = true; // it may turn out to be dead
     // The mount table tells of mounts; where there is none to be read, this is the last occasion to notice.
     state->dead = state->dead || !LeadsToItsFolder(NumberOf(*state));
     return true;
@@ -141,6 +142,12 @@ void ChangeNotification::BeginChecks() {
     m_checking = true;
 }
 
+bool ChangeNotification::HasNews() {
+    const auto speaks = [](const State& s) { return s.open && (s.signalled || s.dead || s.blind); };
+    m_mayHaveNews = m_mayHaveNews && std::any_of(m_states.begin(), m_states.end(), speaks);
+    return m_mayHaveNews || !m_checking;
+}
+
 ChangeNotification::State* ChangeNotification::Find(host::ChangeHandle handle) {
     const auto number = static_cast<std::uint32_t>(handle);
     if (number >= m_states.size()) {
@@ -187,6 +194,7 @@ bool ChangeNotification::Attach(std::uint32_t number) {
             break;
         }
         if (folder.anchor.IsFolder(status)) {
+            m_mayHaveNews = true;
             m_states[number] = {.generation = m_states[number].generation,
                                 .open = m_states[number].open,
                                 .signalled = !IsAsListed(status),

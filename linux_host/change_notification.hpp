@@ -37,6 +37,8 @@ class ChangeNotification final : private NameListener {
     /// unless its name must be asked (WatchedNames::Anchor::IsBlind).
     void BeginChecks();
     void EndChecks() { m_checking = false; }
+    /// Walks over the handles once, when something has happened since it last found nothing.
+    bool HasNews();
 
     /// Closes the descriptors until the next handle is opened. @pre no handle is open.
     void Restart() { m_names.Close(); }
@@ -56,8 +58,14 @@ class ChangeNotification final : private NameListener {
         WatchedNames::Anchor anchor;
     };
 
-    void Changed(std::uint32_t number) override { m_states[number].signalled = true; }
-    void Lost(std::uint32_t number) override { m_states[number].dead = true; }
+    void Changed(std::uint32_t number) override {
+        m_states[number].signalled = true;
+        m_mayHaveNews = true;
+    }
+    void Lost(std::uint32_t number) override {
+        m_states[number].dead = true;
+        m_mayHaveNews = true;
+    }
 
     State* Find(host::ChangeHandle handle);
     std::uint32_t NumberOf(const State& state) const;
@@ -74,6 +82,7 @@ class ChangeNotification final : private NameListener {
     std::vector<Folder> m_folders;     ///< by the same number
     std::vector<std::uint32_t> m_free; ///< numbers of closed handles, with room for all
     bool m_checking = false;
+    bool m_mayHaveNews = false; ///< false: no open handle is signalled, dead or blind
 };
 
 /// The faults that tests have ordered.

@@ -71,6 +71,7 @@ class LinuxPlatform final : public IPlatform {
         return Changes().Wait(handle, milliseconds);
     }
     void BeginChangeChecks() override { Changes().BeginChecks(); }
+    bool HasNews() override { return Changes().HasNews(); }
     void EndChangeChecks() override { Changes().EndChecks(); }
 
     bool WriteProbeFile(const ustring& name, std::string_view text) override {

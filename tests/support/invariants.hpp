@@ -79,6 +79,7 @@ class InvariantCheck {
             if (previous)
                 CheckNeighbours(*previous, *item);
         }
+        Expect(info.GetEnds(category).last == previous, "end of a chain of " + N(info.GetKey()));
         return length;
     }
     /// Orders rise; what was linked later, and so stands later in its directory, comes first.

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 #include <boost/function.hpp>
 
@@ -85,6 +86,8 @@ class IPathManager {
     /// 64 units.
     virtual PathNameInfo* FindNameInfo(std::u16string_view name) const = 0;
     virtual PathNameInfo* AddNameInfo(std::u16string_view name, std::int32_t& spelling) = 0;
+    /// See NameTable::IsAscii.
+    virtual bool HasAsciiNamesOnly() const = 0;
     /// Deletes @p info, whose chains must be empty.
     virtual void RemoveNameInfo(PathNameInfo* info) = 0;
 
@@ -111,6 +114,10 @@ class IPathManager {
     virtual void RegisterDirRecord(PathDirItemInfo* record) = 0;
     virtual void UnregisterDirRecord(PathDirItemInfo* record) = 0;
     virtual NullDirItemInfo* GetNullDir() const = 0;
+    /// Path-level records as long as they are in a chain, by full name; see FullNameIndex.
+    virtual void EnterFullName(PathDirItemInfo* record) = 0;
+    virtual void LeaveFullName(PathDirItemInfo* record) = 0;
+    virtual std::optional<PathDirItemInfo*> FindByFullName(std::u16string_view fullName) const = 0;
     /// The current directory's record, or the null record when there is none.
     virtual PathDirItemInfo* GetCWD() const = 0;
     virtual const char* SetCWD(const ustring& name) = 0;
@@ -132,6 +139,11 @@ class IPathManager {
     virtual PathDirItemInfo* GetPathEntry(int index) const = 0;
     virtual bool ReplacePath(const ustring& path) = 0;
     virtual void RefreshAllDirectories(ovDirRefreshType type) = 0;
+    /// Is each directory of the path frozen, or loaded and checked by nothing but its handle? A refresh that
+    /// finds it so, and the host without news, need not look at any of them.
+    virtual bool IsSettled() const = 0;
+    /// A refresh supposes it at its beginning; whoever leaves a directory in another state takes it back.
+    virtual void SetSettled(bool settled) = 0;
     /// Marks every directory of the path as @p state, DirRecheck or DirChanged.
     virtual void SetAllChanged(DirState state) = 0;
 

@@ -8,6 +8,7 @@
 #include "ovsel/frame/messages.hpp"
 #include "ovsel/frame/pathinfo.hpp"
 #include "ovsel/frame/pathregistry.hpp"
+#include "ovsel/lookup/fullnameindex.hpp"
 #include "ovsel/lookup/fullnamelookup.hpp"
 #include "ovsel/lookup/nametable.hpp"
 #include "ovsel/model/nulldiriteminfo.hpp"
@@ -22,6 +23,7 @@ namespace vfs = foundation::storage::vfs;
 PathMgr::PathMgr(const char* name, const char16_t* preFrozenPrefix, ovCaseSensitivity caseSensitivity,
                  bool disableTempFileProbe)
     : m_nameIndex(std::make_unique<NameTable>()),
+      m_fullNameIndex(std::make_unique<FullNameIndex>()),
       m_pathInfo(std::make_shared<PathInfo>(this)),
       m_isCaseSensitive(caseSensitivity == ovCaseSensitive),
       m_hooks(IOHooks::Defaults()),
@@ -112,6 +114,16 @@ PathNameInfo* PathMgr::AddNameInfo(std::u16string_view name, std::int32_t& spell
 }
 
 void PathMgr::RemoveNameInfo(PathNameInfo* info) { m_nameIndex->Remove(info); }
+
+bool PathMgr::HasAsciiNamesOnly() const { return m_nameIndex->IsAscii(); }
+
+void PathMgr::EnterFullName(PathDirItemInfo* record) { m_fullNameIndex->Enter(record); }
+
+void PathMgr::LeaveFullName(PathDirItemInfo* record) { m_fullNameIndex->Leave(record); }
+
+std::optional<PathDirItemInfo*> PathMgr::FindByFullName(std::u16string_view fullName) const {
+    return m_fullNameIndex->Find(fullName, m_isCaseSensitive);
+}
 
 void PathMgr::SetIOFcns(ovReadDirectoryFcn readDirectory, ovDirAccessibilityFcn dirAccessibility,
                         ovReservedIOFcn reserved, ovDirExistsFcn dirExists, ovFileTimeFcn fileTime) {

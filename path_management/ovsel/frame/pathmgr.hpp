@@ -9,6 +9,7 @@
 #include "ovsel/frame/iohooks.hpp"
 #include "ovsel/frame/ipathmanager.hpp"
 
+class FullNameIndex;
 class NameTable;
 
 /// One named search path; the one implementation of IPathManager.
@@ -70,6 +71,7 @@ class PathMgr final : public IPathManager {
 
     PathNameInfo* FindNameInfo(std::u16string_view name) const override;
     PathNameInfo* AddNameInfo(std::u16string_view name, std::int32_t& spelling) override;
+    bool HasAsciiNamesOnly() const override;
     void RemoveNameInfo(PathNameInfo* info) override;
 
     void SetIOFcns(ovReadDirectoryFcn readDirectory, ovDirAccessibilityFcn dirAccessibility,
@@ -91,6 +93,9 @@ class PathMgr final : public IPathManager {
     int GetPathEntryCount() const override;
     void RegisterDirRecord(PathDirItemInfo* record) override { m_dirRecords.push_back(record); }
     void UnregisterDirRecord(PathDirItemInfo* record) override;
+    void EnterFullName(PathDirItemInfo* record) override;
+    void LeaveFullName(PathDirItemInfo* record) override;
+    std::optional<PathDirItemInfo*> FindByFullName(std::u16string_view fullName) const override;
     NullDirItemInfo* GetNullDir() const override;
     PathDirItemInfo* GetCWD() const override;
     const char* SetCWD(const ustring& name) override;
@@ -110,6 +115,8 @@ class PathMgr final : public IPathManager {
     PathDirItemInfo* GetPathEntry(int index) const override;
     bool ReplacePath(const ustring& path) override;
     void RefreshAllDirectories(ovDirRefreshType type) override;
+    bool IsSettled() const override { return Flag(Settled); }
+    void SetSettled(bool settled) override { SetFlag(Settled, settled); }
     void SetAllChanged(DirState state) override;
 
     PathDirItemInfo* FindDirByIRI(const foundation::storage::vfs::AbsoluteIRI& location,
@@ -149,6 +156,7 @@ class PathMgr final : public IPathManager {
         FreezeAllAddedDirectories = 0x04,
         CWDHidden = 0x08,
         TempFileProbeDisabled = 0x10,
+        Settled = 0x20,
     };
 
     bool Flag(FlagBit bit) const { return (m_flags & bit) != 0; }
@@ -163,6 +171,7 @@ class PathMgr final : public IPathManager {
     bool m_isDying = false;
     bool m_isBeingRemoved = false;
     std::unique_ptr<NameTable> m_nameIndex;
+    std::unique_ptr<FullNameIndex> m_fullNameIndex;
     /// Shared with the operations that run on it: one of their callbacks may take the path out of service.
     std::shared_ptr<PathInfo> m_pathInfo;
     /// The null record first, then every path-level record that is alive.

@@ -1,5 +1,3 @@
-#include <utility>
-
 #include "ovsel/frame/ipathmanager.hpp"
 #include "ovsel/lookup/pathnameinfo.hpp"
 #include "ovsel/model/pathclassdiriteminfo.hpp"
@@ -16,90 +14,71 @@ void PathItemInfo::LinkAtHead() {
     m_pathDir->AddPendingItem(this); // first, since it may run out of memory
     m_pending = true;
     const NameCategory category = GetCategory();
-    m_next = m_nameInfo->GetChain(category);
-    m_prev = m_next ? std::exchange(m_next->m_prev, this) : this;
-    m_nameInfo->SetChain(category, this);
+    const PathNameInfo::Chain chain = m_nameInfo->GetEnds(category);
+    m_nameInfo->SetEnds(category, {this, chain.last ? chain.last : this});
+    m_next = chain.first;
+    if (m_next)
+        m_next->m_prev = this;
 }
 
-/// @return the head of the chain that is left.
-PathItemInfo* PathItemInfo::Unlink() {
-    PathItemInfo* head = m_nameInfo->GetChain(GetCategory());
-    if (head == this)
-        head = m_next;
-    else
-        m_prev->m_next = m_next;
-    if (m_next)
-        m_next->m_prev = m_prev;
-    else if (head)
-        head->m_prev = m_prev;
+void PathItemInfo::Unlink() {
+    PathNameInfo::Chain chain = m_nameInfo->GetEnds(GetCategory());
+    (m_prev ? m_prev->m_next : chain.first) = m_next;
+    (m_next ? m_next->m_prev : chain.last) = m_prev;
+    m_nameInfo->SetEnds(GetCategory(), chain);
     m_next = nullptr;
     m_prev = nullptr;
     m_linked = false;
     if (m_pending)
         m_pathDir->RemovePendingItem(this);
     m_pending = false;
-    return head;
 }
 
 void PathItemInfo::UnlinkFromNameInfo() {
-    m_nameInfo->SetChain(GetCategory(), Unlink());
+    Unlink();
     if (m_nameInfo->HasNoItems())
         GetManager()->RemoveNameInfo(m_nameInfo);
 }
 
 void PathItemInfo::PlaceInChain() {
-    if (m_prev == this)
-        return; // alone
     const std::int32_t order = GetOrderNumber();
-    PathItemInfo* const before = GetPrev();
+    PathItemInfo* const before = m_prev;
     const std::int32_t previous = before ? before->GetOrderNumber() : 0;
     if (order == previous)
         return;
     PathItemInfo* last = this;
     while (last->m_next && last->m_next->GetOrderNumber() == order)
         last = last->m_next;
-    PathItemInfo* const left = FindPlaceBehind(last, order);
+    PathItemInfo* const end = m_nameInfo->GetEnds(GetCategory()).last;
+    // A directory that was added last has its place at the end, which may be far.
+    const bool belongsLast = !end->m_pending && end->GetOrderNumber() < order;
+    // Pending neighbours of other directories have no place yet; a callback may have added them meanwhile.
+    PathItemInfo* left = belongsLast ? end : last;
+    while (left->m_next && (left->m_next->m_pending || left->m_next->GetOrderNumber() < order))
+        left = left->m_next;
     if (left != last) {
         MoveRun(last, left, left->m_next);
     } else if (before && order < previous) {
         PathItemInfo* right = before;
-        while (right->GetPrev() && right->m_prev->GetOrderNumber() > order)
+        while (right->m_prev && right->m_prev->GetOrderNumber() > order)
             right = right->m_prev;
-        MoveRun(last, right->GetPrev(), right);
+        MoveRun(last, right->m_prev, right);
     }
 }
 
-/// The item behind which the run that ends with @p last belongs; @p last if nothing behind it is in front of
-/// that place. Directories come mostly at the end of the path, and so do their items in a chain.
-PathItemInfo* PathItemInfo::FindPlaceBehind(PathItemInfo* last, std::int32_t order) const {
-    PathItemInfo* const tail = m_nameInfo->GetChain(GetCategory())->m_prev;
-    if (!tail->m_pending && tail->GetOrderNumber() < order)
-        return tail;
-    // Pending neighbours of other directories have no place yet; a callback may have added them meanwhile.
-    PathItemInfo* left = last;
-    while (left->m_next && (left->m_next->m_pending || left->m_next->GetOrderNumber() < order))
-        left = left->m_next;
-    return left;
-}
-
-/// Takes the run from this item to @p last out of the chain and puts it between two neighbours, one of which
-/// may be missing, at an end of the chain.
+/// Takes the run from this item to @p last out of the chain and puts it between two neighbours, either of
+/// which may be an end of the chain.
 void PathItemInfo::MoveRun(PathItemInfo* last, PathItemInfo* left, PathItemInfo* right) {
-    PathItemInfo* const before = GetPrev();
+    PathNameInfo::Chain chain = m_nameInfo->GetEnds(GetCategory());
+    PathItemInfo* const before = m_prev;
     PathItemInfo* const after = last->m_next;
-    PathItemInfo* rest = before ? m_nameInfo->GetChain(GetCategory()) : after; // its head; there are others
-    if (before)
-        before->m_next = after;
-    (after ? after : rest)->m_prev = m_prev;
-
-    m_prev = left ? left : rest->m_prev;
+    (before ? before->m_next : chain.first) = after;
+    (after ? after->m_prev : chain.last) = before;
+    m_prev = left;
     last->m_next = right;
-    if (left)
-        left->m_next = this;
-    else
-        rest = this;
-    (right ? right : rest)->m_prev = last;
-    m_nameInfo->SetChain(GetCategory(), rest);
+    (left ? left->m_next : chain.first) = this;
+    (right ? right->m_prev : chain.last) = last;
+    m_nameInfo->SetEnds(GetCategory(), chain);
 }
 
 void PathDirItemInfo::PlacePendingItems() {

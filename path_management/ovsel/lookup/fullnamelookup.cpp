@@ -27,6 +27,14 @@ bool FitsScope(std::int32_t order, DirScope scope) {
     return true;
 }
 
+/// Is the chain longer than a walk along it takes no time?
+bool HasMoreThanAFew(const PathItemInfo* first) {
+    int few = 4;
+    while (first && few-- > 0)
+        first = first->GetNext();
+    return first != nullptr;
+}
+
 const ustring& StoredNameOf(const PathItemInfo& pathDir) {
     return static_cast<const PathDirItemInfo&>(pathDir).GetStoredFullName();
 }
@@ -99,6 +107,14 @@ PathItemInfo* FullNameLookup::FindDirInChain(PathItemInfo* first, std::u16string
     return nullptr;
 }
 
+/// From @p first, the head of the chain of path-level records of one leaf.
+PathItemInfo* FullNameLookup::FindPathLevel(PathItemInfo* first, std::u16string_view fullName) const {
+    if (HasMoreThanAFew(first))
+        if (const auto found = m_manager.FindByFullName(fullName))
+            return *found;
+    return FindDirInChain(first, fullName);
+}
+
 PathDirItemInfo* FullNameLookup::FindPathDir(std::u16string_view fullName, DirScope scope) const {
     return FindPathDir(fullName, FilePartOf(fullName), scope);
 }
@@ -106,13 +122,11 @@ PathDirItemInfo* FullNameLookup::FindPathDir(std::u16string_view fullName, DirSc
 PathDirItemInfo* FullNameLookup::FindPathDir(std::u16string_view fullName, std::u16string_view leaf,
                                              DirScope scope) const {
     const PathNameInfo* info = m_manager.FindNameInfo(leaf);
-    PathItemInfo* item = info ? info->GetChain(NamePathDir) : nullptr;
-    while ((item = FindDirInChain(item, fullName))) {
-        if (FitsScope(item->GetOrderNumber(), scope))
-            return static_cast<PathDirItemInfo*>(item);
-        item = item->GetNext();
-    }
-    return nullptr;
+    PathItemInfo* item = FindPathLevel(info ? info->GetChain(NamePathDir) : nullptr, fullName);
+    // The current directory may stand on the path as well.
+    while (item && !FitsScope(item->GetOrderNumber(), scope))
+        item = FindDirInChain(item->GetNext(), fullName);
+    return static_cast<PathDirItemInfo*>(item);
 }
 
 PathItemInfo* FullNameLookup::FindDirOfType(std::u16string_view fullName, std::u16string_view leaf,
@@ -130,7 +144,7 @@ PathItemInfo* FullNameLookup::FindDirOfType(std::u16string_view fullName, std::u
     switch (type) {
     case ovDirTypeCWD:
     case ovDirTypePath:
-        return findIn(NamePathDir);
+        return FindPathLevel(info->GetChain(NamePathDir), fullName);
     case ovDirTypePackage:
         return findInEither(NamePackageDir, NameNestedPackageDir);
     case ovDirTypeClass:
@@ -197,6 +211,6 @@ PathItemInfo* FullNameLookup::FindPlain(std::u16string_view fullName) const {
     const PathNameInfo* info = m_manager.FindNameInfo(FilePartOf(fullName));
     if (!info)
         return nullptr;
-    PathItemInfo* found = FindDirInChain(info->GetChain(NamePathDir), fullName);
+    PathItemInfo* found = FindPathLevel(info->GetChain(NamePathDir), fullName);
     return found ? found : FindDirInChain(info->GetChain(NameSubDir), fullName);
 }

@@ -22,6 +22,7 @@ class FullNameLookup {
     PathItemInfo* FindDirOfType(std::u16string_view fullName, std::u16string_view leaf, ovDirType type) const;
 
   private:
+    PathItemInfo* FindPathLevel(PathItemInfo* first, std::u16string_view fullName) const;
     PathItemInfo* FindByForm(std::u16string_view fullName) const;
     PathItemInfo* FindPlain(std::u16string_view fullName) const;
     PathItemInfo* FindPrivateDir(std::u16string_view fullName) const;

@@ -131,9 +131,24 @@ DirScopeNameIteratorImpl::DirScopeNameIteratorImpl(IPathManager& manager, const 
       m_dir(dir),
       m_kind(info ? DirChildFile : DirChildGroupCount) {}
 
+/// Asks the index before all files are compared: a private directory is asked about every name, and hardly
+/// ever has it. A chain longer than the list of files tells no sooner than the list.
+bool DirScopeNameIteratorImpl::MayHoldFile() const {
+    if (!m_manager.HasAsciiNamesOnly())
+        return true; // equal names may stand under another key
+    const NameCategory category = m_dir->IsPathDir()                               ? NameFile
+                                  : m_dir->GetItemClass() == ItemClass::PrivateDir ? NamePrivateFile
+                                                                                   : NameNestedFile;
+    std::size_t left = m_dir->GetFiles().size();
+    for (const PathItemInfo* item = m_nameInfo->GetChain(category); item; item = item->GetNext())
+        if (item->GetParent() == *m_dir || left-- == 0)
+            return true;
+    return false;
+}
+
 PathItemInfo* DirScopeNameIteratorImpl::Next(CategoryMask, std::uint32_t itemKinds) {
     for (; m_kind < DirChildGroupCount; ++m_kind, m_index = 0) {
-        if (!HasBit(itemKinds, m_kind))
+        if (!HasBit(itemKinds, m_kind) || (m_kind == DirChildFile && m_index == 0 && !MayHoldFile()))
             continue;
         while ((m_current = m_dir->GetItem(m_kind, m_index))) {
             ++m_index;

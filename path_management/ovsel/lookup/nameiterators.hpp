@@ -95,6 +95,8 @@ class DirScopeNameIteratorImpl final : public NameIteratorImpl {
     void ItemRemoved() override { --m_index; }
 
   private:
+    bool MayHoldFile() const;
+
     ovDir m_dir;
     std::int32_t m_index = 0;
     std::int32_t m_kind;

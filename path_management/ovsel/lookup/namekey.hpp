@@ -16,11 +16,13 @@ class NameKey {
           m_hash(Mix(name.size() + 1)) {
         for (std::size_t i = 0; i < m_words.size(); ++i) {
             m_words[i] = Lowered(WordAt(name, i));
+            m_seen |= m_words[i];
             m_hash = Mix(m_hash ^ m_words[i]);
         }
     }
 
     std::uint64_t GetHash() const { return m_hash; }
+    bool IsAscii() const { return (m_seen & 0xff80'ff80'ff80'ff80) == 0; }
 
     /// Is this the key of @p name?
     bool IsKeyOf(std::u16string_view name) const {
@@ -69,4 +71,5 @@ class NameKey {
     boost::container::small_vector<std::uint64_t, usualWords> m_words;
     std::size_t m_size;
     std::uint64_t m_hash;
+    std::uint64_t m_seen = 0; ///< every bit that any word has
 };

@@ -14,6 +14,7 @@ PathNameInfo* NameTable::Add(std::u16string_view name, std::int32_t& spelling) {
     }
     auto info = PathNameInfo::Create(name);
     m_slots.insert({key.GetHash(), info.get()});
+    m_isAscii = m_isAscii && key.IsAscii();
     spelling = 0;
     return info.release();
 }

@@ -27,6 +27,9 @@ class NameTable {
     /// Deletes an entry.
     void Remove(PathNameInfo* info);
 
+    /// Has no name beyond ASCII ever been entered? Then names that compare equal, in whatever case, have one
+    /// key.
+    bool IsAscii() const { return m_isAscii; }
     std::size_t GetSize() const { return m_slots.size(); }
     template <class Visit>
     void ForEach(Visit visit) const {
@@ -56,4 +59,5 @@ class NameTable {
     };
 
     boost::unordered_flat_set<Slot, SlotHash, SlotEqual> m_slots; ///< owns the entries
+    bool m_isAscii = true;
 };

@@ -44,20 +44,17 @@ std::int32_t PathNameInfo::AddSpelling(std::u16string_view name) {
     return static_cast<std::int32_t>(index) + 1;
 }
 
-void PathNameInfo::SetChain(NameCategory category, PathItemInfo* head) {
-    if (category == m_category)
-        m_chain = head;
-    else if (m_more)
-        m_more->chains[static_cast<std::size_t>(category)] = head;
-    else if (m_chain)
-        GetMore().chains[static_cast<std::size_t>(category)] = head;
-    else {
+void PathNameInfo::SetEnds(NameCategory category, Chain chain) {
+    if (!m_chain.first && !m_more)
         m_category = category;
-        m_chain = head;
-    }
+    if (category == m_category)
+        m_chain = chain;
+    else
+        GetMore().chains[static_cast<std::size_t>(category)] = chain;
 }
 
 bool PathNameInfo::HasNoItems() const {
-    const auto isEmpty = [](const PathItemInfo* head) { return !head; };
-    return !m_chain && (!m_more || std::all_of(m_more->chains.begin(), m_more->chains.end(), isEmpty));
+    const auto isEmpty = [](const Chain& chain) { return !chain.first; };
+    return isEmpty(m_chain) &&
+           (!m_more || std::all_of(m_more->chains.begin(), m_more->chains.end(), isEmpty));
 }

@@ -52,19 +52,26 @@ class PathNameInfo {
     std::size_t GetSpellingCount() const { return m_more ? 1 + m_more->spellings.size() : 1; }
     std::int32_t AddSpelling(std::u16string_view name);
 
-    PathItemInfo* GetChain(NameCategory category) const {
+    /// Both ends, so that what belongs behind all others need not walk past them.
+    struct Chain {
+        PathItemInfo* first = nullptr;
+        PathItemInfo* last = nullptr;
+    };
+
+    PathItemInfo* GetChain(NameCategory category) const { return GetEnds(category).first; }
+    Chain GetEnds(NameCategory category) const {
         if (category == m_category)
             return m_chain;
-        return m_more ? m_more->chains[static_cast<std::size_t>(category)] : nullptr;
+        return m_more ? m_more->chains[static_cast<std::size_t>(category)] : Chain();
     }
-    /// May allocate where @p head begins a chain that the entry has not had before.
-    void SetChain(NameCategory category, PathItemInfo* head);
+    /// May allocate where @p chain is one that the entry has not had before.
+    void SetEnds(NameCategory category, Chain chain);
     bool HasNoItems() const;
 
   private:
     /// What few names have: chains of further categories, and spellings behind the first.
     struct More {
-        std::array<PathItemInfo*, NameCategoryCount> chains{};
+        std::array<Chain, NameCategoryCount> chains;
         std::vector<std::unique_ptr<const ustring>> spellings;
     };
 
@@ -72,7 +79,7 @@ class PathNameInfo {
     ~PathNameInfo() = default;
     More& GetMore();
 
-    PathItemInfo* m_chain = nullptr; ///< that of m_category
+    Chain m_chain; ///< that of m_category
     std::unique_ptr<More> m_more;
     std::uint32_t m_length;
     NameCategory m_category = NameFile;

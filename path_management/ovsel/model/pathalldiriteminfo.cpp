@@ -223,8 +223,10 @@ void PathAllDirItemInfo::Load(bool freeze) {
 
 /// A callback that asked for a refresh of what was being read gets it with the next one.
 void PathAllDirItemInfo::TakeRefreshAskedMeanwhile() {
-    if (m_refreshAskedMeanwhile && m_state == DirLoaded)
+    if (m_refreshAskedMeanwhile && m_state == DirLoaded) {
         m_state = DirChanged;
+        GetManager()->SetSettled(false);
+    }
     m_refreshAskedMeanwhile = false;
 }
 
@@ -381,6 +383,8 @@ void PathAllDirItemInfo::DestroySilently() {
     m_beingDestroyed = true;
     ClearContents();
     ReleaseNotification();
+    if (IsPathDir())
+        static_cast<PathDirItemInfo*>(this)->LeaveFullNameIndex();
     UnlinkFromNameInfo();
     if (IsPathDir())
         GetManager()->UnregisterDirRecord(static_cast<PathDirItemInfo*>(this));

@@ -186,6 +186,7 @@ class PathAllDirItemInfo : public PathItemInfo {
     bool Refresh(const RefreshOptions& options);
     bool RefreshChildren(const RefreshOptions& options);
     bool IsChanged();
+    bool IsSettled() const;
     bool SetFrozenTree(bool freeze, const RefreshOptions& options);
     void SetFrozenOne(bool freeze, const RefreshOptions& options);
     RefreshOptions OptionsFor(ovDirRefreshType type, bool recursive) const;

@@ -54,9 +54,19 @@ void PathDirItemInfo::Enter() {
     m_positions.reserve(1);
     m_preFrozen = ComputePreFrozen();
     SetPathDir(this);
-    if (GetNameInfo())
-        LinkAtHead();
+    if (!GetNameInfo())
+        return;
+    m_fullNameEntry.emplace(*this);
+    LinkAtHead();
 }
+
+void PathDirItemInfo::LeaveFullNameIndex() { m_fullNameEntry.reset(); }
+
+PathDirItemInfo::FullNameEntry::FullNameEntry(PathDirItemInfo& record) : m_record(record) {
+    m_record.GetManager()->EnterFullName(&m_record);
+}
+
+PathDirItemInfo::FullNameEntry::~FullNameEntry() { m_record.GetManager()->LeaveFullName(&m_record); }
 
 /// By characters, not by elements.
 bool PathDirItemInfo::ComputePreFrozen() const {

@@ -44,6 +44,9 @@ class PathDirItemInfo : public PathAllDirItemInfo {
     bool HasReplaceMark() const { return m_replaceMark; }
     void SetReplaceMark(bool on) { m_replaceMark = on; }
 
+    /// Takes the record out of the index of full names, before it leaves its chain.
+    void LeaveFullNameIndex();
+
     /// Notes an item that stands at the head of its chain and has not been put in its place.
     void AddPendingItem(PathItemInfo* item) { m_pendingItems.push_back(item); }
     void RemovePendingItem(const PathItemInfo* item) { std::erase(m_pendingItems, item); }
@@ -52,6 +55,18 @@ class PathDirItemInfo : public PathAllDirItemInfo {
     void PlacePendingItems();
 
   private:
+    /// The record's place in the index of full names.
+    class FullNameEntry {
+      public:
+        explicit FullNameEntry(PathDirItemInfo& record);
+        ~FullNameEntry();
+        FullNameEntry(const FullNameEntry&) = delete;
+        FullNameEntry& operator=(const FullNameEntry&) = delete;
+
+      private:
+        PathDirItemInfo& m_record;
+    };
+
     void Enter();
     bool ComputePreFrozen() const;
 
@@ -60,6 +75,7 @@ class PathDirItemInfo : public PathAllDirItemInfo {
     ustring m_fullName;
     /// In the storage layer's mode only.
     std::optional<foundation::storage::vfs::AbsoluteIRI> m_directoryIRI;
+    std::optional<FullNameEntry> m_fullNameEntry;
     bool m_preFrozen = false;
     std::vector<PathItemInfo*> m_pendingItems;
 };

@@ -48,7 +48,7 @@ class PathItemInfo {
     PathNameInfo* GetNameInfo() const { return m_nameInfo; }
     IPathManager* GetManager() const;
     PathItemInfo* GetNext() const { return m_next; }
-    PathItemInfo* GetPrev() const { return m_prev && m_prev->m_next ? m_prev : nullptr; }
+    PathItemInfo* GetPrev() const { return m_prev; }
 
     bool IsLinked() const { return m_linked; }
     bool IsDirect() const { return m_direct; }
@@ -105,13 +105,12 @@ class PathItemInfo {
     friend class PathDirItemInfo;
 
     void AppendFullName(ustring& out) const;
-    PathItemInfo* Unlink();
-    PathItemInfo* FindPlaceBehind(PathItemInfo* last, std::int32_t order) const;
+    void Unlink();
     void MoveRun(PathItemInfo* last, PathItemInfo* left, PathItemInfo* right);
 
     // Pointers first: a file's extension then fits behind the last field, in the same block.
     PathItemInfo* m_next = nullptr;
-    PathItemInfo* m_prev = nullptr; ///< of a chain's head its tail, so that the end is found at once
+    PathItemInfo* m_prev = nullptr;
     PathAllDirItemInfo* m_parent;
     PathNameInfo* m_nameInfo = nullptr;
     PathDirItemInfo* m_pathDir = nullptr;

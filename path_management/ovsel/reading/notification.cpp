@@ -160,6 +160,7 @@ void PathAllDirItemInfo::HandleRefused(const ustring& name) {
 }
 
 void PathAllDirItemInfo::ReleaseNotification() {
+    GetManager()->SetSettled(false);
     m_changeTick = 1;
     m_refreshPolicy = ovRefreshNever;
     if (!HasNotificationHandle())
@@ -189,12 +190,15 @@ bool PathAllDirItemInfo::CheckChanged() {
 bool PathAllDirItemInfo::TakeAsChanged() {
     ++m_changeTick;
     m_state = DirChanged;
+    GetManager()->SetSettled(false);
     return true;
 }
 
 bool PathAllDirItemInfo::CheckNotification() {
     const std::uint32_t result = host::Platform().WaitForSingleObject(m_notificationHandle, 0);
-    ReportDiagnostic("changeNotificationDirCheck", [&] { return Arguments{LabelOf(result), ustring(GetName())}; });
+    ReportDiagnostic("changeNotificationDirCheck", [&] {
+        return Arguments{LabelOf(result), ustring(GetName())};
+    });
     if (result == host::WaitTimeout)
         return NoChangeSeen();
     if (result == host::WaitObject0)

@@ -1,3 +1,5 @@
+#include <exception>
+
 #include "ovsel/frame/ipathmanager.hpp"
 #include "ovsel/frame/pathinfo.hpp"
 #include "ovsel/model/nulldiriteminfo.hpp"
@@ -29,6 +31,29 @@ class ChangeChecks {
         static int depth = 0;
         return depth;
     }
+};
+
+bool IsCheck(ovDirRefreshType type) { return type == ovRefreshCheck || type == 0; }
+
+/// Would asking one directory after the other come to nothing? Diagnostics tell of each that is asked.
+bool IsCheckIdle(const IPathManager& manager, ovDirRefreshType type) {
+    return IsCheck(type) && manager.IsSettled() && !ChangeDiagnostics() && !host::Platform().HasNews();
+}
+
+/// Supposes that a walk over all directories leaves the path settled; a walk that a hook ends does not.
+class Settling {
+  public:
+    explicit Settling(IPathManager* manager) : m_manager(manager) { m_manager->SetSettled(true); }
+    ~Settling() {
+        if (std::uncaught_exceptions() > m_exceptions)
+            m_manager->SetSettled(false);
+    }
+    Settling(const Settling&) = delete;
+    Settling& operator=(const Settling&) = delete;
+
+  private:
+    IPathManager* const m_manager;
+    const int m_exceptions = std::uncaught_exceptions();
 };
 
 /// Puts the new items of a path directory in their places at the end, also when a hook throws. One that
@@ -92,22 +117,30 @@ bool PathAllDirItemInfo::IsChanged() {
     }
 }
 
+/// Would a check do nothing but ask the handle, or not even that?
+bool PathAllDirItemInfo::IsSettled() const {
+    return m_state == DirFrozen || (m_state == DirLoaded && m_refreshPolicy > ovRefreshByTimeStamp);
+}
+
 /// @return whether anything was read again.
 bool PathAllDirItemInfo::Refresh(const RefreshOptions& options) {
     if (m_beingDestroyed)
         return false;
     if (m_reading) {
         m_refreshAskedMeanwhile = true;
+        GetManager()->SetSettled(false);
         return false;
     }
     const DirState before = m_state;
     const KeptFrozen kept(m_state);
-    const bool checks = options.type == ovRefreshCheck || options.type == 0;
+    const bool checks = IsCheck(options.type);
     const bool wanted = checks ? before != DirFrozen && IsChanged()
                                : options.type == ovRefreshReloadFrozen ||
                                      (options.type == ovRefreshReload && before != DirFrozen);
-    if (wanted)
+    if (wanted) {
         m_state = DirChanged;
+        GetManager()->SetSettled(false); // a hook may end the reload
+    }
     const bool reload = m_state == DirChanged;
     if (reload) {
         Reload(options);
@@ -116,6 +149,8 @@ bool PathAllDirItemInfo::Refresh(const RefreshOptions& options) {
         if (ChangeDiagnostics() || GetManager()->GetDirectoryReloadMessages())
             ReportMessage(MessageChannel::Info, "reloadDirCheck", {ustring(GetName())});
     }
+    if (!IsSettled())
+        GetManager()->SetSettled(false);
     // A check does not go below a frozen directory; other types let the children decide for themselves.
     const bool descends = !(checks && before == DirFrozen);
     const bool below = options.recursive && descends && RefreshChildren(options);
@@ -153,7 +188,10 @@ void PathInfo::RefreshAllDirectories(ovDirRefreshType type) {
     m_manager->NotifyInterests(m_manager->GetNullDir(), ovEventRefreshBegin);
     {
         const ChangeChecks checks;
-        ForEachChild(m_entries, [&](PathDirItemInfo& entry) { entry.RefreshTree(type); });
+        if (!IsCheckIdle(*m_manager, type)) {
+            const Settling settling(m_manager);
+            ForEachChild(m_entries, [&](PathDirItemInfo& entry) { entry.RefreshTree(type); });
+        }
     }
     m_manager->NotifyInterests(m_manager->GetNullDir(), ovEventRefreshEnd);
 }
@@ -165,8 +203,10 @@ void PathInfo::SetAllChanged(DirState state) {
 }
 
 void PathAllDirItemInfo::SetChangeState(DirState state) {
-    if (m_dirType != ovDirTypeNull && (m_state == DirLoaded || m_state == DirRecheck))
-        m_state = state;
+    if (m_dirType == ovDirTypeNull || (m_state != DirLoaded && m_state != DirRecheck))
+        return;
+    m_state = state;
+    GetManager()->SetSettled(false);
 }
 
 void PathAllDirItemInfo::SetChangeStateTree(DirState state) {
