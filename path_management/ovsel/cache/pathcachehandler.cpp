@@ -33,14 +33,25 @@ std::vector<ustring>* ListFor(CachedDirContents& contents, char16_t letter) {
     }
 }
 
+/// The parser tells the local name only where it was told to mind name spaces; a prefix without one means
+/// nothing then.
+const XMLCh* LocalNameOf(const XMLCh* localName, const XMLCh* qName) {
+    if (*localName != u'\0')
+        return localName;
+    if (std::u16string_view(qName).find(u':') != std::u16string_view::npos)
+        throw PathCacheXMLParseError(ustring(u"An unknown prefix: ") + qName);
+    return qName;
+}
+
 fl::i18n::MessageException TooDeep() {
     return PathCacheXMLParseError(u"The directories are nested too deeply.");
 }
 
 } // namespace
 
-void PathCacheHandler::startElement(const XMLCh* /*uri*/, const XMLCh* localName, const XMLCh* /*qName*/,
+void PathCacheHandler::startElement(const XMLCh* /*uri*/, const XMLCh* localName, const XMLCh* qName,
                                     const xercesc::Attributes& attributes) {
+    localName = LocalNameOf(localName, qName);
     // Directories in each other, in the root, with one entry in the innermost.
     if (++m_depth > MostCacheDepth + 2)
         throw TooDeep();
@@ -57,28 +68,27 @@ void PathCacheHandler::startElement(const XMLCh* /*uri*/, const XMLCh* localName
 }
 
 /// A directory is as deep as its name says, wherever it stands: that is how deep the records go.
-void PathCacheHandler::OpenDirectory(ustring name) {
+void PathCacheHandler::OpenDirectory(const ustring& name) {
     if (m_dirStack.size() == MostCacheDepth || std::count(name.begin(), name.end(), u'/') >= MostCacheDepth)
         throw TooDeep();
-    if (m_contents->contains(name))
+    const auto [opened, isNew] = m_contents->try_emplace(name);
+    if (!isNew)
         throw CacheFileWrongFormat();
     if (!m_dirStack.empty())
-        (*m_contents)[m_dirStack.back()].subdirs.push_back(name);
-    m_dirStack.push_back(name);
-    m_contents->try_emplace(std::move(name));
+        m_dirStack.back()->second.subdirs.push_back(name);
+    m_dirStack.push_back(&*opened);
 }
 
 void PathCacheHandler::AddEntry(char16_t letter, ustring name) {
-    const auto open = m_dirStack.empty() ? m_contents->end() : m_contents->find(m_dirStack.back());
-    std::vector<ustring>* list = open == m_contents->end() ? nullptr : ListFor(open->second, letter);
+    std::vector<ustring>* list = m_dirStack.empty() ? nullptr : ListFor(m_dirStack.back()->second, letter);
     if (!list)
         throw CacheFileWrongFormat();
     list->push_back(std::move(name));
 }
 
-void PathCacheHandler::endElement(const XMLCh* /*uri*/, const XMLCh* localName, const XMLCh* /*qName*/) {
+void PathCacheHandler::endElement(const XMLCh* /*uri*/, const XMLCh* localName, const XMLCh* qName) {
     --m_depth;
-    if (!m_dirStack.empty() && std::u16string_view(localName) == u"D")
+    if (!m_dirStack.empty() && std::u16string_view(LocalNameOf(localName, qName)) == u"D")
         m_dirStack.pop_back();
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <deque>
+#include <vector>
 
 #include <xercesc/sax2/DefaultHandler.hpp>
 
@@ -20,12 +20,12 @@ class PathCacheHandler final : public xercesc::DefaultHandler {
     void endElement(const XMLCh* uri, const XMLCh* localName, const XMLCh* qName) override;
 
   private:
-    void OpenDirectory(ustring name);
+    void OpenDirectory(const ustring& name);
     void AddEntry(char16_t letter, ustring name);
 
     CachedDirMap* m_contents;
-    std::deque<ustring> m_dirStack; ///< the open directories, innermost last
-    int m_depth = 0;                ///< of all open elements
+    std::vector<CachedDirMap::value_type*> m_dirStack; ///< the open directories, innermost last
+    int m_depth = 0;                                   ///< of all open elements
 };
 
 } // namespace Quorrant::ovsel

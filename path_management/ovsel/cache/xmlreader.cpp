@@ -1,7 +1,9 @@
 #include "ovsel/cache/xmlreader.hpp"
 
+#include <algorithm>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
@@ -46,7 +48,25 @@ void RefuseDocumentType(const std::string& text) {
         throw PathCacheXMLParseError(u"A document type is not allowed.");
 }
 
-ustring ReadText(const ovPath& path, const vfs::AbsoluteIRI& location) {
+/// A cache file's text, as the parser takes it.
+struct CacheText {
+    std::string bytes; ///< of a text that is all ASCII
+    ustring units;     ///< of any other
+    bool hasNamespaces = false;
+};
+
+CacheText Convert(std::string bytes) {
+    RefuseDocumentType(bytes);
+    CacheText text;
+    text.hasNamespaces = bytes.find("xmlns") != std::string::npos;
+    if (std::any_of(bytes.begin(), bytes.end(), [](char c) { return c < 0; }))
+        text.units = fl::i18n::codecvt_string_to_ustring("UTF-8")(bytes);
+    else
+        text.bytes = std::move(bytes);
+    return text;
+}
+
+CacheText ReadText(const ovPath& path, const vfs::AbsoluteIRI& location) {
     const auto unable = [&](const char* reason) {
         return UnableToLoadCache(vfs::fromAbsoluteIRI(location), fl::i18n::to_ustring(reason));
     };
@@ -55,9 +75,7 @@ ustring ReadText(const ovPath& path, const vfs::AbsoluteIRI& location) {
         path->GetFileByIRI(file, location);
         vfs::ifstream stream(file);
         stream.exceptions(std::ios_base::failbit | std::ios_base::badbit);
-        const std::string text = ReadWhole(stream);
-        RefuseDocumentType(text);
-        return fl::i18n::codecvt_string_to_ustring("UTF-8")(text);
+        return Convert(ReadWhole(stream));
     } catch (const vfs::Exception& failure) {
         throw unable(failure.what());
     } catch (const std::ios_base::failure& failure) {
@@ -84,27 +102,33 @@ class XercesSession {
 
 /// Well-formedness is all that is asked of a cache, and the scanner that asks no more is the quickest. The
 /// rest is belt and braces: what a document type could ask for, if one got this far.
-void SetUp(xercesc::SAX2XMLReader& reader) {
+void SetUp(xercesc::SAX2XMLReader& reader, bool hasNamespaces) {
     // The property takes a pointer to what it may change, and does not.
     reader.setProperty(xercesc::XMLUni::fgXercesScannerName,
                        const_cast<XMLCh*>(xercesc::XMLUni::fgWFXMLScanner));
+    // No cache needs them, and minding them costs.
+    reader.setFeature(xercesc::XMLUni::fgSAX2CoreNameSpaces, hasNamespaces);
     reader.setFeature(xercesc::XMLUni::fgXercesLoadExternalDTD, false);
     reader.setFeature(xercesc::XMLUni::fgXercesDisableDefaultEntityResolution, true);
 }
 
-void ParseText(const ustring& text, CachedDirMap& contents) {
+void ParseText(const CacheText& text, CachedDirMap& contents) {
     const std::unique_ptr<xercesc::SAX2XMLReader> reader(xercesc::XMLReaderFactory::createXMLReader());
-    SetUp(*reader);
+    SetUp(*reader, text.hasNamespaces);
     PathCacheHandler handler(&contents);
     reader->setContentHandler(&handler);
     reader->setErrorHandler(&handler);
-    xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.data()),
-                                      text.size() * sizeof(char16_t), "pathXmlBuffer");
-    source.setEncoding(xercesc::XMLUni::fgUTF16EncodingString);
+    const bool isAscii = text.units.empty();
+    const void* const data = isAscii ? static_cast<const void*>(text.bytes.data()) : text.units.data();
+    const std::size_t size = isAscii ? text.bytes.size() : text.units.size() * sizeof(char16_t);
+    xercesc::MemBufInputSource source(static_cast<const XMLByte*>(data), size, "pathXmlBuffer");
+    // Whatever the text says of itself.
+    source.setEncoding(isAscii ? xercesc::XMLUni::fgUTF8EncodingString
+                               : xercesc::XMLUni::fgUTF16EncodingString);
     reader->parse(source);
 }
 
-void Parse(const ustring& text, CachedDirMap& contents) {
+void Parse(const CacheText& text, CachedDirMap& contents) {
     const XercesSession session;
     try {
         ParseText(text, contents);
@@ -119,10 +143,10 @@ void Parse(const ustring& text, CachedDirMap& contents) {
 
 bool ReadCacheFileXML(const ovPath& path, const vfs::AbsoluteIRI& fileLocation,
                       const vfs::AbsoluteIRI& rootLocation) {
-    const ustring text = ReadText(path, fileLocation);
+    const CacheText text = ReadText(path, fileLocation);
     CachedDirMap contents;
     Parse(text, contents);
-    path->InstallCachedDirItems(contents, rootLocation);
+    path->InstallCachedDirItems(std::move(contents), rootLocation);
     return true;
 }
 

@@ -170,7 +170,7 @@ class IPathManager {
 
     // The factory exists in the storage layer's mode only; without one these do nothing.
 
-    virtual void InstallCachedDirItems(const Quorrant::ovsel::CachedDirMap& contents,
+    virtual void InstallCachedDirItems(Quorrant::ovsel::CachedDirMap contents,
                                        const foundation::storage::vfs::AbsoluteIRI& root) = 0;
     /// Null when no factory is set.
     virtual std::unique_ptr<IDirItemsIterator>

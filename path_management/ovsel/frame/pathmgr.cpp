@@ -265,10 +265,9 @@ void PathMgr::GetFolderByIRI(vfs::Folder& out, const vfs::AbsoluteIRI& location)
     out = vfs::Folder(location, vfs::StorageSystemReference(m_storageSystem));
 }
 
-void PathMgr::InstallCachedDirItems(const Quorrant::ovsel::CachedDirMap& contents,
-                                    const vfs::AbsoluteIRI& root) {
+void PathMgr::InstallCachedDirItems(Quorrant::ovsel::CachedDirMap contents, const vfs::AbsoluteIRI& root) {
     if (m_dirItemsIteratorFactory)
-        m_dirItemsIteratorFactory->InstallCachedDirItems(contents, root);
+        m_dirItemsIteratorFactory->InstallCachedDirItems(std::move(contents), root);
 }
 
 void PathMgr::ClearCachedDirItems() {

@@ -135,7 +135,7 @@ class PathMgr final : public IPathManager {
                    const ustring& name) const override;
     void GetFolderByIRI(foundation::storage::vfs::Folder& out,
                         const foundation::storage::vfs::AbsoluteIRI& location) const override;
-    void InstallCachedDirItems(const Quorrant::ovsel::CachedDirMap& contents,
+    void InstallCachedDirItems(Quorrant::ovsel::CachedDirMap contents,
                                const foundation::storage::vfs::AbsoluteIRI& root) override;
     std::unique_ptr<IDirItemsIterator>
     CreateDirItemsIterator(const foundation::storage::vfs::AbsoluteIRI& location) override;

@@ -28,10 +28,8 @@ DirItemsIteratorFactory::DirItemsIteratorFactory(vfs::StorageSystemReference sto
                                                  bool caseSensitive)
     : m_storage(std::move(storage)), m_cacheInstalled(cacheInstalled), m_caseSensitive(caseSensitive) {}
 
-void DirItemsIteratorFactory::InstallCachedDirItems(const CachedDirMap& contents,
-                                                    const vfs::AbsoluteIRI& root) {
-    if (&contents != m_contents.get())
-        m_contents = std::make_shared<const CachedDirMap>(contents);
+void DirItemsIteratorFactory::InstallCachedDirItems(CachedDirMap contents, const vfs::AbsoluteIRI& root) {
+    m_contents = std::make_shared<const CachedDirMap>(std::move(contents));
     m_root = std::make_unique<vfs::AbsoluteIRI>(root);
     m_rootPathLength = root.getPath().length() + (IsDriveOrShare(root) ? 0 : 1);
     m_cacheInstalled = true;

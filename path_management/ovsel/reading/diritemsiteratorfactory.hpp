@@ -12,7 +12,7 @@ class DirItemsIteratorFactory final : public IDirItemsIteratorFactory {
     DirItemsIteratorFactory(foundation::storage::vfs::StorageSystemReference storage, bool cacheInstalled,
                             bool caseSensitive);
 
-    void InstallCachedDirItems(const Quorrant::ovsel::CachedDirMap& contents,
+    void InstallCachedDirItems(Quorrant::ovsel::CachedDirMap contents,
                                const foundation::storage::vfs::AbsoluteIRI& root) override;
     /// A source on cached contents shares them, so that a party told in mid-reading may install others.
     std::unique_ptr<IDirItemsIterator>

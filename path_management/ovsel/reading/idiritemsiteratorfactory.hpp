@@ -16,7 +16,7 @@ class IDirItemsIteratorFactory {
   public:
     virtual ~IDirItemsIteratorFactory() = default;
     /// Copies both and takes from now on what lies under @p root from @p contents. @pre no source is in use.
-    virtual void InstallCachedDirItems(const Quorrant::ovsel::CachedDirMap& contents,
+    virtual void InstallCachedDirItems(Quorrant::ovsel::CachedDirMap contents,
                                        const foundation::storage::vfs::AbsoluteIRI& root) = 0;
     virtual std::unique_ptr<IDirItemsIterator>
     CreateDirItemsIterator(foundation::storage::vfs::AbsoluteIRI location) = 0;
