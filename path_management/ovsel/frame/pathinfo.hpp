@@ -50,6 +50,8 @@ class PathInfo {
     void MoveEntryToEnd(PathDirItemInfo* record);
     bool ReplaceByToken(const ustring& token);
     bool ReplaceByTokens(const ustring& path, bool& changed);
+    void RefreshAllEntries(ovDirRefreshType type);
+    void RefreshEntriesWithNews(ovDirRefreshType type);
     void SetReplaceMarks(bool on);
     bool RemoveMarked();
     const char* ResolveCWDName(const ustring& name, ustring& resolved) const;

@@ -124,6 +124,7 @@ class PathAllDirItemInfo : public PathItemInfo {
 
     /// This directory alone, told as one refresh.
     void RefreshDirectory(ovDirRefreshType type);
+    bool HasNews() const;
     /// With all below it.
     void RefreshTree(ovDirRefreshType type);
     /// A mark for the next refresh, for directories that are loaded and not frozen.
@@ -204,18 +205,19 @@ class PathAllDirItemInfo : public PathItemInfo {
     template <class Child>
     std::unique_ptr<Child, Discard> LoadedChild(std::u16string_view name, bool freeze, bool confirmed);
 
+    // What a check of thousands of quiet directories looks at stands together.
     IPathManager* const m_manager;
     ovDirType m_dirType;
-    std::vector<PathFileItemInfo*> m_files;
+    DirState m_state = DirUnloaded;
+    host::ChangeHandle m_notificationHandle = host::InvalidChangeHandle;
+    ovRefreshPolicy m_refreshPolicy = ovRefreshAlways;
+    std::uint32_t m_changeTick = 0;
+    PathPrivateDirItemInfo* m_privateDir = nullptr;
     std::vector<PathPackageDirItemInfo*> m_packageDirs;
     std::vector<PathClassDirItemInfo*> m_classDirs;
+    std::vector<PathFileItemInfo*> m_files;
     std::vector<PathSubDirItemInfo*> m_subDirs;
-    PathPrivateDirItemInfo* m_privateDir = nullptr;
     std::int32_t m_dirTimeStamp = 0; ///< reference time, seconds since the epoch
-    std::uint32_t m_changeTick = 0;
-    DirState m_state = DirUnloaded;
-    ovRefreshPolicy m_refreshPolicy = ovRefreshAlways;
-    host::ChangeHandle m_notificationHandle = host::InvalidChangeHandle;
     ustring m_resolvedName;
     std::int32_t m_fileSystemIndex = 0;
     /// Moves whenever a child may have gone, so that an index of the children can tell that it is out of

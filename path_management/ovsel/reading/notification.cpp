@@ -190,7 +190,6 @@ bool PathAllDirItemInfo::CheckChanged() {
 bool PathAllDirItemInfo::TakeAsChanged() {
     ++m_changeTick;
     m_state = DirChanged;
-    GetManager()->SetSettled(false);
     return true;
 }
 

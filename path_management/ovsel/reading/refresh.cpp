@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <exception>
+#include <iterator>
 
 #include "ovsel/frame/ipathmanager.hpp"
 #include "ovsel/frame/pathinfo.hpp"
@@ -35,21 +37,21 @@ class ChangeChecks {
 
 bool IsCheck(ovDirRefreshType type) { return type == ovRefreshCheck || type == 0; }
 
-/// Would asking one directory after the other come to nothing? Diagnostics tell of each that is asked.
-bool IsCheckIdle(const IPathManager& manager, ovDirRefreshType type) {
-    return IsCheck(type) && manager.IsSettled() && !ChangeDiagnostics() && !host::Platform().HasNews();
+/// Need a check look only at directories whose handles speak? Diagnostics tell of each that is asked.
+bool LooksAtNewsOnly(const IPathManager& manager, ovDirRefreshType type) {
+    return IsCheck(type) && manager.IsSettled() && !ChangeDiagnostics();
 }
 
-/// Supposes that a walk over all directories leaves the path settled; a walk that a hook ends does not.
-class Settling {
+/// What a hook ends in the middle does not leave the path settled.
+class UnsettledByThrow {
   public:
-    explicit Settling(IPathManager* manager) : m_manager(manager) { m_manager->SetSettled(true); }
-    ~Settling() {
+    explicit UnsettledByThrow(IPathManager* manager) : m_manager(manager) {}
+    ~UnsettledByThrow() {
         if (std::uncaught_exceptions() > m_exceptions)
             m_manager->SetSettled(false);
     }
-    Settling(const Settling&) = delete;
-    Settling& operator=(const Settling&) = delete;
+    UnsettledByThrow(const UnsettledByThrow&) = delete;
+    UnsettledByThrow& operator=(const UnsettledByThrow&) = delete;
 
   private:
     IPathManager* const m_manager;
@@ -122,6 +124,20 @@ bool PathAllDirItemInfo::IsSettled() const {
     return m_state == DirFrozen || (m_state == DirLoaded && m_refreshPolicy > ovRefreshByTimeStamp);
 }
 
+/// Does the handle of the directory, or one of those that a check would come to below it, say anything?
+/// @pre the path is settled
+bool PathAllDirItemInfo::HasNews() const {
+    if (m_state == DirFrozen)
+        return false;
+    const auto speaks = [](const PathAllDirItemInfo* child) { return child->HasNews(); };
+    return m_state != DirLoaded || m_reading ||
+           (HasNotificationHandle() &&
+            host::Platform().WaitForSingleObject(m_notificationHandle, 0) != host::WaitTimeout) ||
+           std::any_of(m_packageDirs.begin(), m_packageDirs.end(), speaks) ||
+           std::any_of(m_classDirs.begin(), m_classDirs.end(), speaks) ||
+           (m_privateDir && m_privateDir->HasNews());
+}
+
 /// @return whether anything was read again.
 bool PathAllDirItemInfo::Refresh(const RefreshOptions& options) {
     if (m_beingDestroyed)
@@ -133,14 +149,13 @@ bool PathAllDirItemInfo::Refresh(const RefreshOptions& options) {
     }
     const DirState before = m_state;
     const KeptFrozen kept(m_state);
+    const UnsettledByThrow unsettled(GetManager());
     const bool checks = IsCheck(options.type);
     const bool wanted = checks ? before != DirFrozen && IsChanged()
                                : options.type == ovRefreshReloadFrozen ||
                                      (options.type == ovRefreshReload && before != DirFrozen);
-    if (wanted) {
+    if (wanted)
         m_state = DirChanged;
-        GetManager()->SetSettled(false); // a hook may end the reload
-    }
     const bool reload = m_state == DirChanged;
     if (reload) {
         Reload(options);
@@ -188,12 +203,41 @@ void PathInfo::RefreshAllDirectories(ovDirRefreshType type) {
     m_manager->NotifyInterests(m_manager->GetNullDir(), ovEventRefreshBegin);
     {
         const ChangeChecks checks;
-        if (!IsCheckIdle(*m_manager, type)) {
-            const Settling settling(m_manager);
-            ForEachChild(m_entries, [&](PathDirItemInfo& entry) { entry.RefreshTree(type); });
-        }
+        if (!LooksAtNewsOnly(*m_manager, type))
+            RefreshAllEntries(type);
+        else if (host::Platform().HasNews())
+            RefreshEntriesWithNews(type);
     }
     m_manager->NotifyInterests(m_manager->GetNullDir(), ovEventRefreshEnd);
+}
+
+/// Supposes that it leaves the path settled, for whoever does not to take it back.
+void PathInfo::RefreshAllEntries(ovDirRefreshType type) {
+    const UnsettledByThrow unsettled(m_manager);
+    m_manager->SetSettled(true);
+    ForEachChild(m_entries, [&](PathDirItemInfo& entry) { entry.RefreshTree(type); });
+}
+
+/// @pre the path is settled
+void PathInfo::RefreshEntriesWithNews(ovDirRefreshType type) {
+    // Handles are only asked, so nobody is told of anything before the list is complete.
+    std::vector<PathDirItemInfo*> speaking;
+    std::copy_if(m_entries.begin(), m_entries.end(), std::back_inserter(speaking),
+                 [](const PathDirItemInfo* entry) { return entry && entry->HasNews(); });
+    const UnsettledByThrow unsettled(m_manager);
+    std::size_t behind = 0;
+    ForEachChild(speaking, [&](PathDirItemInfo& entry) {
+        if (!m_manager->IsSettled())
+            return;
+        behind = static_cast<std::size_t>(std::max(entry.GetPositionIn(this), 0)) + 1;
+        entry.RefreshTree(type);
+    });
+    if (m_manager->IsSettled())
+        return;
+    // Whoever was told may have marked others, which are then looked at in their turn.
+    const auto next = m_entries.begin() + static_cast<std::ptrdiff_t>(std::min(behind, m_entries.size()));
+    ForEachChild(std::vector(next, m_entries.end()),
+                 [&](PathDirItemInfo& entry) { entry.RefreshTree(type); });
 }
 
 void PathInfo::SetAllChanged(DirState state) {

@@ -60,7 +60,6 @@ bool PathAllDirItemInfo::CheckTimeStamp(const ustring& name) {
     ReportComparison("changedTimestampDiagnostic", m_dirTimeStamp, current, name);
     ++m_changeTick;
     m_state = DirChanged;
-    GetManager()->SetSettled(false);
     if (current != 0) {
         m_changeSeen = true;
         if (ComparesTimes(m_refreshPolicy))
