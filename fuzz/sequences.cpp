@@ -8,7 +8,6 @@
 
 #include "fuzz/body.hpp"
 #include "model/difference.hpp"
-#include "ovsel/reading/vfsmode.hpp"
 
 namespace {
 
@@ -39,9 +38,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::size_t given = bytes.empty() ? 0 : (bytes.size() - 1) / 4;
     if (given == 0)
         return 0;
-    model::World world;
-    world.canHide = !IsVFSMode();
-    const auto system = model::MakeSystem({false, static_cast<model::Detection>(bytes[0] % 3)}, world);
+    const model::SystemKind kind{false, static_cast<model::Detection>(bytes[0] % 3)};
+    model::World world = model::MakeWorld(kind);
+    const auto system = model::MakeSystem(kind, world);
     for (std::size_t i = 0; i < std::max(given, Length); ++i, ++g_operations) {
         const model::Operation operation = OperationOf(&bytes[1 + i % given * 4]);
         model::World after = world;
@@ -49,7 +48,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         system->Apply(world, after, operation);
         world = std::move(after);
         if (i % 10 == 9)
-            ExpectSame(system->BrokenInvariants(), "", "the index is whole");
+            ExpectSame(system->Faults(), "", "the index is whole");
     }
     ExpectSame(model::Difference(world, *system), "", "answers are the resolver's");
     return 0;

@@ -19,6 +19,8 @@ struct SystemKind {
 
 std::vector<SystemKind> SystemKinds();
 std::string NameOf(const SystemKind& kind);
+/// The world as such a system shows it at its start.
+World MakeWorld(const SystemKind& kind);
 inline std::ostream& operator<<(std::ostream& stream, const SystemKind& kind) {
     return stream << NameOf(kind);
 }
@@ -33,25 +35,35 @@ class System {
     /// Does to the library, and to the disk beneath it, what led from one world to the other.
     void Apply(const World& before, const World& after, const Operation& operation);
     std::vector<Answer> Ask(const Question& question);
-    std::string BrokenInvariants();
+    /// The current directory, then the path in order.
+    Names Listed() const;
+    /// What is wrong with the index, with the counts, or was with an answer since the last time.
+    std::string Faults();
 
   protected:
     System() = default;
     /// To be called when the disk stands.
     void Open(const World& world);
     void Close();
-    virtual void ChangeDisk(const Disk& before, const Disk& after, const Operation& operation) = 0;
-    virtual void Tick(unsigned seconds) = 0;
+    virtual void ChangeDisk(const Disk& before, const Disk& after) = 0;
+    virtual void SetTime(const std::string& folder, unsigned number) = 0;
+    virtual void Tick(unsigned seconds, bool jump) = 0;
 
   private:
+    void Refresh(const World& world, const Operation& operation);
     void Mark(const World& world, const Operation& operation);
     void Search(const Operation& operation);
-    ovDir Find(unsigned number);
+    void Interfere(const World& before, const World& after, const Operation& operation);
+    void Enter(const World& world);
+    void Expect(bool holds, const char* fault);
+    ovDir Find(const std::string& name) const;
 
     ovPath m_owner, m_path;
     std::vector<ovDir> m_handles;
     std::vector<ovRegisteredInterest> m_interests;
-    std::size_t m_eventCount = 0;
+    bool m_isPredictable = true; ///< false while callbacks interfere
+    std::string m_faults;
+    unsigned m_count = 0; ///< of what must differ from time to time
 };
 
 std::unique_ptr<System> MakeSystem(const SystemKind& kind, const World& world);

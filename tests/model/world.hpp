@@ -15,7 +15,7 @@ struct Operation {
         AddAtEnd,
         AddFrozen,
         Remove,
-        Replace, ///< by a permutation and choice of folders
+        Replace, ///< by a list of anything
         ChangeCWD,
         Freeze, ///< after a look
         Thaw,   ///< and reload
@@ -23,88 +23,115 @@ struct Operation {
         Unhide, ///< and reload
         Mark,   ///< tells the library that something changed, in one of the ways to do so
         Refresh,
-        Put, ///< creates a file or folder
+        RefreshOne, ///< without what lies below
+        Put,        ///< creates a file or folder
         Erase,
         Swap, ///< a file becomes a folder, or the other way round
         Rename,
-        Tick, ///< the clock goes on
+        Rewrite, ///< a file becomes a class, or ceases to be one
+        Link,    ///< where the disk has links
+        SetTime, ///< of a folder, anywhere but where it was
+        Tick,    ///< the clock goes on, or jumps
         KeepHandle,
         DropHandles,
         Listen,
         StopListening,
-        Search, ///< opens one, walks a few steps and leaves it
+        Search,    ///< opens one, walks a few steps and leaves it
+        Interfere, ///< changes of the disk; then callbacks that do anything at every event. All is new after
+                   ///< it
         Count
     };
     Kind kind = Kind::Tick;
     unsigned a = 0, b = 0, c = 0;
 };
 
-inline const std::vector<std::string>& PathPool() {
-    static const std::vector<std::string> pool{"R:\\A", "R:\\B", "R:\\C\\A", "R:\\D"};
+using Names = std::vector<std::string>;
+
+inline const Names& PathPool() {
+    static const Names pool{"R:\\A", "R:\\B", "R:\\C\\A", "R:\\D", "R:\\C"};
     return pool;
 }
-inline const std::vector<std::string>& CWDPool() {
-    static const std::vector<std::string> pool{"R:\\cwd", "R:\\other"};
+/// One is on the path as well, one is a package.
+inline const Names& CWDPool() {
+    static const Names pool{"R:\\cwd", "R:\\other", "R:\\B", "R:\\C\\+K"};
     return pool;
 }
-inline const std::vector<std::string>& FilePool() {
-    static const std::vector<std::string> pool{"plot.sv", "plot.p", "Plot.sv", "draw.sv",
-                                               "K.sv",    "n",      "a.b.sv"};
+inline const Names& FilePool() {
+    static const Names pool{"plot.sv", "plot.p", "Plot.sv", "draw.sv", "K.sv", "n", "a.b.sv"};
     return pool;
 }
-inline const std::vector<std::string>& FolderPool() {
-    static const std::vector<std::string> pool{"@K", "@plot", "+p", "+K", "private", "sub", "n"};
+inline const Names& FolderPool() {
+    static const Names pool{"@K", "@plot", "+p", "+K", "private", "sub", "n"};
+    return pool;
+}
+/// What stands in lists for a whole path: folders, and what must be left out.
+inline const Names& TokenPool() {
+    static const Names pool = [] {
+        Names tokens = PathPool();
+        tokens.insert(tokens.end(), {"R:/D", "R:\\nowhere", "", "R:\\A\\@K", "R:\\B\\private", "R:\\C\\+K",
+                                     "R:\\" + std::string(1022, 'x'), "R:\\cwd"});
+        return tokens;
+    }();
     return pool;
 }
 
 /// What is on the disk, and what the library must take for true of it.
 struct World {
     World() {
-        for (const auto* pool : {&PathPool(), &CWDPool()})
+        for (const Names* pool : {&PathPool(), &CWDPool()})
             for (const std::string& dir : *pool)
                 disk[dir];
-        disk["R:\\C"];
+        disk["R:\\C"] = {{"A", Entry::Folder}, {"+K", Entry::Folder}};
         // Enough of everything from the start, so that a short sequence meets it.
         for (const auto& [place, names] :
-             std::map<std::string, std::vector<std::string>>{{"R:\\A", {"plot.sv", "@K/", "+p/", "private/"}},
-                                                             {"R:\\A\\@K", {"K.sv", "draw.sv", "private/"}},
-                                                             {"R:\\A\\@K\\private", {"plot.p"}},
-                                                             {"R:\\A\\+p", {"plot.sv", "n", "+K/", "@K/"}},
-                                                             {"R:\\A\\+p\\+K", {"K.sv"}},
-                                                             {"R:\\A\\+p\\@K", {"K.sv", "draw.sv"}},
-                                                             {"R:\\A\\private", {"draw.sv", "Plot.sv"}},
-                                                             {"R:\\B", {"plot.p", "K.sv", "@plot/", "sub/"}},
-                                                             {"R:\\B\\@plot", {"plot.sv", "plot.p"}},
-                                                             {"R:\\C\\A", {"n", "a.b.sv", "@K/"}},
-                                                             {"R:\\C\\A\\@K", {"K.sv"}},
-                                                             {CWDPool()[0], {"draw.sv", "@plot/"}},
-                                                             {CWDPool()[0] + "\\@plot", {"plot.sv"}}})
+             std::map<std::string, Names>{{"R:\\A", {"plot.sv", "@K/", "+p/", "private/"}},
+                                          {"R:\\A\\@K", {"K.sv", "draw.sv", "private/"}},
+                                          {"R:\\A\\@K\\private", {"plot.p"}},
+                                          {"R:\\A\\+p", {"plot.sv", "n", "+K/", "@K/"}},
+                                          {"R:\\A\\+p\\+K", {"K.sv"}},
+                                          {"R:\\A\\+p\\@K", {"K.sv", "draw.sv"}},
+                                          {"R:\\A\\private", {"draw.sv", "Plot.sv"}},
+                                          {"R:\\B", {"plot.p", "K.sv", "@plot/", "sub/"}},
+                                          {"R:\\B\\@plot", {"plot.sv", "plot.p"}},
+                                          {"R:\\C\\A", {"n", "a.b.sv", "@K/"}},
+                                          {"R:\\C\\A\\@K", {"K.sv"}},
+                                          {LinkedFolder, {"plot.sv", "private/"}},
+                                          {CWDPool()[0], {"draw.sv", "@plot/"}},
+                                          {CWDPool()[0] + "\\@plot", {"plot.sv"}}})
             for (const std::string& name : names)
-                Put(place, name.substr(0, name.find('/')), name.back() == '/');
-        cwd = Read(disk, CWDPool()[0]);
-        for (const std::size_t i : {0U, 1U})
-            path.push_back(Read(disk, PathPool()[i]));
+                Put(place, name.substr(0, name.find('/')),
+                    name.back() == '/' ? Entry::Folder : PlainOrClass(name, 1));
+        cwd = Read(CWDPool()[0]);
+        for (const std::size_t i : {0, 1})
+            path.push_back(Read(PathPool()[i]));
     }
 
     Disk disk;
     Dir cwd;
     std::vector<Dir> path;
-    std::set<std::string> frozen;
+    std::set<std::string> frozen; ///< of the path
     bool hidden = false;
+    bool changed = false; ///< what replacing the path told
+    bool reloads = false; ///< has the last operation to be followed by a reload, to be predictable?
+
+    // What kind of world it is.
     /// In the storage layer's mode a reload gives a hidden directory its contents back, whenever it comes.
     bool canHide = true;
+    Untold untold = Untold::LinksAndSome;
+    bool hasLinks = false;
+    bool pathIsExact = true;
+    bool knowsOrder = true; ///< that of the files that were there before and those that came
 
     std::vector<Dir> Known() const {
         std::vector<Dir> known{cwd};
         known.insert(known.end(), path.begin(), path.end());
         return known;
     }
-    bool IsOnPath(const std::string& name) const {
-        return std::any_of(path.begin(), path.end(), [&](const Dir& dir) { return dir.name == name; });
-    }
+    bool IsOnPath(const std::string& name) const { return FindOnPath(name) != path.end(); }
 
     void Apply(const Operation& op) {
         using Kind = Operation::Kind;
+        const bool wasOnPath = IsOnPath(cwd.name);
         const std::string& dir = PathPool()[op.a % PathPool().size()];
         switch (op.kind) {
         case Kind::AddAtBegin:
@@ -124,7 +151,8 @@ struct World {
             Replace(Choice(op));
             break;
         case Kind::ChangeCWD:
-            cwd = Load(CWDPool()[op.a % CWDPool().size()]);
+            cwd = Empty(CWDPool()[op.a % CWDPool().size()]);
+            cwd = Read(cwd.name);
             break;
         case Kind::Freeze:
             Refresh(false);
@@ -138,107 +166,159 @@ struct World {
         case Kind::Hide:
             hidden = canHide;
             if (hidden)
-                cwd = Load(cwd.name);
+                cwd = Empty(cwd.name);
             break;
         case Kind::Unhide:
             hidden = false;
             Refresh(false);
             break;
         case Kind::Refresh:
-            Refresh(op.a % 3 == 2);
+            Refresh(RefreshType(op) == 3);
             break;
-        case Kind::Put:
-        case Kind::Erase:
-        case Kind::Swap:
-        case Kind::Rename:
-            ChangeDisk(op);
+        case Kind::RefreshOne:
+            for (Dir& entry : path)
+                if (entry.name == dir && (RefreshType(op) == 3 || !frozen.contains(dir)))
+                    entry = Read(dir, &entry, false);
+            break;
+        case Kind::Interfere:
+            for (unsigned i = 0; i < 3; ++i)
+                ChangeDisk(Change(op, i));
+            ReadAnew();
             break;
         default:
-            break; // nothing that a question could tell
+            ChangeDisk(op);
+            break;
         }
+        reloads = hidden &&
+                  (op.kind == Kind::Hide || op.kind == Kind::ChangeCWD || wasOnPath != IsOnPath(cwd.name));
+        if (reloads)
+            Refresh(false);
     }
 
-    /// The folders that a choice and a permutation leave, in order.
-    static std::vector<std::string> Choice(const Operation& op) {
-        std::vector<std::string> dirs = PathPool();
-        for (unsigned i = op.a % 24; i > 0; --i)
-            std::next_permutation(dirs.begin(), dirs.end());
-        for (std::size_t i = dirs.size(); i-- > 0;)
-            if ((op.b >> i & 1U) != 0)
-                dirs.erase(dirs.begin() + static_cast<std::ptrdiff_t>(i));
-        return dirs;
+    /// 9 stands for all that are none.
+    static unsigned RefreshType(const Operation& op) {
+        return std::vector<unsigned>{1, 2, 3, 0, 1, op.kind == Operation::Kind::Refresh ? 9U : 1U}[op.a % 6];
     }
-
-  private:
-    Dir Load(const std::string& name) const {
-        const bool isCWD = std::count(CWDPool().begin(), CWDPool().end(), name) > 0;
-        return hidden && isCWD ? Dir{name, Dir::Kind::Path, {}, {}, {}} : Read(disk, name);
+    /// A list that may hold anything in any order, twice or not at all.
+    static Names Choice(const Operation& op) {
+        Names tokens;
+        for (unsigned i = op.a % 7, rest = op.b; i > 0; --i, rest /= 13)
+            tokens.push_back(TokenPool()[(rest + op.c) % TokenPool().size()]);
+        return tokens;
     }
-    void Add(const std::string& dir, bool atBegin) {
-        if (!IsOnPath(dir))
-            path.insert(atBegin ? path.begin() : path.end(), Load(dir));
+    /// The changes that are seen the same way however often one looks meanwhile: no file becomes a folder.
+    static Operation Change(const Operation& op, unsigned i) {
+        using Kind = Operation::Kind;
+        Operation change{Kind::Put, op.a / (i + 1), op.b + i, op.c / 7 + i};
+        change.kind = std::vector{Kind::Put, Kind::Erase, Kind::Rename, Kind::Put}[(op.c + i) % 4];
+        if (change.kind == Kind::Put && change.b % 2 == 0)
+            change.c %= static_cast<unsigned>(FolderPool().size() - 1);
+        return change;
     }
-    void Replace(const std::vector<std::string>& dirs) {
-        std::vector<Dir> old = std::move(path);
-        path.clear();
-        for (const std::string& dir : dirs) {
-            const auto kept =
-                std::find_if(old.begin(), old.end(), [&](const Dir& entry) { return entry.name == dir; });
-            if (kept != old.end())
-                path.push_back(*kept);
-            else
-                Add(dir, false);
-        }
-        std::erase_if(frozen, [&](const std::string& dir) { return !IsOnPath(dir); });
-    }
-    void Refresh(bool alsoFrozen) {
+    /// Everything as it is read for the first time.
+    void ReadAnew() {
+        frozen.clear();
+        hidden = false;
+        cwd = Read(cwd.name);
         for (Dir& dir : path)
-            if (alsoFrozen || !frozen.contains(dir.name))
-                dir = Load(dir.name);
-        cwd = Load(cwd.name);
+            dir = Read(dir.name);
     }
     /// Any folder that there is, and every other time one of the path's own.
     std::string Place(unsigned number) const {
         if (number % 2 == 0)
             return PathPool()[number / 2 % PathPool().size()];
-        auto place = disk.begin();
-        std::advance(place, static_cast<std::ptrdiff_t>(number % disk.size()));
-        return place->first;
+        return std::next(disk.begin(), static_cast<std::ptrdiff_t>(number % disk.size()))->first;
     }
+
+  private:
+    std::vector<Dir>::const_iterator FindOnPath(const std::string& name) const {
+        return std::find_if(path.begin(), path.end(), [&](const Dir& dir) { return dir.name == name; });
+    }
+    Dir Read(const std::string& name, const Dir* old = nullptr, bool deep = true) const {
+        return Reader(disk, untold, hidden && !IsOnPath(cwd.name) ? cwd.name : "").Read(name, old, deep);
+    }
+    static Dir Empty(const std::string& name) { return {name, Dir::Kind::Path, {}, {}, {}}; }
+    void Add(const std::string& dir, bool atBegin) {
+        if (!IsOnPath(dir)) { // in its place before it is read, which a hidden current directory can tell
+            Dir& added = *path.insert(atBegin ? path.begin() : path.end(), Empty(dir));
+            added = Read(dir);
+        }
+    }
+    /// What the list names keeps its contents and moves behind what is there; the rest goes.
+    void Replace(const Names& tokens) {
+        changed = false;
+        std::vector<Dir> left = std::move(path);
+        path.clear();
+        for (std::string token : tokens) {
+            std::replace(token.begin(), token.end(), '/', '\\');
+            if (token.size() > 1024) { // ends the work, and nothing goes
+                path.insert(path.begin(), left.begin(), left.end());
+                left.clear();
+                break;
+            }
+            const auto kept =
+                std::find_if(left.begin(), left.end(), [&](const Dir& dir) { return dir.name == token; });
+            if (kept != left.end()) {
+                path.push_back(*kept);
+                left.erase(kept);
+            } else if (!token.empty()) {
+                changed = true;
+                const std::string leaf = LeafOf(token);
+                if (disk.contains(token) && leaf[0] != '@' && leaf[0] != '+' && leaf != "private")
+                    Add(token, false);
+            }
+        }
+        changed = changed || !left.empty();
+        std::erase_if(frozen, [&](const std::string& dir) { return !IsOnPath(dir); });
+    }
+    void Refresh(bool alsoFrozen) {
+        for (Dir& dir : path)
+            if (alsoFrozen || !frozen.contains(dir.name))
+                dir = Read(dir.name, &dir);
+        cwd = Read(cwd.name, &cwd);
+    }
+
     void ChangeDisk(const Operation& op) {
         using Kind = Operation::Kind;
         const std::string place = Place(op.a);
-        if (op.kind == Kind::Put) {
-            const bool isFolder = op.b % 2 == 0;
-            const auto& pool = isFolder ? FolderPool() : FilePool();
-            Put(place, pool[op.c % pool.size()], isFolder);
-            return;
-        }
+        const bool isFolder = op.b % 2 == 0;
+        const Names& pool = isFolder ? FolderPool() : FilePool();
+        const std::string& newName = pool[op.c % pool.size()];
+        if (op.kind == Kind::Put)
+            return Put(place, newName, isFolder ? Entry::Folder : PlainOrClass(newName, op.b / 2));
+        if (op.kind == Kind::Link && hasLinks && !place.starts_with(LinkedFolder))
+            return Put(
+                place, newName,
+                std::vector{Entry::LinkToFolder, Entry::LinkToFile, Entry::LinkToNothing}[op.b / 2 % 3]);
         auto& entries = disk[place];
         if (entries.empty())
             return;
-        auto entry = entries.begin();
-        std::advance(entry, static_cast<std::ptrdiff_t>(op.b % entries.size()));
-        const auto [name, isFolder] = *entry;
-        if (IsRoot(place + "\\" + name))
+        const auto [name, what] =
+            *std::next(entries.begin(), static_cast<std::ptrdiff_t>(op.b % entries.size()));
+        const bool isRoot = std::count(PathPool().begin(), PathPool().end(), place + "\\" + name) +
+                                std::count(CWDPool().begin(), CWDPool().end(), place + "\\" + name) >
+                            0;
+        if (isRoot)
             return;
-        const bool swaps = op.kind == Kind::Swap;
-        if (swaps && std::count(FolderPool().begin(), FolderPool().end(), name) == 0)
-            return; // a listing that said nothing of a file must not be proved wrong behind its back
-        Erase(place, name);
-        if (swaps)
-            Put(place, name, !isFolder);
-        else if (op.kind == Kind::Rename && !isFolder)
-            Put(place, FilePool()[op.c % FilePool().size()], false);
+        if (op.kind == Kind::Rewrite && !IsFolder(what) && !IsLink(what))
+            entries[name] = what == Entry::ClassFile ? Entry::File : PlainOrClass(name, 1);
+        if (op.kind == Kind::Erase || op.kind == Kind::Swap || op.kind == Kind::Rename)
+            Erase(place, name);
+        if (op.kind == Kind::Swap)
+            Put(place, name, IsFolder(what) ? Entry::File : Entry::Folder);
+        if (op.kind == Kind::Rename && !IsFolder(what))
+            Put(place, FilePool()[op.c % FilePool().size()], what == Entry::ClassFile ? Entry::File : what);
     }
-    static bool IsRoot(const std::string& name) {
-        return std::count(PathPool().begin(), PathPool().end(), name) > 0;
+    /// Some files cannot be classes, whatever is in them.
+    static Entry PlainOrClass(const std::string& name, unsigned number) {
+        return number % 2 == 1 && (name.ends_with(".sv") || name.ends_with(".p")) ? Entry::ClassFile
+                                                                                  : Entry::File;
     }
-    void Put(const std::string& place, const std::string& name, bool isFolder) {
+    void Put(const std::string& place, const std::string& name, Entry what) {
         if (disk[place].contains(name) || std::count(place.begin(), place.end(), '\\') > 4)
             return;
-        disk[place][name] = isFolder;
-        if (isFolder)
+        disk[place][name] = what;
+        if (what == Entry::Folder)
             disk[place + "\\" + name];
     }
     void Erase(const std::string& place, const std::string& name) {

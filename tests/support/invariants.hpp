@@ -19,7 +19,13 @@
 /// good news. May be called whenever no operation of the path is running.
 class InvariantCheck {
   public:
-    explicit InvariantCheck(const ovPath& path) : m_manager(static_cast<PathMgr&>(**path)) {}
+    /// @p held are all handles on directories that there are, dead ones included, if they are to be counted.
+    explicit InvariantCheck(const ovPath& path, const std::vector<ovDir>* held = nullptr)
+        : m_manager(static_cast<PathMgr&>(**path)), m_counts(held != nullptr) {
+        if (held)
+            for (const ovDir& dir : *held)
+                ++m_handles[*dir];
+    }
 
     std::string Run() {
         for (int i = 0; i < m_manager.GetPathEntryCount(); ++i)
@@ -37,6 +43,10 @@ class InvariantCheck {
         });
         Expect(chained == m_owned.size(),
                std::to_string(chained) + " items in chains, " + std::to_string(m_owned.size()) + " owned");
+        Expect(m_manager.GetNotifiedDirCount() == m_watched, "count of watched directories");
+        if (m_counts)
+            for (const auto& [record, count] : m_handles)
+                Expect(!record || record->GetRefCount() == count, "handles on a record");
         return m_faults;
     }
 
@@ -53,9 +63,11 @@ class InvariantCheck {
 
     void Collect(PathItemInfo* item, std::size_t place) {
         Expect(item->IsLinked(), "owned and not linked: " + Name(*item));
-        m_owned[item] = place;
+        Expect(m_owned.emplace(item, place).second, "owned twice: " + Name(*item));
     }
     void CollectDir(PathAllDirItemInfo& dir) {
+        m_handles[&dir]; // none, if none is known
+        m_watched += dir.HasNotificationHandle();
         if (dir.IsPathDir())
             Collect(&dir, 0);
         for (std::int32_t group = 0; group < DirChildGroupCount; ++group)
@@ -90,6 +102,9 @@ class InvariantCheck {
     }
 
     PathMgr& m_manager;
+    const bool m_counts;                                ///< are handles counted?
+    std::map<const PathAllDirItemInfo*, int> m_handles; ///< that are held, by record
+    int m_watched = 0;
     std::map<const PathItemInfo*, std::size_t> m_owned; ///< with the place in the owner's container
     std::string m_faults;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include <ovsel/cwd.hpp>
 #include <ovsel/names.hpp>
@@ -196,6 +197,36 @@ PathFileItemInfo* PathAllDirItemInfo::FindNextFile(const PathFileItemInfo* after
     return file == m_files.end() ? nullptr : *file;
 }
 
+/// A record below another that stands in no container at the moment, since it is being read for the first
+/// time or its end is being told. Whoever ends its parent meanwhile has to end it too: nothing may stay in
+/// the chains whose name leads through a record that has gone.
+class PathAllDirItemInfo::Loose {
+  public:
+    explicit Loose(PathAllDirItemInfo& record) : m_record(record), m_held(&record), m_outer(Innermost()) {
+        Innermost() = this;
+    }
+    ~Loose() { Innermost() = m_outer; }
+    Loose(const Loose&) = delete;
+    Loose& operator=(const Loose&) = delete;
+
+    static void EndBelow(const PathAllDirItemInfo& parent) {
+        for (const Loose* loose = Innermost(); loose; loose = loose->m_outer)
+            if (loose->m_record.GetParent() == &parent)
+                loose->m_record.DestroySilently();
+    }
+
+  private:
+    /// Paths live on threads of their own.
+    static Loose*& Innermost() {
+        static thread_local Loose* innermost = nullptr;
+        return innermost;
+    }
+
+    PathAllDirItemInfo& m_record;
+    const ovDir m_held;
+    Loose* const m_outer;
+};
+
 /// Says that a record is being read, as long as it lives.
 class PathAllDirItemInfo::Reading {
   public:
@@ -354,10 +385,8 @@ void PathAllDirItemInfo::RemoveStaleChildren() {
     EndStale(m_packageDirs);
     EndStale(m_classDirs);
     EndStale(m_subDirs);
-    if (m_privateDir && m_privateDir->IsStale()) {
-        m_privateDir->Destroy();
-        m_privateDir = nullptr;
-    }
+    if (m_privateDir && m_privateDir->IsStale())
+        EndPrivateDir();
 }
 
 void PathAllDirItemInfo::ClearContents() {
@@ -366,22 +395,32 @@ void PathAllDirItemInfo::ClearContents() {
     EndAll(m_packageDirs);
     EndAll(m_classDirs);
     EndAll(m_subDirs);
-    if (m_privateDir)
-        m_privateDir->Destroy();
-    m_privateDir = nullptr;
+    EndPrivateDir();
+}
+
+/// As with the others, it has left its place when its end is told: a callback may put another one there.
+void PathAllDirItemInfo::EndPrivateDir() {
+    if (PathPrivateDirItemInfo* last = std::exchange(m_privateDir, nullptr))
+        last->Destroy();
 }
 
 void PathAllDirItemInfo::Destroy() {
     if (m_beingDestroyed)
         return;
     m_beingDestroyed = true;
+    const Loose loose(*this);
     GetManager()->NotifyInterests(this, ovEventDirRemoved);
     DestroySilently();
 }
 
 void PathAllDirItemInfo::DestroySilently() {
+    if (!IsLinked())
+        return; // it went with its parent
     m_beingDestroyed = true;
+    Loose::EndBelow(*this);
     ClearContents();
+    if (!IsLinked())
+        return; // whoever was told of something below has removed the parent
     ReleaseNotification();
     if (IsPathDir())
         static_cast<PathDirItemInfo*>(this)->LeaveFullNameIndex();
@@ -408,11 +447,16 @@ void PathAllDirItemInfo::AddFile(const DirItemInfo& entry, std::uint32_t fileKin
     m_files.push_back(new PathFileItemInfo(GetManager(), this, itemName, name, entry.confirmed, fileKind));
 }
 
+/// @return null if this directory has been removed meanwhile, and the child with it.
 template <class Child>
 std::unique_ptr<Child, PathAllDirItemInfo::Discard>
 PathAllDirItemInfo::LoadedChild(std::u16string_view name, bool freeze, bool confirmed) {
-    std::unique_ptr<Child, Discard> child(new Child(GetManager(), this, name, confirmed));
+    auto* const record = new Child(GetManager(), this, name, confirmed);
+    const Loose loose(*record);
+    std::unique_ptr<Child, Discard> child(record);
     child->Load(freeze);
+    if (!child->IsLinked())
+        child.release(); // it went with this directory, and goes for good with its last handle
     return child;
 }
 

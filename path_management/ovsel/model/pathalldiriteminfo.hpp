@@ -193,6 +193,7 @@ class PathAllDirItemInfo : public PathItemInfo {
     RefreshOptions OptionsFor(ovDirRefreshType type, bool recursive) const;
 
     class Reading;
+    class Loose;
 
     void ReadFromSource(bool freeze);
     void ReadAgain(const RefreshOptions& options);
@@ -200,6 +201,7 @@ class PathAllDirItemInfo : public PathItemInfo {
     void ReloadFromSource(const RefreshOptions& options);
     void MarkAllStale();
     void RemoveStaleChildren();
+    void EndPrivateDir();
     template <class Child>
     Child* AddChild(std::vector<Child*>& children, std::u16string_view name, bool freeze, bool confirmed);
     template <class Child>

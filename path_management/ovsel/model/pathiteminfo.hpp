@@ -68,6 +68,7 @@ class PathItemInfo {
     /// Position on the path of the directory that the item lies under; 0 if there is none.
     std::int32_t GetOrderNumber() const;
 
+    std::int32_t GetRefCount() const { return m_refCount; }
     void AddRef() { ++m_refCount; }
     /// May delete the object.
     void Release();
