@@ -40,7 +40,7 @@ class Storage final : public FakeStorage {
 class Receiver final : public IDirItemsIteratorFactory {
   public:
     explicit Receiver(CachedDirMap& received) : m_received(received) {}
-    void InstallCachedDirItems(const CachedDirMap& contents, const vfs::AbsoluteIRI&) override {
+    void InstallCachedDirItems(CachedDirMap contents, const vfs::AbsoluteIRI&) override {
         m_received = contents;
     }
     std::unique_ptr<IDirItemsIterator> CreateDirItemsIterator(vfs::AbsoluteIRI) override { return nullptr; }

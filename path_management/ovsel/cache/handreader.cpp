@@ -1,7 +1,9 @@
 #include "ovsel/cache/handreader.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstring>
 #include <new>
 #include <optional>
 #include <string_view>
@@ -46,9 +48,22 @@ class LineSource {
 
     /// Passes everything up to @p wanted and that too. @return false at the end of the file.
     bool SkipPast(char wanted) {
-        for (int c = Take(); c != EndOfFile; c = Take())
-            if (c == static_cast<unsigned char>(wanted))
-                return true;
+        return TakePast(wanted, [](std::string_view) { return true; });
+    }
+
+    /// Hands what comes before @p wanted to @p use, a piece at a time, and passes that too. @return false at
+    /// the end of the file, or when @p use wants no more.
+    template <class Use>
+    bool TakePast(char wanted, Use use) {
+        do {
+            const char* const rest = m_line.data() + m_index;
+            if (const char* const found = std::strchr(rest, wanted)) {
+                m_index = static_cast<std::size_t>(found - m_line.data()) + 1;
+                return use(std::string_view(rest, found));
+            }
+            if (!use(std::string_view(rest)))
+                return false;
+        } while (FillLine());
         return false;
     }
 
@@ -138,12 +153,13 @@ class ContentsReader {
         if (!m_source.SkipPast('"'))
             return false;
         m_nameLength = 0;
-        for (int c = m_source.Take(); c != '"'; c = m_source.Take()) {
-            if (c == EndOfFile || m_nameLength == MostNameBytes)
+        return m_source.TakePast('"', [this](std::string_view piece) {
+            if (m_nameLength + piece.size() > MostNameBytes)
                 return false;
-            m_name[m_nameLength++] = static_cast<char>(c == '/' ? '\\' : c);
-        }
-        return true;
+            std::replace_copy(piece.begin(), piece.end(), m_name.begin() + m_nameLength, '/', '\\');
+            m_nameLength += piece.size();
+            return true;
+        });
     }
 
     std::string_view Name() const { return {m_name.data(), m_nameLength}; }
