@@ -55,7 +55,13 @@ CwdEvent::CwdEvent(const CwdEvent& other) = default;
 
 CwdEvent::~CwdEvent() = default;
 
-eventmgr::BaseEvent* CwdEvent::clone() const { return new (std::nothrow) CwdEvent(*this); }
+eventmgr::BaseEvent* CwdEvent::clone() const {
+    try {
+        return new CwdEvent(*this);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
 
 bool CwdEvent::canBeSerialized() const { return BaseEvent::canBeSerialized(); }
 

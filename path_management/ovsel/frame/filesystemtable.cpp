@@ -14,8 +14,11 @@ std::int32_t FileSystemTable::RowOf(const ustring& fileSystemName, bool caseSens
         return NamesEqual(row.name, fileSystemName, caseSensitive);
     });
     const auto index = found - m_rows.begin();
-    if (found == m_rows.end())
-        m_rows.emplace_back().name = fileSystemName;
+    if (found == m_rows.end()) {
+        FileSystemEntry row;
+        row.name = fileSystemName;
+        m_rows.push_back(std::move(row));
+    }
     return static_cast<std::int32_t>(index);
 }
 

@@ -180,8 +180,10 @@ class IPathManager {
     /// Searches tell when they begin and end: an item that one of them takes away may be the next of another.
     virtual void SearchBegins() = 0;
     virtual void SearchEnds() = 0;
+    /// Makes sure that the next DeleteAfterSearches has the memory for what it notes.
+    virtual void PrepareDeletion() = 0;
     /// Deletes an unlinked item that no handle holds when the last search has ended; at once if there is
-    /// none.
+    /// none. @pre PrepareDeletion
     virtual void DeleteAfterSearches(PathItemInfo* item) = 0;
     /// Makes a directory name absolute; a failure is reported as a warning, save for those that have no
     /// message.

@@ -13,6 +13,7 @@
 #include "ovsel/lookup/nametable.hpp"
 #include "ovsel/model/nulldiriteminfo.hpp"
 #include "ovsel/model/pathdiriteminfo.hpp"
+#include "ovsel/names/makeroom.hpp"
 #include "ovsel/reading/diritemsiteratorfactory.hpp"
 #include "ovsel/reading/idiritemsiterator.hpp"
 #include "ovsel/reading/vfsmode.hpp"
@@ -289,6 +290,8 @@ void PathMgr::SearchEnds() {
     for (PathItemInfo* item : std::exchange(m_itemsToDelete, {}))
         item->DeleteIfUnreferenced();
 }
+
+void PathMgr::PrepareDeletion() { MakeRoom(m_itemsToDelete); }
 
 void PathMgr::DeleteAfterSearches(PathItemInfo* item) {
     if (m_searchCount > 0)

@@ -143,6 +143,7 @@ class PathMgr final : public IPathManager {
     void SetDirItemsIteratorFactory(std::unique_ptr<IDirItemsIteratorFactory> factory) override;
     void SearchBegins() override { ++m_searchCount; }
     void SearchEnds() override;
+    void PrepareDeletion() override;
     void DeleteAfterSearches(PathItemInfo* item) override;
     void ResolveDirLocation(DirLocation& result, const ustring& name) override;
 

@@ -11,14 +11,22 @@
 // whole directory, run by run. A run is all neighbours of one order number.
 
 void PathItemInfo::LinkAtHead() {
-    m_pathDir->AddPendingItem(this); // first, since it may run out of memory
-    m_pending = true;
+    m_pathDir->MakeRoomForPendingItem();
     const NameCategory category = GetCategory();
     const PathNameInfo::Chain chain = m_nameInfo->GetEnds(category);
+    // The last that may run out of memory.
     m_nameInfo->SetEnds(category, {this, chain.last ? chain.last : this});
     m_next = chain.first;
     if (m_next)
         m_next->m_prev = this;
+    m_pathDir->AddPendingItem(this);
+    m_pending = true;
+}
+
+void PathItemInfo::LinkAtHead(std::u16string_view name) {
+    m_pathDir->MakeRoomForPendingItem(); // first, so that a new name entry does not stay without an item
+    m_nameInfo = GetManager()->AddNameInfo(name, m_spelling);
+    LinkAtHead();
 }
 
 void PathItemInfo::Unlink() {

@@ -13,8 +13,8 @@ void FullNameIndex::Enter(PathDirItemInfo* record) {
 }
 
 void FullNameIndex::Leave(PathDirItemInfo* record) {
-    const NameKey key(record->GetStoredFullName());
-    const auto [begin, end] = m_records.equal_range(key.GetHash());
+    const NameKey::Digest key(record->GetStoredFullName());
+    const auto [begin, end] = m_records.equal_range(key.hash);
     const auto found = std::find_if(begin, end, [&](const auto& entry) { return entry.second == record; });
     if (found == end)
         return;

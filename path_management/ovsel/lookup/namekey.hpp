@@ -21,8 +21,23 @@ class NameKey {
         }
     }
 
+    /// What a key of the name would answer. Takes no memory: what is removed must be found without fail.
+    struct Digest {
+        explicit Digest(std::u16string_view name) : hash(Mix(name.size() + 1)) {
+            for (std::size_t i = 0; i * unitsPerWord < name.size(); ++i) {
+                const std::uint64_t word = Lowered(WordAt(name, i));
+                seen |= word;
+                hash = Mix(hash ^ word);
+            }
+        }
+        bool IsAscii() const { return (seen & beyondAscii) == 0; }
+
+        std::uint64_t hash;
+        std::uint64_t seen = 0; ///< every bit that any word has
+    };
+
     std::uint64_t GetHash() const { return m_hash; }
-    bool IsAscii() const { return (m_seen & 0xff80'ff80'ff80'ff80) == 0; }
+    bool IsAscii() const { return (m_seen & beyondAscii) == 0; }
 
     /// Is this the key of @p name?
     bool IsKeyOf(std::u16string_view name) const {
@@ -46,6 +61,7 @@ class NameKey {
     }
 
   private:
+    static constexpr std::uint64_t beyondAscii = 0xff80'ff80'ff80'ff80;
     static constexpr std::size_t unitsPerWord = 4;
     static constexpr std::size_t usualWords = 64 / unitsPerWord;
 

@@ -20,7 +20,7 @@ PathNameInfo* NameTable::Add(std::u16string_view name, std::int32_t& spelling) {
 }
 
 void NameTable::Remove(PathNameInfo* info) {
-    const auto found = m_slots.find(NameKey(info->FirstSpelling()));
+    const auto found = m_slots.find(Slot{NameKey::Digest(info->FirstSpelling()).hash, info});
     if (found == m_slots.end())
         return;
     m_slots.erase(found);

@@ -108,9 +108,8 @@ std::u16string_view WithoutSentinel(const DirItemInfo& entry) {
 
 } // namespace
 
-PathAllDirItemInfo::PathAllDirItemInfo(IPathManager* manager, const ustring& fullName,
-                                       std::u16string_view leaf, ovDirType type)
-    : PathItemInfo(manager, nullptr, leaf, true, type != ovDirTypeNull, ItemClassOf(type)),
+PathAllDirItemInfo::PathAllDirItemInfo(IPathManager* manager, const ustring& fullName, ovDirType type)
+    : PathItemInfo(manager, nullptr, {}, true, ItemClassOf(type)),
       m_manager(manager),
       m_dirType(type),
       m_changeSeen(false),
@@ -123,7 +122,7 @@ PathAllDirItemInfo::PathAllDirItemInfo(IPathManager* manager, const ustring& ful
 // A child lies where its path directory lies; the system is asked about that one only.
 PathAllDirItemInfo::PathAllDirItemInfo(IPathManager* manager, PathAllDirItemInfo* parent,
                                        std::u16string_view name, bool confirmed, ovDirType type)
-    : PathItemInfo(manager, parent, name, confirmed, true, ItemClassOf(type)),
+    : PathItemInfo(manager, parent, name, confirmed, ItemClassOf(type)),
       m_manager(manager),
       m_dirType(type),
       m_changeSeen(false),

@@ -144,8 +144,7 @@ class PathAllDirItemInfo : public PathItemInfo {
 
   protected:
     /// A path-level record.
-    PathAllDirItemInfo(IPathManager* manager, const ustring& fullName, std::u16string_view leaf,
-                       ovDirType type);
+    PathAllDirItemInfo(IPathManager* manager, const ustring& fullName, ovDirType type);
     /// A record below another.
     PathAllDirItemInfo(IPathManager* manager, PathAllDirItemInfo* parent, std::u16string_view name,
                        bool confirmed, ovDirType type);

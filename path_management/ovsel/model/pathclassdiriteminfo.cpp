@@ -9,8 +9,8 @@
 PathClassDirItemInfo::PathClassDirItemInfo(IPathManager* manager, PathAllDirItemInfo* parent,
                                            std::u16string_view name, bool confirmed)
     : PathAllDirItemInfo(manager, parent, name, confirmed, ovDirTypeClass) {
-    LinkAtHead();
     manager->AssignFileSystem(this);
+    LinkAtHead();
 }
 
 void PathClassDirItemInfo::AppendName(ustring& path) const {

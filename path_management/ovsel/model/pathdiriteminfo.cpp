@@ -33,31 +33,36 @@ ustring NativeNameOf(const vfs::AbsoluteIRI& location) {
 
 PathDirItemInfo::PathDirItemInfo(IPathManager* manager, const ustring& fullName, std::u16string_view leaf,
                                  std::int32_t position, ovDirType type)
-    : PathAllDirItemInfo(manager, fullName, leaf, type), m_order(position), m_fullName(fullName) {
+    : PathAllDirItemInfo(manager, fullName, type), m_order(position), m_fullName(fullName) {
     if (IsVFSMode())
         m_directoryIRI = LocationOf(fullName);
-    Enter();
+    Prepare();
     if (!m_fullName.empty())
         manager->AssignFileSystem(this);
+    if (type != ovDirTypeNull)
+        Enter(leaf);
 }
 
 PathDirItemInfo::PathDirItemInfo(IPathManager* manager, const vfs::AbsoluteIRI& location,
                                  std::int32_t position, ovDirType type)
-    : PathAllDirItemInfo(manager, NativeNameOf(location), location.getName(), type),
+    : PathAllDirItemInfo(manager, NativeNameOf(location), type),
       m_order(position),
       m_fullName(vfs::fromAbsoluteIRI(location)),
       m_directoryIRI(location) {
-    Enter();
+    Prepare();
+    Enter(location.getName());
 }
 
-void PathDirItemInfo::Enter() {
+void PathDirItemInfo::Prepare() {
     m_positions.reserve(1);
     m_preFrozen = ComputePreFrozen();
     SetPathDir(this);
-    if (!GetNameInfo())
-        return;
+}
+
+/// The last step of construction.
+void PathDirItemInfo::Enter(std::u16string_view leaf) {
     m_fullNameEntry.emplace(*this);
-    LinkAtHead();
+    LinkAtHead(leaf);
 }
 
 void PathDirItemInfo::LeaveFullNameIndex() { m_fullNameEntry.reset(); }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "ovsel/model/pathalldiriteminfo.hpp"
+#include "ovsel/names/makeroom.hpp"
 
 class PathInfo;
 
@@ -49,6 +50,8 @@ class PathDirItemInfo : public PathAllDirItemInfo {
 
     /// Notes an item that stands at the head of its chain and has not been put in its place.
     void AddPendingItem(PathItemInfo* item) { m_pendingItems.push_back(item); }
+    /// So that the next item can be noted without fail.
+    void MakeRoomForPendingItem() { MakeRoom(m_pendingItems); }
     void RemovePendingItem(const PathItemInfo* item) { std::erase(m_pendingItems, item); }
     bool HasPendingItems() const { return !m_pendingItems.empty(); }
     /// Puts all of them in their places. Chains are in path order afterwards.
@@ -67,7 +70,8 @@ class PathDirItemInfo : public PathAllDirItemInfo {
         PathDirItemInfo& m_record;
     };
 
-    void Enter();
+    void Prepare();
+    void Enter(std::u16string_view leaf);
     bool ComputePreFrozen() const;
 
     std::int32_t m_order;

@@ -7,7 +7,7 @@
 PathFileItemInfo::PathFileItemInfo(IPathManager* manager, PathAllDirItemInfo* parent,
                                    std::u16string_view itemName, std::u16string_view diskName, bool confirmed,
                                    std::uint32_t fileKind)
-    : PathItemInfo(manager, parent, itemName, confirmed, true, ItemClass::File), m_extension(diskName) {
+    : PathItemInfo(manager, parent, itemName, confirmed, ItemClass::File), m_extension(diskName) {
     SetFileKind(fileKind);
     LinkAtHead();
 }
@@ -38,6 +38,7 @@ void PathFileItemInfo::RemoveFromParent() {
 }
 
 void PathFileItemInfo::ConvertToSubDir() {
+    GetManager()->PrepareDeletion();
     // The directory comes first, so that the name entry never stands empty.
     GetParent()->AddSubDir(GetName(), true);
     GetPathDir()->PlacePendingItems();

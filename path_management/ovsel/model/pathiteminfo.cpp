@@ -13,7 +13,7 @@ constexpr std::size_t fullNameCapacity = 1024;
 } // namespace
 
 PathItemInfo::PathItemInfo(IPathManager* manager, PathAllDirItemInfo* parent, std::u16string_view name,
-                           bool verified, bool registerName, ItemClass itemClass)
+                           bool verified, ItemClass itemClass)
     : m_parent(parent),
       m_pathDir(parent ? parent->GetPathDir() : nullptr),
       m_linked(true),
@@ -23,8 +23,14 @@ PathItemInfo::PathItemInfo(IPathManager* manager, PathAllDirItemInfo* parent, st
       m_itemClass(static_cast<std::uint32_t>(itemClass) & 7u),
       m_fileKind(0) {
     m_direct = m_parent == m_pathDir;
-    if (registerName)
+    if (m_parent)
         m_nameInfo = manager->AddNameInfo(name, m_spelling);
+}
+
+PathItemInfo::~PathItemInfo() {
+    // Whatever was built to the end has been unlinked.
+    if (m_linked && m_nameInfo && m_nameInfo->HasNoItems())
+        m_parent->GetManager()->RemoveNameInfo(m_nameInfo);
 }
 
 /// Other records belong to the path of the directory that owns them.

@@ -25,7 +25,9 @@ enum class ItemClass : std::uint32_t { File, SubDir, PathDir, PackageDir, ClassD
 /// count may be asked, until the last handle goes.
 class PathItemInfo {
   public:
-    virtual ~PathItemInfo() = default;
+    /// Of an item whose construction fails before it is linked, the name entry goes too if it was made for
+    /// it.
+    virtual ~PathItemInfo();
     PathItemInfo(const PathItemInfo&) = delete;
     PathItemInfo& operator=(const PathItemInfo&) = delete;
 
@@ -77,7 +79,8 @@ class PathItemInfo {
 
     // The chain operations stand with the name index.
 
-    /// Makes the item the head of its chain and notes it as pending; the last step of construction.
+    /// Makes the item the head of its chain and notes it as pending; the last step of construction, since
+    /// only an item that is whole can be unlinked again.
     void LinkAtHead();
     /// Moves the run of items of this order number to where that number belongs in the chain, which is sorted
     /// but for this run. A new run goes in front of items of equal order.
@@ -93,11 +96,12 @@ class PathItemInfo {
     }
 
   protected:
-    /// @p parent is null for path-level records. @p registerName false leaves the record without a name
-    /// entry.
+    /// @p parent is null for path-level records, which get their name entry when they are linked.
     PathItemInfo(IPathManager* manager, PathAllDirItemInfo* parent, std::u16string_view name, bool verified,
-                 bool registerName, ItemClass itemClass);
+                 ItemClass itemClass);
 
+    /// Links a path-level record under the name.
+    void LinkAtHead(std::u16string_view name);
     void SetPathDir(PathDirItemInfo* pathDir) { m_pathDir = pathDir; }
     /// For a record that is in no chain.
     void MarkUnlinked() { m_linked = false; }

@@ -9,8 +9,8 @@
 PathPackageDirItemInfo::PathPackageDirItemInfo(IPathManager* manager, PathAllDirItemInfo* parent,
                                                std::u16string_view name, bool confirmed)
     : PathAllDirItemInfo(manager, parent, name, confirmed, ovDirTypePackage) {
-    LinkAtHead();
     manager->AssignFileSystem(this);
+    LinkAtHead();
 }
 
 void PathPackageDirItemInfo::AppendName(ustring& path) const {

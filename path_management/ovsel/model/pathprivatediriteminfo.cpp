@@ -7,8 +7,8 @@
 PathPrivateDirItemInfo::PathPrivateDirItemInfo(IPathManager* manager, PathAllDirItemInfo* parent,
                                                std::u16string_view name, bool confirmed)
     : PathAllDirItemInfo(manager, parent, name, confirmed, ovDirTypePrivate) {
-    LinkAtHead();
     manager->AssignFileSystem(this);
+    LinkAtHead();
 }
 
 // A private file defines no class, whatever the source says of it.

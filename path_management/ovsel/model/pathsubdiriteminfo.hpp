@@ -8,7 +8,7 @@ class PathSubDirItemInfo final : public PathItemInfo {
   public:
     PathSubDirItemInfo(IPathManager* manager, PathAllDirItemInfo* parent, std::u16string_view name,
                        bool confirmed)
-        : PathItemInfo(manager, parent, name, confirmed, true, ItemClass::SubDir) {
+        : PathItemInfo(manager, parent, name, confirmed, ItemClass::SubDir) {
         LinkAtHead();
     }
 
