@@ -40,7 +40,8 @@ inline constexpr std::uint32_t ChangeSize = 0x8;       ///< a file's size
 inline constexpr std::uint32_t ChangeLastWrite = 0x10; ///< a file's time of writing
 /// @}
 
-/// The seam between the library and the machine. An implementation may throw std::bad_alloc and nothing else.
+/// The seam between the library and the machine. An implementation may throw std::bad_alloc and nothing else,
+/// and nothing at all where something is given back: in FindCloseChangeNotification and EndChangeChecks.
 /// Called on the host's one thread; outlives every call that it serves.
 class OVSEL_HOST_API IPlatform {
   public:

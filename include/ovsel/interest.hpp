@@ -10,7 +10,8 @@
 /// @file
 /// Interest in a path: callbacks that are told when it changes.
 
-/// What happened. "Directory" is the second argument of the callback; "none" stands for the null record.
+/// What happened. "Directory" is the second argument of the callback; "none" stands for the null record. What
+/// tells an end comes also when a hook has thrown in between.
 enum ovEventType : std::uint32_t {
     ovEventDirContentsLoaded = 0, ///< directory: it has been read again
     ovEventPathReplaceBegin = 1,  ///< none

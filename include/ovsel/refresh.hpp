@@ -12,7 +12,8 @@
 ///
 /// All names are absolute, in UTF-16 or narrow (the encoding of file names). Paths must be in service and
 /// handles live: see handles.hpp. A refresh reads directories through the I/O hooks and lets through what
-/// those throw; a directory that was being read then keeps what had been read.
+/// those throw; a directory that was being read then keeps what had been read, and a check reads it again. A
+/// frozen one is passed over by checks: there the forced reload has to be repeated.
 
 /// What a refresh does with a directory. 0 acts as ovRefreshCheck.
 enum ovDirRefreshType : std::uint32_t {

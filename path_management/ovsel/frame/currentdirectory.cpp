@@ -7,6 +7,7 @@
 #include "host_interfaces/diagnostics.hpp"
 #include "host_interfaces/filesystem.hpp"
 #include "host_interfaces/text.hpp"
+#include "ovsel/frame/eventbracket.hpp"
 #include "ovsel/frame/handlecheck.hpp"
 #include "ovsel/frame/ipathmanager.hpp"
 #include "ovsel/frame/pathinfo.hpp"
@@ -104,14 +105,12 @@ const char* PathInfo::ResolveCWDName(const ustring& name, ustring& resolved) con
 }
 
 void PathInfo::InstallCWD(const ustring& name) {
-    m_manager->NotifyInterests(m_manager->GetNullDir(), ovEventCWDChangeBegin);
+    const EventBracket told(*m_manager, m_manager->GetNullDir(), ovEventCWDChangeBegin, ovEventCWDChangeEnd);
     if (!m_manager->IsValid())
         return; // a callback has removed the path
     const ovDir record(ReplaceCWD(name));
-    if (!*record)
-        return;
-    m_manager->NotifyInterests(*record, ovEventDirAdded);
-    m_manager->NotifyInterests(m_manager->GetNullDir(), ovEventCWDChangeEnd);
+    if (*record)
+        m_manager->NotifyInterests(*record, ovEventDirAdded);
 }
 
 /// Ends the old record and reads the new one; null if a callback has removed the path meanwhile.
@@ -124,9 +123,10 @@ PathDirItemInfo* PathInfo::ReplaceCWD(const ustring& name) {
     m_entries.front() = nullptr;
     if (!m_manager->IsValid())
         return nullptr;
-    auto* record = new PathDirItemInfo(m_manager, name, FilePartOf(name), 0, ovDirTypePath);
+    PathDirItemInfo::Owner made(new PathDirItemInfo(m_manager, name, FilePartOf(name), 0, ovDirTypePath));
+    m_manager->RegisterDirRecord(made.get());
+    PathDirItemInfo* const record = made.release();
     m_entries.front() = record;
-    m_manager->RegisterDirRecord(record);
     record->SetPositionIn(this, 0);
     const ovDir held(record);
     try {

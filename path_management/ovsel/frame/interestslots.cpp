@@ -1,8 +1,9 @@
 #include "ovsel/frame/interestslots.hpp"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <exception>
-#include <string>
 #include <utility>
 
 #include <ovsel/interest.hpp>
@@ -27,18 +28,20 @@ void InterestSlots::Cancel(int index) {
 
 namespace {
 
-/// The texts say what went wrong to whoever stands in a debugger here; no hook gets them.
+/// The texts say what went wrong to whoever stands in a debugger here; no hook gets them. They take no
+/// memory, of which there may be none.
 void CallGuarded(const InterestSlots::Callback& callback, ovEventType event, PathAllDirItemInfo* dir) {
+    std::array<char, 512> text;
     try {
         callback(event, ovDir(dir));
     } catch (const std::exception& e) {
-        [[maybe_unused]] const std::string text =
-            std::string("Registered Path Manager notification callback threw an exception. "
-                        "Exception.what says '") +
-            e.what() + "'";
+        std::snprintf(text.data(), text.size(),
+                      "Registered Path Manager notification callback threw an exception. "
+                      "Exception.what says '%s'",
+                      e.what());
     } catch (...) {
-        [[maybe_unused]] const std::string text =
-            "Registered Path Manager notification callback threw an unknown exception.";
+        std::snprintf(text.data(), text.size(),
+                      "Registered Path Manager notification callback threw an unknown exception.");
     }
 }
 

@@ -6,6 +6,7 @@
 #include <ovsel/names.hpp>
 
 #include "host_interfaces/filesystem.hpp"
+#include "ovsel/frame/eventbracket.hpp"
 #include "ovsel/frame/ipathmanager.hpp"
 #include "ovsel/frame/messages.hpp"
 #include "ovsel/model/nulldiriteminfo.hpp"
@@ -134,7 +135,8 @@ void PathInfo::MoveEntryToEnd(PathDirItemInfo* record) {
 }
 
 bool PathInfo::ReplacePath(const ustring& path) {
-    m_manager->NotifyInterests(m_manager->GetNullDir(), ovEventPathReplaceBegin);
+    const EventBracket told(*m_manager, m_manager->GetNullDir(), ovEventPathReplaceBegin,
+                            ovEventPathReplaceEnd);
     if (!m_manager->IsValid())
         return false;
     SetReplaceMarks(true);
@@ -143,7 +145,6 @@ bool PathInfo::ReplacePath(const ustring& path) {
         SetReplaceMarks(false);
     if (RemoveMarked())
         changed = true;
-    m_manager->NotifyInterests(m_manager->GetNullDir(), ovEventPathReplaceEnd);
     return changed;
 }
 

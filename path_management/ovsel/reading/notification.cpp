@@ -1,5 +1,6 @@
 #include <array>
 #include <charconv>
+#include <utility>
 
 #include <ovsel/names.hpp>
 
@@ -65,23 +66,24 @@ void PathAllDirItemInfo::StartChangeDetection(bool watch) {
         return;
     }
     const ustring name = GetCheckName();
-    m_notificationHandle = host::Platform().FindFirstChangeNotification(name, false, watchedChanges);
-    ReportDiagnostic("inUseFindFirstDirCheck", [&] {
-        return Arguments{Number(GetManager()->GetNotifiedDirCount()), Hex(m_notificationHandle, "0x"), name};
-    });
-
     FileSystemEntry& fs = GetManager()->GetFileSystemEntry(m_fileSystemIndex);
     const bool isFirstOnFileSystem = fs.m_handlesObtained == 0 && fs.m_handleFailures == 0;
-    if (m_remote && (fs.m_probeState < ProbeWritten || isFirstOnFileSystem))
-        ProbeNotification(name);
+    const int notifiedBefore = GetManager()->GetNotifiedDirCount();
+    // What holds is noted before anybody is told, who may throw.
+    m_notificationHandle = host::Platform().FindFirstChangeNotification(name, false, watchedChanges);
+    m_refreshPolicy = HasNotificationHandle() ? ovRefreshNotified : PolicyWithoutHandle();
     if (HasNotificationHandle()) {
-        m_refreshPolicy = ovRefreshNotified;
         ++fs.m_handlesObtained;
         GetManager()->IncrementNotifiedDirCount();
-        return;
     }
+    ReportDiagnostic("inUseFindFirstDirCheck", [&] {
+        return Arguments{Number(notifiedBefore), Hex(m_notificationHandle, "0x"), name};
+    });
+    if (m_remote && (fs.m_probeState < ProbeWritten || isFirstOnFileSystem))
+        ProbeNotification(name);
+    if (HasNotificationHandle())
+        return;
     HandleRefused(name);
-    m_refreshPolicy = PolicyWithoutHandle();
     if (!IsByTimeStamp(m_refreshPolicy))
         return;
     if (GetDirType() != ovDirTypeCWD && fs.m_probeState == ProbeImpossible && fs.m_handlesObtained != 0)
@@ -165,10 +167,14 @@ void PathAllDirItemInfo::ReleaseNotification() {
     m_refreshPolicy = ovRefreshNever;
     if (!HasNotificationHandle())
         return;
-    ReportDiagnostic("releaseNotificationHandle", [&] { return Arguments{ustring(GetName())}; });
-    host::Platform().FindCloseChangeNotification(m_notificationHandle);
+    try {
+        ReportDiagnostic("releaseNotificationHandle", [&] { return Arguments{ustring(GetName())}; });
+    } catch (...) {
+        // A removal that has begun is not to be stopped.
+    }
     GetManager()->DecrementNotifiedDirCount();
-    m_notificationHandle = host::InvalidChangeHandle;
+    host::Platform().FindCloseChangeNotification(
+        std::exchange(m_notificationHandle, host::InvalidChangeHandle));
 }
 
 bool PathAllDirItemInfo::CheckChanged() {
@@ -200,15 +206,17 @@ bool PathAllDirItemInfo::CheckNotification() {
     });
     if (result == host::WaitTimeout)
         return NoChangeSeen();
-    if (result == host::WaitObject0)
-        host::Platform().FindNextChangeNotification(m_notificationHandle);
-    else if (m_remote)
+    if (result != host::WaitObject0 && m_remote)
         return NoChangeSeen(); // a server that does not answer has not changed
     // A local handle that has gone bad counts as a change at every check, until it is released.
     m_changeSeen = true;
     if (m_refreshPolicy <= ovRefreshByTimeStamp)
         m_dirTimeStamp = 1;
-    return TakeAsChanged();
+    TakeAsChanged();
+    // Last, so that no change is consumed and forgotten.
+    if (result == host::WaitObject0)
+        host::Platform().FindNextChangeNotification(m_notificationHandle);
+    return true;
 }
 
 void PathAllDirItemInfo::ApplyRefreshPolicy(ovRefreshPolicy policy) {

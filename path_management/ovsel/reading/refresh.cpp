@@ -2,6 +2,7 @@
 #include <exception>
 #include <iterator>
 
+#include "ovsel/frame/eventbracket.hpp"
 #include "ovsel/frame/ipathmanager.hpp"
 #include "ovsel/frame/pathinfo.hpp"
 #include "ovsel/model/nulldiriteminfo.hpp"
@@ -18,8 +19,9 @@ namespace {
 class ChangeChecks {
   public:
     ChangeChecks() {
-        if (Depth()++ == 0)
+        if (Depth() == 0)
             host::Platform().BeginChangeChecks();
+        ++Depth();
     }
     ~ChangeChecks() {
         if (--Depth() == 0)
@@ -86,9 +88,12 @@ class KeptFrozen {
     KeptFrozen(const KeptFrozen&) = delete;
     KeptFrozen& operator=(const KeptFrozen&) = delete;
 
+    /// The state as it is now is the one to keep.
+    void LetGo() { m_wasFrozen = false; }
+
   private:
     DirState& m_state;
-    const bool m_wasFrozen;
+    bool m_wasFrozen;
 };
 
 /// Visits the children that there are now and that no callback has taken away when their turn comes.
@@ -154,8 +159,11 @@ bool PathAllDirItemInfo::Refresh(const RefreshOptions& options) {
     const bool wanted = checks ? before != DirFrozen && IsChanged()
                                : options.type == ovRefreshReloadFrozen ||
                                      (options.type == ovRefreshReload && before != DirFrozen);
-    if (wanted)
+    if (wanted) {
+        if (before == DirUnloaded) // a hook threw in its first reading, which did not come to that
+            StartChangeDetection(!options.freeze);
         m_state = DirChanged;
+    }
     const bool reload = m_state == DirChanged;
     if (reload) {
         Reload(options);
@@ -183,13 +191,12 @@ bool PathAllDirItemInfo::RefreshChildren(const RefreshOptions& options) {
 }
 
 void PathAllDirItemInfo::RefreshDirectory(ovDirRefreshType type) {
-    GetManager()->NotifyInterests(this, ovEventRefreshBegin);
-    if (m_dirType != ovDirTypeNull && IsLinked()) {
-        const ChangeChecks checks;
-        const Placing placing(GetPathDir());
-        Refresh(OptionsFor(type, false));
-    }
-    GetManager()->NotifyInterests(this, ovEventRefreshEnd);
+    const EventBracket told(*GetManager(), this, ovEventRefreshBegin, ovEventRefreshEnd);
+    if (m_dirType == ovDirTypeNull || !IsLinked())
+        return;
+    const ChangeChecks checks;
+    const Placing placing(GetPathDir());
+    Refresh(OptionsFor(type, false));
 }
 
 void PathAllDirItemInfo::RefreshTree(ovDirRefreshType type) {
@@ -200,15 +207,12 @@ void PathAllDirItemInfo::RefreshTree(ovDirRefreshType type) {
 }
 
 void PathInfo::RefreshAllDirectories(ovDirRefreshType type) {
-    m_manager->NotifyInterests(m_manager->GetNullDir(), ovEventRefreshBegin);
-    {
-        const ChangeChecks checks;
-        if (!LooksAtNewsOnly(*m_manager, type))
-            RefreshAllEntries(type);
-        else if (host::Platform().HasNews())
-            RefreshEntriesWithNews(type);
-    }
-    m_manager->NotifyInterests(m_manager->GetNullDir(), ovEventRefreshEnd);
+    const EventBracket told(*m_manager, m_manager->GetNullDir(), ovEventRefreshBegin, ovEventRefreshEnd);
+    const ChangeChecks checks;
+    if (!LooksAtNewsOnly(*m_manager, type))
+        RefreshAllEntries(type);
+    else if (host::Platform().HasNews())
+        RefreshEntriesWithNews(type);
 }
 
 /// Supposes that it leaves the path settled, for whoever does not to take it back.
@@ -287,8 +291,10 @@ void PathAllDirItemInfo::SetFrozenOne(bool freeze, const RefreshOptions& options
     if (freeze == IsFrozen())
         return;
     if (!freeze) {
+        KeptFrozen unlessItFails(m_state);
         m_state = DirRecheck;
         StartChangeDetection(true);
+        unlessItFails.LetGo();
         return;
     }
     if (m_state != DirLoaded) {
