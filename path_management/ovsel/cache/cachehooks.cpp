@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <optional>
 
 #include "host_interfaces/filesystem.hpp"
@@ -15,10 +16,15 @@ namespace Quorrant::ovsel {
 
 namespace {
 
+struct FreeUnits {
+    void operator()(void* units) const { HostFree(units); }
+};
+
 template <class Unit>
-Unit* AllocateUnits(std::size_t count) {
+std::unique_ptr<Unit[], FreeUnits> AllocateUnits(std::size_t count) {
     // At least one, so that an empty answer is not taken for a lack of memory.
-    return static_cast<Unit*>(HostMallocWithCheck(std::max<std::size_t>(count, 1) * sizeof(Unit)));
+    void* const units = HostMallocWithCheck(std::max<std::size_t>(count, 1) * sizeof(Unit));
+    return std::unique_ptr<Unit[], FreeUnits>(static_cast<Unit*>(units));
 }
 
 constexpr unsigned short FileWord = 0x8000;
@@ -44,10 +50,10 @@ char16_t UnitOf(char byte) { return static_cast<char16_t>(static_cast<signed cha
 
 /// What a listing hook hands out for a directory of the cache.
 char16_t* HandOut(const CacheDirNode& node, bool caseSensitive, unsigned short** attributes) {
-    auto* names = AllocateUnits<char16_t>(node.m_namesLength);
-    auto* words = attributes ? AllocateUnits<unsigned short>(node.m_lettersCount) : nullptr;
+    auto names = AllocateUnits<char16_t>(node.m_namesLength);
+    auto words = AllocateUnits<unsigned short>(node.m_lettersCount);
     SpecialNames special(caseSensitive);
-    char16_t* end = names;
+    char16_t* end = names.get();
     std::size_t count = 0;
     const char* name = node.m_names;
     for (std::size_t i = 0; i < node.m_lettersCount; ++i, name += std::strlen(name) + 1) {
@@ -59,13 +65,12 @@ char16_t* HandOut(const CacheDirNode& node, bool caseSensitive, unsigned short**
             continue;
         }
         *end++ = u'\0';
-        if (words)
-            words[count++] = word;
+        words[count++] = word;
     }
     *end = u'\0';
     if (attributes)
-        *attributes = words;
-    return names;
+        *attributes = words.release();
+    return names.release();
 }
 
 void TraceName(const char* format, const ustring& name) {

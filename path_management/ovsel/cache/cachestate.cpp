@@ -42,10 +42,9 @@ void CacheState::ResetCounts() {
 }
 
 void CacheState::SetTree(std::unique_ptr<CacheDirNode> root) {
+    std::shared_ptr<CacheTree> made = root ? std::make_shared<CacheTree>(std::move(root)) : nullptr;
     lastHit.reset();
-    tree.reset();
-    if (root)
-        tree = std::make_shared<CacheTree>(std::move(root));
+    tree = std::move(made);
 }
 
 std::string PrintableName(const ustring& name) {

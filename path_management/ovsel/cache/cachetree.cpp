@@ -26,17 +26,16 @@ const CacheTree::Index& CacheTree::IndexFor(bool caseSensitive) {
     std::optional<Index>& index = m_indexes[caseSensitive ? 1 : 0];
     if (index)
         return *index;
-    index.emplace();
-    index->first.reserve(m_nodes.size());
-    index->next.resize(m_nodes.size(), Nowhere);
+    Index made;
+    made.first.reserve(m_nodes.size());
+    made.next.resize(m_nodes.size(), Nowhere);
     for (auto place = static_cast<Place>(m_nodes.size()); place-- > 0;) {
         const ustring& name = m_nodes[place].node->m_name;
-        Place& first =
-            index->first.try_emplace(caseSensitive ? name : FoldedName(name), Nowhere).first->second;
-        index->next[place] = first;
+        Place& first = made.first.try_emplace(caseSensitive ? name : FoldedName(name), Nowhere).first->second;
+        made.next[place] = first;
         first = place;
     }
-    return *index;
+    return index.emplace(std::move(made));
 }
 
 CacheTree::Answer CacheTree::Find(Place start, std::u16string_view name, bool caseSensitive) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -9,6 +10,7 @@
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/sax2/SAX2XMLReader.hpp>
 #include <xercesc/sax2/XMLReaderFactory.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLUni.hpp>
@@ -93,6 +95,8 @@ class XercesSession {
             xercesc::XMLPlatformUtils::Initialize();
         } catch (const xercesc::XMLException& failure) {
             throw PathCacheXMLParseError(failure.getMessage());
+        } catch (const xercesc::OutOfMemoryException&) {
+            throw std::bad_alloc();
         }
     }
     ~XercesSession() { xercesc::XMLPlatformUtils::Terminate(); }
@@ -136,6 +140,8 @@ void Parse(const CacheText& text, CachedDirMap& contents) {
         throw PathCacheXMLParseError(failure.getMessage());
     } catch (const xercesc::SAXParseException& failure) {
         throw PathCacheXMLParseError(failure.getMessage());
+    } catch (const xercesc::OutOfMemoryException&) {
+        throw std::bad_alloc(); // theirs is no std::exception
     }
 }
 

@@ -29,9 +29,11 @@ DirItemsIteratorFactory::DirItemsIteratorFactory(vfs::StorageSystemReference sto
     : m_storage(std::move(storage)), m_cacheInstalled(cacheInstalled), m_caseSensitive(caseSensitive) {}
 
 void DirItemsIteratorFactory::InstallCachedDirItems(CachedDirMap contents, const vfs::AbsoluteIRI& root) {
-    m_contents = std::make_shared<const CachedDirMap>(std::move(contents));
-    m_root = std::make_unique<vfs::AbsoluteIRI>(root);
+    auto ownContents = std::make_shared<const CachedDirMap>(std::move(contents));
+    auto ownRoot = std::make_unique<vfs::AbsoluteIRI>(root);
     m_rootPathLength = root.getPath().length() + (IsDriveOrShare(root) ? 0 : 1);
+    m_contents = std::move(ownContents);
+    m_root = std::move(ownRoot);
     m_cacheInstalled = true;
 }
 
