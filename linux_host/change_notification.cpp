@@ -59,6 +59,23 @@ ChangeNotification& ChangeNotification::Get() {
     return notification;
 }
 
+/// Leaves nothing in a place that is not filled in the end, also if memory runs out on the way.
+class ChangeNotification::EmptyUnlessOpen {
+  public:
+    EmptyUnlessOpen(Folder& folder, const bool& open) : m_folder(folder), m_open(open) {}
+    ~EmptyUnlessOpen() {
+        if (!m_open) {
+            m_folder = {};
+        }
+    }
+    EmptyUnlessOpen(const EmptyUnlessOpen&) = delete;
+    EmptyUnlessOpen& operator=(const EmptyUnlessOpen&) = delete;
+
+  private:
+    Folder& m_folder;
+    const bool& m_open;
+};
+
 host::ChangeHandle ChangeNotification::Open(const ustring& name) {
     ResolvedPath resolved = ResolveName(name);
     if (resolved.fault != PathFault::None) {
@@ -66,13 +83,14 @@ host::ChangeHandle ChangeNotification::Open(const ustring& name) {
     }
     // Old events must not reach a new owner of a watch, nor old names be taken for true.
     Take(0);
+    // The place stays among the free ones until it is filled.
     const std::uint32_t number = FreePlace();
+    const EmptyUnlessOpen empty(m_folders[number], m_states[number].open);
     m_folders[number].path = std::move(resolved.path);
     if (!Attach(number)) {
-        m_folders[number] = {};
-        m_free.push_back(number);
         return host::InvalidChangeHandle;
     }
+    m_free.pop_back();
     State& state = m_states[number];
     state.open = true;
     state.generation = state.generation % LastGeneration + 1;
@@ -163,14 +181,13 @@ std::uint32_t ChangeNotification::NumberOf(const State& state) const {
 
 std::uint32_t ChangeNotification::FreePlace() {
     if (m_free.empty()) {
-        m_folders.emplace_back();
-        m_states.resize(m_folders.size());
+        const std::size_t number = m_states.size();
+        m_folders.resize(number + 1);
         m_free.reserve(m_folders.capacity());
-        return static_cast<std::uint32_t>(m_folders.size() - 1);
+        m_states.resize(number + 1);
+        m_free.push_back(static_cast<std::uint32_t>(number));
     }
-    const std::uint32_t number = m_free.back();
-    m_free.pop_back();
-    return number;
+    return m_free.back();
 }
 
 /// Takes the watches of a handle's name in place of those that it has.

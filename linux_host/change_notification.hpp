@@ -57,6 +57,7 @@ class ChangeNotification final : private NameListener {
         std::string path;
         WatchedNames::Anchor anchor;
     };
+    class EmptyUnlessOpen;
 
     void Changed(std::uint32_t number) override {
         m_states[number].signalled = true;
@@ -69,6 +70,7 @@ class ChangeNotification final : private NameListener {
 
     State* Find(host::ChangeHandle handle);
     std::uint32_t NumberOf(const State& state) const;
+    /// The number that stands last in m_free.
     std::uint32_t FreePlace();
     bool Attach(std::uint32_t number);
     bool LeadsToItsFolder(std::uint32_t number) const;

@@ -31,6 +31,7 @@ int InotifyInstance::Open() {
     if (m_events >= 0) {
         return 0;
     }
+    m_buffer.resize(BufferSize);
     CountCall();
     m_events = ::inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
     if (m_events < 0) {
@@ -39,7 +40,6 @@ int InotifyInstance::Open() {
     CountCall();
     // Polls as ready whenever mounts have changed since the last poll; it is never read.
     m_mounts = ::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    m_buffer.resize(BufferSize);
     return 0;
 }
 

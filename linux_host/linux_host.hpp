@@ -24,7 +24,7 @@ class StorageSystem;
 namespace linux_host {
 
 /// Directs HostPrintf to @p sink instead of standard output; an empty function restores that. The sink gets
-/// each text whole and must not print through HostPrintf itself.
+/// each text whole and must not print through HostPrintf itself; what it throws makes HostPrintf fail.
 OVSEL_HOST_API void SetPrintSink(std::function<void(std::string_view)> sink);
 
 /// Ties roots of the system's grammar to POSIX folders. One map per process; `C:` is `/` at the start.

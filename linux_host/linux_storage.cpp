@@ -94,24 +94,19 @@ AbsoluteIRI LinuxStorage::CanonicalLocation(const AbsoluteIRI& location) const {
 }
 
 std::unique_ptr<std::streambuf> LinuxStorage::OpenForReading(const AbsoluteIRI& file) const {
-    const int descriptor = OpenRegularFile(PathOf(file), O_RDONLY);
-    if (descriptor < 0) {
+    Descriptor descriptor(OpenRegularFile(PathOf(file), O_RDONLY));
+    if (descriptor.Number() < 0) {
         Throw(file, std::strerror(errno));
     }
-    return ReadingBuffer(descriptor, DisplayOf(file));
+    return ReadingBuffer(std::move(descriptor), DisplayOf(file));
 }
 
 std::unique_ptr<std::streambuf> LinuxStorage::OpenForWriting(const AbsoluteIRI& file) const {
-    const int descriptor = OpenRegularFile(PathOf(file), O_WRONLY | O_CREAT);
-    if (descriptor < 0) {
+    Descriptor descriptor(OpenRegularFile(PathOf(file), O_WRONLY | O_CREAT));
+    if (descriptor.Number() < 0 || ::ftruncate(descriptor.Number(), 0) != 0) {
         Throw(file, std::strerror(errno));
     }
-    // The buffer closes the file, also when emptying it fails.
-    auto buffer = WritingBuffer(descriptor, DisplayOf(file));
-    if (::ftruncate(descriptor, 0) != 0) {
-        Throw(file, std::strerror(errno));
-    }
-    return buffer;
+    return WritingBuffer(std::move(descriptor), DisplayOf(file));
 }
 
 } // namespace linux_host

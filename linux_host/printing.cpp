@@ -18,14 +18,20 @@ int PrintToSink(const char* format, std::va_list arguments) {
     va_copy(again, arguments);
     const int length = std::vsnprintf(nullptr, 0, format, again);
     va_end(again);
-    if (length >= 0) {
+    if (length < 0) {
+        return length;
+    }
+    // Printing is a service by the way: what fails in it must not interrupt what somebody prints about.
+    try {
         std::string text(static_cast<std::size_t>(length) + 1, '\0');
         std::vsnprintf(text.data(), text.size(), format, arguments);
         text.pop_back();
         const auto sink = Sink(); // it may replace itself
         sink(text);
+        return length;
+    } catch (...) {
+        return -1;
     }
-    return length;
 }
 
 } // namespace

@@ -29,7 +29,7 @@ auto Uninterrupted(Call call) {
 
 class Reader : public std::streambuf {
   public:
-    Reader(int descriptor, std::string name) : m_file(descriptor), m_name(std::move(name)) {}
+    Reader(Descriptor file, std::string name) : m_file(std::move(file)), m_name(std::move(name)) {}
 
   protected:
     int_type underflow() override {
@@ -50,13 +50,13 @@ class Reader : public std::streambuf {
 
 class Writer : public std::streambuf {
   public:
-    Writer(int descriptor, std::string name) : m_file(descriptor), m_name(std::move(name)) {
+    Writer(Descriptor file, std::string name) : m_file(std::move(file)), m_name(std::move(name)) {
         setp(m_bytes.data(), m_bytes.data() + m_bytes.size());
     }
     ~Writer() override {
         try {
             WriteOut();
-        } catch (const foundation::storage::vfs::Exception&) {
+        } catch (...) {
             // Whoever wants to know flushes.
         }
     }
@@ -105,7 +105,11 @@ class Writer : public std::streambuf {
 } // namespace
 
 // A close that fails has closed nevertheless, and nobody could do anything about what it says.
-Descriptor::~Descriptor() { ::close(m_number); }
+Descriptor::~Descriptor() {
+    if (m_number >= 0) {
+        ::close(m_number);
+    }
+}
 
 int OpenRegularFile(const std::string& path, int flags) {
     constexpr mode_t NewFile = 0666;
@@ -124,12 +128,12 @@ int OpenRegularFile(const std::string& path, int flags) {
     return -1;
 }
 
-std::unique_ptr<std::streambuf> ReadingBuffer(int descriptor, std::string name) {
-    return std::make_unique<Reader>(descriptor, std::move(name));
+std::unique_ptr<std::streambuf> ReadingBuffer(Descriptor file, std::string name) {
+    return std::make_unique<Reader>(std::move(file), std::move(name));
 }
 
-std::unique_ptr<std::streambuf> WritingBuffer(int descriptor, std::string name) {
-    return std::make_unique<Writer>(descriptor, std::move(name));
+std::unique_ptr<std::streambuf> WritingBuffer(Descriptor file, std::string name) {
+    return std::make_unique<Writer>(std::move(file), std::move(name));
 }
 
 } // namespace linux_host

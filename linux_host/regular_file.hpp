@@ -3,6 +3,7 @@
 #include <memory>
 #include <streambuf>
 #include <string>
+#include <utility>
 
 /// @file
 /// Regular files as descriptors and as stream buffers.
@@ -15,12 +16,12 @@ namespace linux_host {
 /// or ENOTSUP for what is no regular file.
 int OpenRegularFile(const std::string& path, int flags);
 
-/// Owns a descriptor.
+/// Owns a descriptor, or none if the number is negative.
 class Descriptor {
   public:
     explicit Descriptor(int number) : m_number(number) {}
+    Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
     ~Descriptor();
-    Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
     int Number() const { return m_number; }
 
@@ -31,10 +32,10 @@ class Descriptor {
 // Both buffers take over the descriptor and throw the storage layer's Exception, which streams turn into
 // badbit; @p name stands in its text. A file of the standard library would hide the reason.
 
-std::unique_ptr<std::streambuf> ReadingBuffer(int descriptor, std::string name);
+std::unique_ptr<std::streambuf> ReadingBuffer(Descriptor file, std::string name);
 
 /// What a failed write leaves in the buffer is tried again by the next one, so that the file has no gaps. The
 /// destructor writes what is left, and failures there are lost.
-std::unique_ptr<std::streambuf> WritingBuffer(int descriptor, std::string name);
+std::unique_ptr<std::streambuf> WritingBuffer(Descriptor file, std::string name);
 
 } // namespace linux_host

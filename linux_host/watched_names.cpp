@@ -170,8 +170,8 @@ bool WatchedNames::Establish(Place& place) {
     const std::string path = place.Path();
     const int watch = AddWatch(path);
     if (watch >= 0) {
+        place.watch = watch; // first: from here on the watch goes with its place
         m_owners[watch].push_back(&place);
-        place.watch = watch;
         CountersInForce().watches = m_owners.size();
     } else if (watch != -ENOTDIR && watch != -EACCES) {
         // No directory may be a link, and one that may not be read can still be gone through.
@@ -208,13 +208,16 @@ void WatchedNames::ReleaseWatch(Place& place) {
         return;
     }
     const auto found = m_owners.find(place.watch);
-    std::erase(found->second, &place);
-    // Removing a watch deafens every owner, so only the last may.
-    if (found->second.empty()) {
-        m_inotify.Remove(place.watch);
+    if (found != m_owners.end()) {
+        std::erase(found->second, &place);
+        // Removing a watch deafens every owner, so only the last may.
+        if (!found->second.empty()) {
+            return;
+        }
         m_owners.erase(found);
-        CountersInForce().watches = m_owners.size();
     }
+    m_inotify.Remove(place.watch);
+    CountersInForce().watches = m_owners.size();
 }
 
 bool WatchedNames::Take(int milliseconds) {
