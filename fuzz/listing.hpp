@@ -33,7 +33,8 @@ struct Disk {
     const std::vector<Entry>* Of(const ustring& dir) const {
         if (dir == u"R:\\A")
             return &listings[current];
-        const bool isChild = dir.starts_with(u"R:\\A\\") && std::count(dir.begin(), dir.end(), u'\\') == 2;
+        // No deeper, whatever separators a name brings along: a tree without end would be read without end.
+        const bool isChild = dir.starts_with(u"R:\\A\\") && dir.find_first_of(u"\\/", 5) == dir.npos;
         return isChild ? &listings[1 - current] : nullptr;
     }
 };
