@@ -436,8 +436,10 @@ class World {
         Do([&] { ovRevertFromToolboxCache(m_path); });
         m_ground.Put("L:\\A", "plot.sv K.sv @New/ +pkg/ private/ last.sv");
         m_ground.Put("L:\\A\\private", "plot.sv");
-        m_ground.Put("L:\\other", "plot.p K.p @K/");
+        m_ground.Put("L:\\other", "plot.p K.p");
         Refresh(ovRefreshCheck);
+        // What has been read late has to be watched like the rest.
+        m_ground.Put("L:\\other", "plot.p K.p @K/");
         Do([&] { ovReplacePath(m_path, wantedPath); });
     }
 
