@@ -50,12 +50,11 @@ void PathItemInfo::UnlinkFromNameInfo() {
 
 void PathItemInfo::PlaceInChain() {
     const std::int32_t order = GetOrderNumber();
-    PathItemInfo* const before = m_prev;
-    const std::int32_t previous = before ? before->GetOrderNumber() : 0;
-    if (order == previous)
+    // Not the orders are compared: a directory that is still being read may have that of another for a while.
+    if (m_prev ? m_prev->m_pathDir == m_pathDir : order == 0)
         return;
     PathItemInfo* last = this;
-    while (last->m_next && last->m_next->GetOrderNumber() == order)
+    while (last->m_next && last->m_next->m_pathDir == m_pathDir)
         last = last->m_next;
     PathItemInfo* const end = m_nameInfo->GetEnds(GetCategory()).last;
     // A directory that was added last has its place at the end, which may be far.
@@ -66,12 +65,18 @@ void PathItemInfo::PlaceInChain() {
         left = left->m_next;
     if (left != last) {
         MoveRun(last, left, left->m_next);
-    } else if (before && order < previous) {
-        PathItemInfo* right = before;
-        while (right->m_prev && right->m_prev->GetOrderNumber() > order)
-            right = right->m_prev;
-        MoveRun(last, right->m_prev, right);
+        return;
     }
+    PathItemInfo* right = nullptr;
+    for (PathItemInfo* item = m_prev; item; item = item->m_prev) {
+        if (item->m_pending)
+            continue;
+        if (item->GetOrderNumber() <= order)
+            break;
+        right = item;
+    }
+    if (right)
+        MoveRun(last, right->m_prev, right);
 }
 
 /// Takes the run from this item to @p last out of the chain and puts it between two neighbours, either of
@@ -108,5 +113,6 @@ void PathAllDirItemInfo::PlaceAllItems() {
             classDir->PlaceAllItems();
         for (PathSubDirItemInfo* subDir : dir->m_subDirs)
             subDir->PlaceInChain();
+        dir->PlaceLooseItems();
     }
 }

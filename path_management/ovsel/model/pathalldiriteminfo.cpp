@@ -208,10 +208,11 @@ class PathAllDirItemInfo::Loose {
     Loose(const Loose&) = delete;
     Loose& operator=(const Loose&) = delete;
 
-    static void EndBelow(const PathAllDirItemInfo& parent) {
+    template <class Visit>
+    static void ForEachBelow(const PathAllDirItemInfo& parent, Visit visit) {
         for (const Loose* loose = Innermost(); loose; loose = loose->m_outer)
-            if (loose->m_record.GetParent() == &parent)
-                loose->m_record.DestroySilently();
+            if (loose->m_record.IsLinked() && loose->m_record.GetParent() == &parent)
+                visit(loose->m_record);
     }
 
   private:
@@ -225,6 +226,10 @@ class PathAllDirItemInfo::Loose {
     const ovDir m_held;
     Loose* const m_outer;
 };
+
+void PathAllDirItemInfo::PlaceLooseItems() {
+    Loose::ForEachBelow(*this, [](PathAllDirItemInfo& loose) { loose.PlaceAllItems(); });
+}
 
 /// Says that a record is being read, as long as it lives.
 class PathAllDirItemInfo::Reading {
@@ -416,7 +421,7 @@ void PathAllDirItemInfo::DestroySilently() {
     if (!IsLinked())
         return; // it went with its parent
     m_beingDestroyed = true;
-    Loose::EndBelow(*this);
+    Loose::ForEachBelow(*this, [](PathAllDirItemInfo& loose) { loose.DestroySilently(); });
     ClearContents();
     if (!IsLinked())
         return; // whoever was told of something below has removed the parent

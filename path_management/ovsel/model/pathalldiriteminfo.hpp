@@ -201,6 +201,7 @@ class PathAllDirItemInfo : public PathItemInfo {
     void MarkAllStale();
     void RemoveStaleChildren();
     void EndPrivateDir();
+    void PlaceLooseItems();
     template <class Child>
     Child* AddChild(std::vector<Child*>& children, std::u16string_view name, bool freeze, bool confirmed);
     template <class Child>
