@@ -76,11 +76,8 @@ PathDirItemInfo* PathInfo::AddDir(const ustring& name, bool atBegin, bool freeze
     m_manager->NotifyInterests(added, ovEventDirAdded);
     if (added->GetPositionIn(this) < 0)
         return nullptr; // whoever was told has removed it
-    if (!IsActive())
-        return added;
-    if (added->GetOrder() != position)
-        added->PlaceAllItems(); // what a callback has had placed meanwhile
-    added->PlacePendingItems();
+    if (IsActive())
+        added->PlacePendingItems();
     return added;
 }
 

@@ -49,13 +49,18 @@ void PathItemInfo::UnlinkFromNameInfo() {
 }
 
 void PathItemInfo::PlaceInChain() {
-    const std::int32_t order = GetOrderNumber();
     // Not the orders are compared: a directory that is still being read may have that of another for a while.
-    if (m_prev ? m_prev->m_pathDir == m_pathDir : order == 0)
+    if (m_prev && m_prev->m_pathDir == m_pathDir) {
+        m_pending &= m_prev->m_pending; // goes with the first of its run
         return;
+    }
+    const std::int32_t order = GetOrderNumber();
     PathItemInfo* last = this;
-    while (last->m_next && last->m_next->m_pathDir == m_pathDir)
-        last = last->m_next;
+    for (; last->m_next && last->m_next->m_pathDir == m_pathDir; last = last->m_next)
+        last->m_pending = false;
+    last->m_pending = false;
+    if (!m_prev && order == 0)
+        return;
     PathItemInfo* const end = m_nameInfo->GetEnds(GetCategory()).last;
     // A directory that was added last has its place at the end, which may be far.
     const bool belongsLast = !end->m_pending && end->GetOrderNumber() < order;
@@ -94,25 +99,35 @@ void PathItemInfo::MoveRun(PathItemInfo* last, PathItemInfo* left, PathItemInfo*
     m_nameInfo->SetEnds(GetCategory(), chain);
 }
 
-void PathDirItemInfo::PlacePendingItems() {
-    for (PathItemInfo* item : m_pendingItems) {
-        item->PlaceInChain();
-        item->m_pending = false;
+template <class Visit>
+void PathAllDirItemInfo::ForEachChained(Visit visit) {
+    for (PathAllDirItemInfo* dir = this; dir; dir = dir->m_privateDir) {
+        visit(*dir);
+        for (PathFileItemInfo* file : dir->m_files)
+            visit(*file);
+        for (PathPackageDirItemInfo* package : dir->m_packageDirs)
+            package->ForEachChained(visit);
+        for (PathClassDirItemInfo* classDir : dir->m_classDirs)
+            classDir->ForEachChained(visit);
+        for (PathSubDirItemInfo* subDir : dir->m_subDirs)
+            visit(*subDir);
+        dir->ForEachLooseBelow([&](PathAllDirItemInfo& loose) { loose.ForEachChained(visit); });
     }
+}
+
+/// What stands in no list, or no longer, has no order of its own, and keeps no other from its place.
+void PathDirItemInfo::PlacePendingItems() {
+    if (GetPositionIn(GetManager()->GetPathInfo()) < 0)
+        return;
+    for (PathItemInfo* item : m_pendingItems)
+        item->PlaceInChain();
     m_pendingItems = {}; // a directory is filled once; the room would stay for good
 }
 
-void PathAllDirItemInfo::PlaceAllItems() {
-    for (PathAllDirItemInfo* dir = this; dir; dir = dir->m_privateDir) {
-        dir->PlaceInChain();
-        for (PathFileItemInfo* file : dir->m_files)
-            file->PlaceInChain();
-        for (PathPackageDirItemInfo* package : dir->m_packageDirs)
-            package->PlaceAllItems();
-        for (PathClassDirItemInfo* classDir : dir->m_classDirs)
-            classDir->PlaceAllItems();
-        for (PathSubDirItemInfo* subDir : dir->m_subDirs)
-            subDir->PlaceInChain();
-        dir->PlaceLooseItems();
-    }
+/// All of them lose their places before the first gets a new one: none that is still where the directory was
+/// may be taken for one that is where it belongs.
+void PathDirItemInfo::PlaceAllItems() {
+    ForEachChained([](PathItemInfo& item) { item.m_pending = true; });
+    ForEachChained([](PathItemInfo& item) { item.PlaceInChain(); });
+    PlacePendingItems(); // also what is in no container yet
 }

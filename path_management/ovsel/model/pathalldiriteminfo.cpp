@@ -227,8 +227,8 @@ class PathAllDirItemInfo::Loose {
     Loose* const m_outer;
 };
 
-void PathAllDirItemInfo::PlaceLooseItems() {
-    Loose::ForEachBelow(*this, [](PathAllDirItemInfo& loose) { loose.PlaceAllItems(); });
+void PathAllDirItemInfo::ForEachLooseBelow(const std::function<void(PathAllDirItemInfo&)>& visit) {
+    Loose::ForEachBelow(*this, visit);
 }
 
 /// Says that a record is being read, as long as it lives.

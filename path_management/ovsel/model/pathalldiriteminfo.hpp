@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -140,9 +141,10 @@ class PathAllDirItemInfo : public PathItemInfo {
     const ustring& ResolveName();
     const ustring& GetResolvedName() const { return m_resolvedName; }
 
-    void PlaceAllItems();
-
   protected:
+    /// Visits this record and all below it that stand in chains.
+    template <class Visit>
+    void ForEachChained(Visit visit);
     /// A path-level record.
     PathAllDirItemInfo(IPathManager* manager, const ustring& fullName, ovDirType type);
     /// A record below another.
@@ -201,7 +203,7 @@ class PathAllDirItemInfo : public PathItemInfo {
     void MarkAllStale();
     void RemoveStaleChildren();
     void EndPrivateDir();
-    void PlaceLooseItems();
+    void ForEachLooseBelow(const std::function<void(PathAllDirItemInfo&)>& visit);
     template <class Child>
     Child* AddChild(std::vector<Child*>& children, std::u16string_view name, bool freeze, bool confirmed);
     template <class Child>

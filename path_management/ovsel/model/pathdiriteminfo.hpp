@@ -56,6 +56,8 @@ class PathDirItemInfo : public PathAllDirItemInfo {
     bool HasPendingItems() const { return !m_pendingItems.empty(); }
     /// Puts all of them in their places. Chains are in path order afterwards.
     void PlacePendingItems();
+    /// The same for every item of the directory, which has got another place on the path.
+    void PlaceAllItems();
 
   private:
     /// The record's place in the index of full names.

@@ -60,15 +60,11 @@ class UnsettledByThrow {
     const int m_exceptions = std::uncaught_exceptions();
 };
 
-/// Puts the new items of a path directory in their places at the end, also when a hook throws. One that
-/// stands in no list, or no longer, has no order yet.
+/// Puts the new items of a path directory in their places at the end, also when a hook throws.
 class Placing {
   public:
     explicit Placing(PathDirItemInfo* pathDir) : m_pathDir(pathDir), m_held(pathDir) {}
-    ~Placing() {
-        if (m_pathDir->GetPositionIn(m_pathDir->GetManager()->GetPathInfo()) >= 0)
-            m_pathDir->PlacePendingItems();
-    }
+    ~Placing() { m_pathDir->PlacePendingItems(); }
     Placing(const Placing&) = delete;
     Placing& operator=(const Placing&) = delete;
 
