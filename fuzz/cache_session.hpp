@@ -11,12 +11,10 @@
 #include "host_interfaces/filesystem.hpp"
 #include "linux_host/linux_host.hpp"
 #include "ovsel/cache/xmlreader.hpp"
-#include "ovsel/reading/cacheddircontents.hpp"
-#include "ovsel/reading/idiritemsiterator.hpp"
-#include "ovsel/reading/idiritemsiteratorfactory.hpp"
 #include "support/fake_platform.hpp"
 #include "support/fake_storage.hpp"
 #include "support/invariants.hpp"
+#include "support/map_receiver.hpp"
 
 /// @file
 /// A process whose one file is the input: what the targets share that read it as a cache.
@@ -36,21 +34,6 @@ class Storage final : public FakeStorage {
     }
 };
 
-/// Keeps what the XML reader installs.
-class Receiver final : public IDirItemsIteratorFactory {
-  public:
-    explicit Receiver(CachedDirMap& received) : m_received(received) {}
-    void InstallCachedDirItems(CachedDirMap contents, const vfs::AbsoluteIRI&) override {
-        m_received = contents;
-    }
-    std::unique_ptr<IDirItemsIterator> CreateDirItemsIterator(vfs::AbsoluteIRI) override { return nullptr; }
-    bool FolderExists(const vfs::AbsoluteIRI&) override { return false; }
-    void ClearCachedDirItems() override {}
-
-  private:
-    CachedDirMap& m_received;
-};
-
 /// What all inputs find: paths without a directory, in one mode.
 class Session {
   public:
@@ -67,7 +50,7 @@ class Session {
 
     /// @return whether the XML reader takes the file. @pre the mode is vfs.
     bool ReadXml(CachedDirMap& contents) {
-        m_receiver->SetDirItemsIteratorFactory(std::make_unique<Receiver>(contents));
+        m_receiver->SetDirItemsIteratorFactory(std::make_unique<MapReceiver>(contents));
         try {
             return Quorrant::ovsel::ReadCacheFileXML(m_receiver, vfs::toAbsoluteIRI(u"file", u"R:\\cache"),
                                                      vfs::toAbsoluteIRI(u"file", u"R:\\T"));

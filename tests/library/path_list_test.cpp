@@ -37,58 +37,41 @@ TEST_F(PathList, RefusesWhatCannotStandOnIt) {
     Add("C:/A");
     EXPECT_EQ(ovDirTypeNull, ovGetDirType(Add("C:\\A", ovDirAddAtBegin)))
         << "on the path already, and silent";
-    EXPECT_EQ("C:\\cwd; C:\\A", PathText(path));
+    const std::string relative = N(fl::filesystem::current_path()) + "\\rel";
+    disk.Put(relative, ""), disk.Put("C:\\A\\..\\B", "");
+    Add("sub\\..\\rel"), Add("C:\\A\\..\\B");
+    EXPECT_EQ("C:\\cwd; C:\\A; " + relative + "; C:\\A\\..\\B", PathText(path))
+        << "only what is relative is made absolute";
     EXPECT_EQ("", TakeMessages());
 }
 
-TEST_F(PathList, MakesRelativeNamesAbsolute) {
-    const std::string here = N(fl::filesystem::current_path());
-    disk.Put(here + "\\rel", "");
-    EXPECT_EQ(here + "\\rel", N(ovGetDirName(Add("sub\\..\\rel"))));
-    disk.Put("C:\\A\\..\\B", "");
-    EXPECT_EQ("C:\\A\\..\\B", N(ovGetDirName(Add("C:\\A\\..\\B")))) << "an absolute name is kept as given";
-}
-
 TEST_F(PathList, IsReplacedKeepingWhatItKnows) {
-    const std::tuple<const char*, const char*, int> rows[] = {
-        {"C:\\A;;C:\\B;", "C:\\cwd; C:\\A; C:\\B (changed)", 2},
-        {"C:\\B;C:\\A", "C:\\cwd; C:\\B; C:\\A", 0},
-        {"C:\\A;C:\\B;C:\\A", "C:\\cwd; C:\\A; C:\\B (changed)", 0},
-        {"C:\\D;C:\\B", "C:\\cwd; C:\\D; C:\\B (changed)", 1},
-        {"C:/B;C:/D", "C:\\cwd; C:\\B; C:\\D", 0},
-        {"C:\\nowhere;C:\\D", "C:\\cwd; C:\\D (changed)", 0},
-        {"C:\\nowhere;C:\\D", "C:\\cwd; C:\\D (changed)", 0},
-        {";;", "C:\\cwd (changed)", 0},
-        {"", "C:\\cwd", 0},
-    };
-    for (const auto& [directories, result, listings] : rows) {
-        const int before = disk.listings;
-        EXPECT_EQ(result, Replace(directories)) << directories;
-        EXPECT_EQ(listings, disk.listings - before) << directories;
-    }
+    Replace("C:\\A;C:\\B");
+    disk.listings = 0;
+    EXPECT_EQ("C:\\cwd; C:\\B; C:\\A", Replace("C:\\B;C:/A"));
+    EXPECT_EQ("C:\\cwd; C:\\D; C:\\B (changed)", Replace("C:\\D;C:\\B"));
+    EXPECT_EQ(1, disk.listings);
+    EXPECT_EQ("C:\\cwd; C:\\D (changed)", Replace("C:\\nowhere;C:\\D"));
+    EXPECT_EQ("C:\\cwd; C:\\D (changed)", Replace("C:\\nowhere;C:\\D"));
 }
 
-TEST_F(PathList, StopsAtANameThatIsTooLong) {
+TEST_F(PathList, StopsAtANameThatIsTooLongAndTellsWhatChangesInOrder) {
     const std::string longest = "C:\\" + std::string(1021, 'x');
     Replace("C:\\A;C:\\B");
     TakeMessages();
     EXPECT_EQ("C:\\cwd; C:\\A; C:\\B; C:\\D (changed)", Replace("C:\\D;" + longest + "y;C:\\A"));
     EXPECT_EQ(MessageText('W', "directoryNameTooLong", {U(longest + "y")}), TakeMessages());
     disk.Put(longest, "");
-    EXPECT_EQ("C:\\cwd; " + longest + " (changed)", Replace(longest));
-}
-
-TEST_F(PathList, TellsWhatChangesInOrder) {
-    Add("C:\\A");
     Listen();
-    Replace("C:\\B;C:\\nowhere");
-    EXPECT_EQ("ReplaceBegin | Added C:\\B | Removed C:\\A | ReplaceEnd", TakeEvents());
+    EXPECT_EQ("C:\\cwd; " + longest + " (changed)", Replace(longest));
+    EXPECT_EQ("ReplaceBegin | Added " + longest +
+                  " | Removed C:\\A | Removed C:\\B | Removed C:\\D | ReplaceEnd",
+              TakeEvents());
 }
 
 TEST_F(PathList, LosesWhatIsRemovedByNameOrExistsNoLonger) {
     disk.Put("C:\\A", "@C/");
-    for (const char* name : {"C:\\A", "C:\\B", "C:\\D"})
-        Add(name);
+    Replace("C:\\A;C:\\B;C:\\D");
     for (const ovDir& kept : {ovGetCWD(path), Find("C:\\A\\@C"), ovGetNullDir(path), ovDir()})
         ovRemoveDir(kept);
     EXPECT_EQ("C:\\cwd; C:\\A; C:\\B; C:\\D", PathText(path));
@@ -112,22 +95,23 @@ TEST_F(PathList, RanksDirectoriesByTheirPathEntry) {
 }
 
 TEST_F(PathList, FindsRecordsByFullNameUnderThePathsRule) {
-    disk.Put("C:", "A/ { @C/ +p/ sub/ } B/ { @C/ private/ }");
+    disk.Put("C:", "A/ { +p/ sub/ } B/ { @C/ private/ }");
     disk.Put("C:\\", "");
     Add("C:\\A"), Add("C:\\");
-    EXPECT_EQ(ovDirTypeNull, ovGetDirType(Find("C:\\A\\sub"))) << "a plain sub-directory has no record";
-    EXPECT_EQ(ovDirTypeNull, ovGetDirType(Find("C:\\"))) << "a root is never found";
+    for (const char* name : {"C:\\A\\sub", "C:\\"}) // has no record; is a root
+        EXPECT_EQ(ovDirTypeNull, ovGetDirType(Find(name)));
     EXPECT_EQ(ovDirTypePath, ovGetDirType(ovFindDirFullName(path, "C:/A")));
-    const auto type = [&](const char16_t* name, ovDirType asked) {
-        PathItemInfo* found = path->FindDirFullName(name, asked);
-        return found ? static_cast<int>(found->GetItemClass()) : -1;
+    const std::tuple<const char16_t*, ovDirType, int> rows[] = {
+        {u"C:\\A\\sub", ovDirTypeNull, static_cast<int>(ItemClass::SubDir)},
+        {u"C:\\A\\sub", ovDirTypePath, -1},
+        {u"C:\\A\\p", ovDirTypePackage, -1}, // the sentinel is needed
+        {u"C:\\A\\+p", ovDirTypePackage, static_cast<int>(ItemClass::PackageDir)},
+        {u"C:\\A\\+p", static_cast<ovDirType>(7), -1},
     };
-    EXPECT_EQ(static_cast<int>(ItemClass::SubDir), type(u"C:\\A\\sub", ovDirTypeNull));
-    EXPECT_EQ(-1, type(u"C:\\A\\sub", ovDirTypePath));
-    EXPECT_EQ(-1, type(u"C:\\A\\C", ovDirTypeClass)) << "the sentinel is needed";
-    EXPECT_EQ(static_cast<int>(ItemClass::PackageDir), type(u"C:\\A\\+p", ovDirTypePackage));
-    EXPECT_EQ(-1, type(u"C:\\A\\+p", static_cast<ovDirType>(7)));
-
+    for (const auto& [name, asked, itemClass] : rows) {
+        const PathItemInfo* found = path->FindDirFullName(name, asked);
+        EXPECT_EQ(itemClass, found ? static_cast<int>(found->GetItemClass()) : -1) << N(name) << asked;
+    }
     ovPath blind = NewPath("blind", ovCaseInsensitive);
     const ovDir b = ovAddDir(blind, "C:\\B", ovDirAddAtEnd);
     EXPECT_EQ("C:\\B\\@C", N(ovGetDirName(ovFindDirFullName(blind, "c:\\b\\@c"))));
@@ -138,11 +122,10 @@ TEST_F(PathList, FindsRecordsByFullNameUnderThePathsRule) {
 
 TEST_F(PathList, HoldsTheCurrentDirectoryASecondTime) {
     const ovDir second = Add("C:\\cwd");
-    EXPECT_TRUE(ovIsPathDirAlsoCWD(second));
+    EXPECT_TRUE(ovIsPathDirAlsoCWD(second) && ovIsCWDOnPath(path));
     EXPECT_FALSE(ovIsPathDirAlsoCWD(ovGetCWD(path)));
-    EXPECT_NE(path->FindPathDir(u"C:\\cwd", DirScope::CWD), path->FindPathDir(u"C:\\cwd", DirScope::Path));
-    EXPECT_EQ(path->FindPathDir(u"C:\\cwd", DirScope::CWD), path->FindPathDir(u"C:\\cwd", DirScope::Any));
-    EXPECT_TRUE(ovIsCWDOnPath(path));
+    EXPECT_EQ(*second, path->FindPathDir(u"C:\\cwd", DirScope::Path));
+    EXPECT_EQ(*ovGetCWD(path), path->FindPathDir(u"C:\\cwd", DirScope::Any));
 }
 
 } // namespace
