@@ -14,6 +14,7 @@
 #include "host_interfaces/storage.hpp"
 #include "host_interfaces/ustring.hpp"
 
+class BlockPool;
 class IDirItemsIterator;
 class IDirItemsIteratorFactory;
 class NullDirItemInfo;
@@ -85,6 +86,8 @@ class IPathManager {
     /// One probe of the name index; never inserts, looks at no disk, and allocates nothing for names of up to
     /// 64 units.
     virtual PathNameInfo* FindNameInfo(std::u16string_view name) const = 0;
+    /// Where name entries and file records live.
+    virtual BlockPool& GetBlockPool() = 0;
     virtual PathNameInfo* AddNameInfo(std::u16string_view name, std::int32_t& spelling) = 0;
     /// See NameTable::IsAscii.
     virtual bool HasAsciiNamesOnly() const = 0;

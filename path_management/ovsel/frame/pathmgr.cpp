@@ -23,7 +23,7 @@ namespace vfs = foundation::storage::vfs;
 
 PathMgr::PathMgr(const char* name, const char16_t* preFrozenPrefix, ovCaseSensitivity caseSensitivity,
                  bool disableTempFileProbe)
-    : m_nameIndex(std::make_unique<NameTable>()),
+    : m_nameIndex(std::make_unique<NameTable>(m_blocks)),
       m_fullNameIndex(std::make_unique<FullNameIndex>()),
       m_pathInfo(std::make_shared<PathInfo>(this)),
       m_isCaseSensitive(caseSensitivity == ovCaseSensitive),

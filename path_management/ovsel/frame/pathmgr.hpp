@@ -8,6 +8,7 @@
 #include "ovsel/frame/interestslots.hpp"
 #include "ovsel/frame/iohooks.hpp"
 #include "ovsel/frame/ipathmanager.hpp"
+#include "ovsel/model/blockpool.hpp"
 
 class FullNameIndex;
 class NameTable;
@@ -70,6 +71,7 @@ class PathMgr final : public IPathManager {
     const char* GetPathName() const override { return m_name.c_str(); }
 
     PathNameInfo* FindNameInfo(std::u16string_view name) const override;
+    BlockPool& GetBlockPool() override { return m_blocks; }
     PathNameInfo* AddNameInfo(std::u16string_view name, std::int32_t& spelling) override;
     bool HasAsciiNamesOnly() const override;
     void RemoveNameInfo(PathNameInfo* info) override;
@@ -171,6 +173,7 @@ class PathMgr final : public IPathManager {
     bool m_isValid = true;
     bool m_isDying = false;
     bool m_isBeingRemoved = false;
+    BlockPool m_blocks;
     std::unique_ptr<NameTable> m_nameIndex;
     std::unique_ptr<FullNameIndex> m_fullNameIndex;
     /// Shared with the operations that run on it: one of their callbacks may take the path out of service.

@@ -12,7 +12,7 @@ PathNameInfo* NameTable::Add(std::u16string_view name, std::int32_t& spelling) {
         spelling = found->info->AddSpelling(name);
         return found->info;
     }
-    auto info = PathNameInfo::Create(name);
+    auto info = PathNameInfo::Create(m_pool, name);
     m_slots.insert({key.GetHash(), info.get()});
     m_isAscii = m_isAscii && key.IsAscii();
     spelling = 0;

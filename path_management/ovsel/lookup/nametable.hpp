@@ -12,7 +12,8 @@
 /// Other letters keep their case in the key.
 class NameTable {
   public:
-    NameTable() { m_slots.reserve(16); }
+    /// @p pool has to outlive the table.
+    explicit NameTable(BlockPool& pool) : m_pool(pool) { m_slots.reserve(16); }
     ~NameTable();
     NameTable(const NameTable&) = delete;
     NameTable& operator=(const NameTable&) = delete;
@@ -58,6 +59,7 @@ class NameTable {
         bool operator()(const Slot& slot, const NameKey& key) const { return (*this)(key, slot); }
     };
 
+    BlockPool& m_pool;
     boost::unordered_flat_set<Slot, SlotHash, SlotEqual> m_slots; ///< owns the entries
     bool m_isAscii = true;
 };

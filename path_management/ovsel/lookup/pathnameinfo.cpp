@@ -3,10 +3,18 @@
 #include <new>
 
 #include "ovsel/lookup/namekey.hpp"
+#include "ovsel/model/blockpool.hpp"
 
-PathNameInfo::Owner PathNameInfo::Create(std::u16string_view name) {
-    const std::size_t textSize = (name.size() + 1) * sizeof(char16_t);
-    return Owner(new (::operator new(sizeof(PathNameInfo) + textSize)) PathNameInfo(name));
+namespace {
+
+std::size_t BlockSize(std::size_t nameLength) {
+    return sizeof(PathNameInfo) + (nameLength + 1) * sizeof(char16_t);
+}
+
+} // namespace
+
+PathNameInfo::Owner PathNameInfo::Create(BlockPool& pool, std::u16string_view name) {
+    return Owner(new (pool.Allocate(BlockSize(name.size()))) PathNameInfo(name));
 }
 
 PathNameInfo::PathNameInfo(std::u16string_view name) : m_length(static_cast<std::uint32_t>(name.size())) {
@@ -15,8 +23,9 @@ PathNameInfo::PathNameInfo(std::u16string_view name) : m_length(static_cast<std:
 }
 
 void PathNameInfo::Deleter::operator()(PathNameInfo* info) const {
+    const std::size_t size = BlockSize(info->m_length);
     info->~PathNameInfo();
-    ::operator delete(info);
+    BlockPool::Free(info, size);
 }
 
 PathNameInfo::More& PathNameInfo::GetMore() {

@@ -10,6 +10,7 @@
 #include "host_interfaces/ustring.hpp"
 #include "ovsel/model/namecategory.hpp"
 
+class BlockPool;
 class PathItemInfo;
 
 /// All that a path knows under one name, without regard to ASCII case: every exact spelling, and for each
@@ -33,8 +34,8 @@ class PathNameInfo {
     };
     using Owner = std::unique_ptr<PathNameInfo, Deleter>;
 
-    /// The only way to make one, since the name lies in its block.
-    static Owner Create(std::u16string_view name);
+    /// The only way to make one, since the name lies in its block. @p pool has to outlive it.
+    static Owner Create(BlockPool& pool, std::u16string_view name);
     PathNameInfo(const PathNameInfo&) = delete;
     PathNameInfo& operator=(const PathNameInfo&) = delete;
 

@@ -441,14 +441,16 @@ void PathAllDirItemInfo::AddFile(const DirItemInfo& entry, std::uint32_t fileKin
     const std::u16string_view name = entry.name;
     if (LastNameSplit(name) == std::u16string_view::npos) {
         const std::u16string_view stem = name.substr(0, name.rfind(u'.'));
-        m_files.push_back(new PathFileItemInfo(GetManager(), this, stem, name, entry.confirmed, fileKind));
+        m_files.push_back(new (GetManager())
+                              PathFileItemInfo(GetManager(), this, stem, name, entry.confirmed, fileKind));
         return;
     }
     const ustring native = fl::filesystem::make_native_form(entry.name, true);
     const ustring stem = fl::filesystem::extract_stem(native);
     const ustring parent = fl::filesystem::extract_parent_path(native);
     const ustring itemName = parent.empty() ? stem : parent + fl::filesystem::PATHNAME_SEPARATOR + stem;
-    m_files.push_back(new PathFileItemInfo(GetManager(), this, itemName, name, entry.confirmed, fileKind));
+    m_files.push_back(new (GetManager())
+                          PathFileItemInfo(GetManager(), this, itemName, name, entry.confirmed, fileKind));
 }
 
 /// @return null if this directory has been removed meanwhile, and the child with it.

@@ -1,6 +1,7 @@
 #include "ovsel/model/pathfileiteminfo.hpp"
 
 #include "ovsel/frame/ipathmanager.hpp"
+#include "ovsel/model/blockpool.hpp"
 #include "ovsel/model/pathdiriteminfo.hpp"
 #include "ovsel/names/pathnames.hpp"
 
@@ -11,6 +12,12 @@ PathFileItemInfo::PathFileItemInfo(IPathManager* manager, PathAllDirItemInfo* pa
     SetFileKind(fileKind);
     LinkAtHead();
 }
+
+void* PathFileItemInfo::operator new(std::size_t size, IPathManager* manager) {
+    return manager->GetBlockPool().Allocate(size);
+}
+
+void PathFileItemInfo::operator delete(void* block) { BlockPool::Free(block, sizeof(PathFileItemInfo)); }
 
 void PathFileItemInfo::AppendName(ustring& path) const {
     AppendElement(path, GetName());

@@ -15,6 +15,11 @@ class PathFileItemInfo final : public PathItemInfo {
     PathFileItemInfo(IPathManager* manager, PathAllDirItemInfo* parent, std::u16string_view itemName,
                      std::u16string_view diskName, bool confirmed, std::uint32_t fileKind);
 
+    static void* operator new(std::size_t size, IPathManager* manager);
+    static void operator delete(void* block);
+    /// Of one whose construction fails.
+    static void operator delete(void* block, IPathManager*) { operator delete(block); }
+
     void AppendName(ustring& path) const override;
     bool MatchesDiskName(std::u16string_view name) const override;
     /// The extension without its dot, empty if the name ends in a dot, null if it has none.

@@ -1,0 +1,85 @@
+#include "ovsel/model/blockpool.hpp"
+
+#include <algorithm>
+#include <cstdint>
+#include <new>
+
+#include "ovsel/names/makeroom.hpp"
+
+#if defined(__SANITIZE_ADDRESS__)
+#define OVSEL_BLOCKS_FROM_HEAP 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define OVSEL_BLOCKS_FROM_HEAP 1
+#endif
+#endif
+
+namespace {
+
+#ifdef OVSEL_BLOCKS_FROM_HEAP
+constexpr bool blocksComeFromHeap = true;
+#else
+constexpr bool blocksComeFromHeap = false;
+#endif
+
+} // namespace
+
+void* BlockPool::Allocate(std::size_t size) {
+    if (size > MaxSize || blocksComeFromHeap)
+        return ::operator new(size);
+    const std::size_t sizeClass = SizeClass(size);
+    void* block = m_free[sizeClass];
+    if (block) {
+        m_free[sizeClass] = m_free[sizeClass]->next;
+    } else {
+        if (sizeClass * Grain > static_cast<std::size_t>(m_pageEnd - m_next))
+            BeginPage();
+        block = m_next;
+        m_next += sizeClass * Grain;
+    }
+    ++m_blockCount;
+    return block;
+}
+
+void BlockPool::Free(void* block, std::size_t size) noexcept {
+    if (size > MaxSize || blocksComeFromHeap) {
+        ::operator delete(block);
+        return;
+    }
+    constexpr auto pageMask = ~static_cast<std::uintptr_t>(PageSize - 1);
+    BlockPool& pool =
+        *reinterpret_cast<const Page*>(reinterpret_cast<std::uintptr_t>(block) & pageMask)->pool;
+    if (--pool.m_blockCount == 0) {
+        pool.Clear();
+        return;
+    }
+    FreeBlock*& first = pool.m_free[SizeClass(size)];
+    first = new (block) FreeBlock{first};
+}
+
+void BlockPool::BeginPage() {
+    const bool isChunkFull =
+        m_chunks.empty() || m_pageEnd == m_chunks.back().pages + m_chunks.back().count * PageSize;
+    if (isChunkFull)
+        AddChunk();
+    std::byte* const page = isChunkFull ? m_chunks.back().pages : m_pageEnd;
+    new (page) Page{this};
+    m_next = page + sizeof(Page);
+    m_pageEnd = page + PageSize;
+}
+
+/// Chunks grow, so that a small path costs a page and a large one few requests.
+void BlockPool::AddChunk() {
+    MakeRoom(m_chunks);
+    const std::size_t count = m_chunks.empty() ? 1 : std::min(2 * m_chunks.back().count, MaxChunkPages);
+    void* const pages = ::operator new(count* PageSize, std::align_val_t(PageSize));
+    m_chunks.push_back({static_cast<std::byte*>(pages), count});
+}
+
+void BlockPool::Clear() noexcept {
+    for (const Chunk& chunk : m_chunks)
+        ::operator delete(chunk.pages, std::align_val_t(PageSize));
+    m_chunks.clear();
+    m_free = {};
+    m_next = m_pageEnd = nullptr;
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <vector>
+
+/// Memory for the small objects of one path, records and names side by side in the order in which a directory
+/// brings them: what a look-up touches together lies together, and none of them pays for a heap's
+/// bookkeeping.
+///
+/// A block that is given back serves the next object of its size. The heap gets its memory again when no
+/// block is in use any more, at the latest with the path. Belongs to the path's thread.
+///
+/// A block finds its pool through the page in which it lies, so that whoever gives it back need not know the
+/// pool, which has to be alive. Under the address sanitizer each block comes from the heap: it then sees what
+/// is used too late.
+class BlockPool {
+  public:
+    /// Larger blocks come from the heap.
+    static constexpr std::size_t MaxSize = 512;
+
+    BlockPool() = default;
+    /// @pre no block is in use
+    ~BlockPool() { Clear(); }
+    BlockPool(const BlockPool&) = delete;
+    BlockPool& operator=(const BlockPool&) = delete;
+
+    /// Aligned for pointers. @throws std::bad_alloc, and then nothing has changed.
+    void* Allocate(std::size_t size);
+    /// @p size as it was asked for.
+    static void Free(void* block, std::size_t size) noexcept;
+
+    std::size_t GetBlockCount() const { return m_blockCount; }
+
+  private:
+    static constexpr std::size_t PageSize = 4096;
+    static constexpr std::size_t MaxChunkPages = 16;
+    static constexpr std::size_t Grain = sizeof(void*);
+
+    struct Page {
+        BlockPool* pool;
+    };
+    struct FreeBlock {
+        FreeBlock* next;
+    };
+    struct Chunk {
+        std::byte* pages;
+        std::size_t count;
+    };
+
+    static std::size_t SizeClass(std::size_t size) { return (size + Grain - 1) / Grain; }
+    void BeginPage();
+    void AddChunk();
+    void Clear() noexcept;
+
+    std::byte* m_next = nullptr;    ///< within the page that is being filled
+    std::byte* m_pageEnd = nullptr; ///< its end; pages of its chunk that were not begun lie behind
+    std::size_t m_blockCount = 0;
+    std::vector<Chunk> m_chunks; ///< the last one is being filled
+    std::array<FreeBlock*, MaxSize / Grain + 1> m_free{};
+};
