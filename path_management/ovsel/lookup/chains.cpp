@@ -8,7 +8,7 @@
 #include "ovsel/model/pathsubdiriteminfo.hpp"
 
 // Linking is constant time, so that reading a directory costs no ordering; the order is restored once for a
-// whole directory, run by run. A run is all neighbours of one order number.
+// whole directory, run by run. A run is all neighbours of one path directory.
 
 void PathItemInfo::LinkAtHead() {
     m_pathDir->MakeRoomForPendingItem();
@@ -49,53 +49,70 @@ void PathItemInfo::UnlinkFromNameInfo() {
 }
 
 void PathItemInfo::PlaceInChain() {
-    // Not the orders are compared: a directory that is still being read may have that of another for a while.
-    if (m_prev && m_prev->m_pathDir == m_pathDir) {
-        m_pending &= m_prev->m_pending; // goes with the first of its run
-        return;
-    }
+    if (!m_pending)
+        return; // went with another of its run
+    const Run run = TakeRun();
     const std::int32_t order = GetOrderNumber();
-    PathItemInfo* last = this;
-    for (; last->m_next && last->m_next->m_pathDir == m_pathDir; last = last->m_next)
-        last->m_pending = false;
-    last->m_pending = false;
-    if (!m_prev && order == 0)
+    if (!run.first->m_prev && order == 0)
         return;
+    PathItemInfo* const left = FindLeftOf(run, order);
+    if (left != run.last)
+        MoveRun(run, left, left->m_next);
+    else if (PathItemInfo* const right = FindRightOf(run, order))
+        MoveRun(run, right->m_prev, right);
+}
+
+/// The neighbours of one path directory, none of which is pending any more. Not the orders are compared: a
+/// directory that is still being read may have that of another for a while.
+PathItemInfo::Run PathItemInfo::TakeRun() {
+    Run run{this, this};
+    while (run.first->m_prev && run.first->m_prev->m_pathDir == m_pathDir)
+        run.first = run.first->m_prev;
+    for (run.last = run.first; run.last->m_next && run.last->m_next->m_pathDir == m_pathDir;
+         run.last = run.last->m_next)
+        run.last->m_pending = false;
+    run.last->m_pending = false;
+    return run;
+}
+
+// Pending neighbours of other directories have no place yet; a callback may have added them meanwhile.
+
+/// The item behind which the run has to go; its own last one if that is where it is, or too far back.
+PathItemInfo* PathItemInfo::FindLeftOf(const Run& run, std::int32_t order) const {
     PathItemInfo* const end = m_nameInfo->GetEnds(GetCategory()).last;
     // A directory that was added last has its place at the end, which may be far.
     const bool belongsLast = !end->m_pending && end->GetOrderNumber() < order;
-    // Pending neighbours of other directories have no place yet; a callback may have added them meanwhile.
-    PathItemInfo* left = belongsLast ? end : last;
+    PathItemInfo* left = belongsLast ? end : run.last;
     while (left->m_next && (left->m_next->m_pending || left->m_next->GetOrderNumber() < order))
         left = left->m_next;
-    if (left != last) {
-        MoveRun(last, left, left->m_next);
-        return;
-    }
+    return left;
+}
+
+/// The first item in front of the run that has to come behind it, or null.
+PathItemInfo* PathItemInfo::FindRightOf(const Run& run, std::int32_t order) {
     PathItemInfo* right = nullptr;
-    for (PathItemInfo* item = m_prev; item; item = item->m_prev) {
+    for (PathItemInfo* item = run.first->m_prev; item; item = item->m_prev) {
         if (item->m_pending)
             continue;
-        if (item->GetOrderNumber() <= order)
+        if (item->GetOrderNumber() < order)
             break;
         right = item;
     }
-    if (right)
-        MoveRun(last, right->m_prev, right);
+    return right;
 }
 
-/// Takes the run from this item to @p last out of the chain and puts it between two neighbours, either of
-/// which may be an end of the chain.
-void PathItemInfo::MoveRun(PathItemInfo* last, PathItemInfo* left, PathItemInfo* right) {
+/// Takes the run out of the chain and puts it between two neighbours, either of which may be an end of the
+/// chain.
+void PathItemInfo::MoveRun(const Run& run, PathItemInfo* left, PathItemInfo* right) {
     PathNameInfo::Chain chain = m_nameInfo->GetEnds(GetCategory());
-    PathItemInfo* const before = m_prev;
-    PathItemInfo* const after = last->m_next;
+    PathItemInfo* const before = run.first->m_prev;
+    PathItemInfo* const after = run.last->m_next;
     (before ? before->m_next : chain.first) = after;
     (after ? after->m_prev : chain.last) = before;
-    m_prev = left;
-    last->m_next = right;
-    (left ? left->m_next : chain.first) = this;
-    (right ? right->m_prev : chain.last) = last;
+    run.first->m_prev = left;
+    run.last->m_next = right;
+    (left ? left->m_next : chain.first) = run.first;
+    (right ? right->m_prev : chain.last) = run.last;
     m_nameInfo->SetEnds(GetCategory(), chain);
 }
 

@@ -82,8 +82,9 @@ class PathItemInfo {
     /// Makes the item the head of its chain and notes it as pending; the last step of construction, since
     /// only an item that is whole can be unlinked again.
     void LinkAtHead();
-    /// Moves the run of items of this order number to where that number belongs in the chain, which is sorted
-    /// but for this run. A new run goes in front of items of equal order.
+    /// Of an item that is pending: moves the run in which it stands to where the path directory's order
+    /// number belongs in the chain, which is sorted but for what is pending. A new run goes in front of items
+    /// of equal order.
     void PlaceInChain();
     /// Takes the item out of its chain; a name entry whose last item this was goes too.
     void UnlinkFromNameInfo();
@@ -111,7 +112,15 @@ class PathItemInfo {
 
     void AppendFullName(ustring& out) const;
     void Unlink();
-    void MoveRun(PathItemInfo* last, PathItemInfo* left, PathItemInfo* right);
+
+    struct Run {
+        PathItemInfo* first;
+        PathItemInfo* last;
+    };
+    Run TakeRun();
+    PathItemInfo* FindLeftOf(const Run& run, std::int32_t order) const;
+    static PathItemInfo* FindRightOf(const Run& run, std::int32_t order);
+    void MoveRun(const Run& run, PathItemInfo* left, PathItemInfo* right);
 
     // Pointers first: a file's extension then fits behind the last field, in the same block.
     PathItemInfo* m_next = nullptr;
