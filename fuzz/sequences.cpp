@@ -25,8 +25,7 @@ bool SetUp() {
 model::Operation OperationOf(const std::uint8_t* bytes) {
     const auto number = [&](int i) { return static_cast<std::uint8_t>(bytes[i] - '0'); };
     const auto kind = static_cast<std::uint8_t>(bytes[0] - 'A');
-    return {static_cast<model::Operation::Kind>(kind % static_cast<int>(model::Operation::Kind::Count)),
-            number(1), number(2), number(3)};
+    return {kind % model::System::Commands.size(), number(1), number(2), number(3)};
 }
 
 } // namespace
@@ -45,7 +44,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         const model::Operation operation = OperationOf(&bytes[1 + i % given * 4]);
         model::World after = world;
         after.Apply(operation);
-        system->Apply(world, after, operation);
+        system->Apply({operation, world, after});
         world = std::move(after);
         if (i % 10 == 9)
             ExpectSame(system->Faults(), "", "the index is whole");

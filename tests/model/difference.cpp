@@ -34,9 +34,7 @@ std::vector<Question> Sample(const World& world, unsigned seed) {
     static const std::vector forms{Form::Files, Form::Files, Form::Dirs, Form::FilesAndSubDirs};
     for (int i = 0; i < 24; ++i) {
         Question question{any(names), any(ExtensionLists), any(rules), any(scopes), any(askers), any(forms)};
-        const bool asksForOrder = question.name.empty() && question.scope == Scope::Visible;
-        if (world.knowsOrder || !asksForOrder)
-            questions.push_back(question);
+        questions.push_back(question);
     }
     for (int i = 0; i < 4; ++i) {
         questions.push_back({any(names), any(ExtensionLists), Rule::OfPath,

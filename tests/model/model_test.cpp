@@ -24,29 +24,27 @@ struct Step final : Command {
     Operation operation;
 
     Step() {
-        const auto number = [] { return *rc::gen::arbitrary<unsigned>(); };
-        using Kind = Operation::Kind;
-        // What meets within one second is done more often.
-        const auto often = {Kind::Put,     Kind::Erase, Kind::Refresh,   Kind::AddAtEnd,
-                            Kind::Replace, Kind::Swap,  Kind::Interfere, Kind::Interfere};
-        const int any = *rc::gen::inRange(0, 2 * static_cast<int>(Kind::Count));
-        operation.kind = any < static_cast<int>(Kind::Count) ? static_cast<Kind>(any)
-                                                             : *rc::gen::elementOf(std::vector(often));
-        operation.a = number();
-        operation.b = number();
-        operation.c = number();
+        static const std::vector<std::size_t> weighted = [] {
+            std::vector<std::size_t> commands;
+            for (std::size_t i = 0; i < System::Commands.size(); ++i)
+                commands.insert(commands.end(), System::Commands[i].weight, i);
+            return commands;
+        }();
+        operation.command = *rc::gen::elementOf(weighted);
+        for (unsigned* number : {&operation.a, &operation.b, &operation.c})
+            *number = *rc::gen::arbitrary<unsigned>();
     }
     void apply(World& world) const override { world.Apply(operation); }
     void run(const World& before, System& system) const override {
         World after = before;
         after.Apply(operation);
-        system.Apply(before, after, operation);
+        system.Apply({operation, before, after});
         ++stepCount;
         RC_ASSERT(Difference(after, system, operation.a + operation.b + operation.c) == "");
     }
     void show(std::ostream& stream) const override {
-        stream << static_cast<int>(operation.kind) << "(" << operation.a << ", " << operation.b << ", "
-               << operation.c << ")";
+        stream << System::Commands[operation.command].name << "(" << operation.a << ", " << operation.b
+               << ", " << operation.c << ")";
     }
 
     static inline long stepCount = 0;

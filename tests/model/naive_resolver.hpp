@@ -59,6 +59,12 @@ struct Dir {
 /// stays what it was found to be as long as it is listed.
 enum class Untold { Nothing, Links, LinksAndSome };
 
+/// The names that some listings say nothing of.
+inline bool IsAmongUntold(const std::string& entry) {
+    static const std::set<std::string> names{"draw.sv", "n", "sub", "@plot", "+K", "private", "plot.p"};
+    return names.contains(entry);
+}
+
 /// Reads directories from a disk.
 class Reader {
   public:
@@ -122,22 +128,15 @@ class Reader {
                : entry[0] == '+'  ? std::optional(Kind::Package)
                                   : std::nullopt;
     }
-    bool IsUntold(const std::string& entry, Entry what) const;
+    bool IsUntold(const std::string& entry, Entry what) const {
+        return (m_untold != Untold::Nothing && IsLink(what)) ||
+               (m_untold == Untold::LinksAndSome && IsAmongUntold(entry));
+    }
 
     const Disk& m_disk;
     Untold m_untold;
     std::string m_hidden;
 };
-
-/// The names that some listings say nothing of.
-inline bool IsAmongUntold(const std::string& entry) {
-    static const std::set<std::string> names{"draw.sv", "n", "sub", "@plot", "+K", "private", "plot.p"};
-    return names.contains(entry);
-}
-inline bool Reader::IsUntold(const std::string& entry, Entry what) const {
-    return (m_untold != Untold::Nothing && IsLink(what)) ||
-           (m_untold == Untold::LinksAndSome && IsAmongUntold(entry));
-}
 
 enum class Scope { All, PathOnly, Visible, Method, Private, Dir };
 enum class Rule { Exact, AnyCase, OfPath };

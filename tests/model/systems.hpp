@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -10,6 +11,9 @@
 #include "model/world.hpp"
 
 namespace model {
+
+/// How the library is to learn of changes.
+enum class Detection { Handles, Times, Mixed };
 
 /// On what disk, and how the library learns of changes there.
 struct SystemKind {
@@ -28,12 +32,28 @@ inline std::ostream& operator<<(std::ostream& stream, const SystemKind& kind) {
 /// The library on a disk that does what the world says.
 class System {
   public:
+    /// An operation, and the worlds that it leads from and to.
+    struct Step {
+        const Operation& operation;
+        const World &before, &after;
+    };
+    enum class By { Host, Callbacks, CallbacksThatFreeze }; ///< who does it, the host always
+    struct Command {
+        const char* name;
+        std::size_t weight; ///< how often the host does it
+        By by;
+        std::function<void(World&, const Operation&)> foresee;
+        std::function<void(System&, const Step&)> perform;
+    };
+    /// In the order in which fuzzed inputs name them.
+    static const std::vector<Command> Commands;
+
     virtual ~System();
     System(const System&) = delete;
     System& operator=(const System&) = delete;
 
     /// Does to the library, and to the disk beneath it, what led from one world to the other.
-    void Apply(const World& before, const World& after, const Operation& operation);
+    void Apply(const Step& step);
     std::vector<Answer> Ask(const Question& question);
     /// The current directory, then the path in order.
     Names Listed() const;
@@ -50,13 +70,18 @@ class System {
     virtual void Tick(unsigned seconds, bool jump) = 0;
 
   private:
-    void Refresh(const World& world, const Operation& operation);
-    void Mark(const World& world, const Operation& operation);
-    void Search(const Operation& operation);
-    void Interfere(const World& before, const World& after, const Operation& operation);
     void Enter(const World& world);
     void Expect(bool holds, const char* fault);
     ovDir Find(const std::string& name) const;
+
+    void FollowDisk(const Step& step);
+    void Add(const Step& step, ovDirAddLocn where);
+    void Refresh(const Step& step, bool one);
+    void Mark(const Step& step);
+    void Listen();
+    void StopListening();
+    void WalkABit(const Operation& operation);
+    void Interfere(const Step& step);
 
     ovPath m_owner, m_path;
     std::vector<ovDir> m_handles;

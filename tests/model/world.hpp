@@ -1,109 +1,57 @@
 #pragma once
 
+#include <sstream>
+
 #include "model/naive_resolver.hpp"
 
 namespace model {
 
-/// How the library is to learn of changes.
-enum class Detection { Handles, Times, Mixed };
-
-/// One thing that is done to the path or to the disk. Numbers choose from what there is, whatever that is, so
-/// that every operation is possible in every world and a sequence may lose any of its parts.
+/// One thing that is done to the path or to the disk, by its place in System::Commands. Numbers choose from
+/// what there is, whatever that is, so that every operation is possible in every world and a sequence may
+/// lose any of its parts.
 struct Operation {
-    enum class Kind {
-        AddAtBegin,
-        AddAtEnd,
-        AddFrozen,
-        Remove,
-        Replace, ///< by a list of anything
-        ChangeCWD,
-        Freeze, ///< after a look
-        Thaw,   ///< and reload
-        Hide,
-        Unhide, ///< and reload
-        Mark,   ///< tells the library that something changed, in one of the ways to do so
-        Refresh,
-        RefreshOne, ///< without what lies below
-        Put,        ///< creates a file or folder
-        Erase,
-        Swap, ///< a file becomes a folder, or the other way round
-        Rename,
-        Rewrite, ///< a file becomes a class, or ceases to be one
-        Link,    ///< where the disk has links
-        SetTime, ///< of a folder, anywhere but where it was
-        Tick,    ///< the clock goes on, or jumps
-        KeepHandle,
-        DropHandles,
-        Listen,
-        StopListening,
-        Search,    ///< opens one, walks a few steps and leaves it
-        Interfere, ///< changes of the disk; then callbacks that do anything at every event. All is new after
-                   ///< it
-        Count
-    };
-    Kind kind = Kind::Tick;
+    std::size_t command = 0;
     unsigned a = 0, b = 0, c = 0;
 };
 
+/// Swap makes a folder of a file, or the other way round; Rewrite makes a class of a file, or the other way.
+enum class DiskChange { Put, Erase, Swap, Rename, Rewrite, Link };
+
 using Names = std::vector<std::string>;
 
-inline const Names& PathPool() {
-    static const Names pool{"R:\\A", "R:\\B", "R:\\C\\A", "R:\\D", "R:\\C"};
-    return pool;
-}
+inline const Names PathPool{"R:\\A", "R:\\B", "R:\\C\\A", "R:\\D", "R:\\C"};
 /// One is on the path as well, one is a package.
-inline const Names& CWDPool() {
-    static const Names pool{"R:\\cwd", "R:\\other", "R:\\B", "R:\\C\\+K"};
-    return pool;
-}
-inline const Names& FilePool() {
-    static const Names pool{"plot.sv", "plot.p", "Plot.sv", "draw.sv", "K.sv", "n", "a.b.sv"};
-    return pool;
-}
-inline const Names& FolderPool() {
-    static const Names pool{"@K", "@plot", "+p", "+K", "private", "sub", "n"};
-    return pool;
-}
+inline const Names CWDPool{"R:\\cwd", "R:\\other", "R:\\B", "R:\\C\\+K"};
+inline const Names FilePool{"plot.sv", "plot.p", "Plot.sv", "draw.sv", "K.sv", "n", "a.b.sv"};
+inline const Names FolderPool{"@K", "@plot", "+p", "+K", "private", "sub", "n"};
 /// What stands in lists for a whole path: folders, and what must be left out.
-inline const Names& TokenPool() {
-    static const Names pool = [] {
-        Names tokens = PathPool();
-        tokens.insert(tokens.end(), {"R:/D", "R:\\nowhere", "", "R:\\A\\@K", "R:\\B\\private", "R:\\C\\+K",
-                                     "R:\\" + std::string(1022, 'x'), "R:\\cwd"});
-        return tokens;
-    }();
-    return pool;
-}
+inline const Names TokenPool{"R:\\A",     "R:\\B",          "R:\\C\\A",    "R:\\D",
+                             "R:\\C",     "R:/D",           "R:\\nowhere", "",
+                             "R:\\A\\@K", "R:\\B\\private", "R:\\C\\+K",   "R:\\" + std::string(1022, 'x'),
+                             "R:\\cwd"};
 
 /// What is on the disk, and what the library must take for true of it.
 struct World {
     World() {
-        for (const Names* pool : {&PathPool(), &CWDPool()})
+        for (const Names* pool : {&PathPool, &CWDPool})
             for (const std::string& dir : *pool)
                 disk[dir];
-        disk["R:\\C"] = {{"A", Entry::Folder}, {"+K", Entry::Folder}};
         // Enough of everything from the start, so that a short sequence meets it.
-        for (const auto& [place, names] :
-             std::map<std::string, Names>{{"R:\\A", {"plot.sv", "@K/", "+p/", "private/"}},
-                                          {"R:\\A\\@K", {"K.sv", "draw.sv", "private/"}},
-                                          {"R:\\A\\@K\\private", {"plot.p"}},
-                                          {"R:\\A\\+p", {"plot.sv", "n", "+K/", "@K/"}},
-                                          {"R:\\A\\+p\\+K", {"K.sv"}},
-                                          {"R:\\A\\+p\\@K", {"K.sv", "draw.sv"}},
-                                          {"R:\\A\\private", {"draw.sv", "Plot.sv"}},
-                                          {"R:\\B", {"plot.p", "K.sv", "@plot/", "sub/"}},
-                                          {"R:\\B\\@plot", {"plot.sv", "plot.p"}},
-                                          {"R:\\C\\A", {"n", "a.b.sv", "@K/"}},
-                                          {"R:\\C\\A\\@K", {"K.sv"}},
-                                          {LinkedFolder, {"plot.sv", "private/"}},
-                                          {CWDPool()[0], {"draw.sv", "@plot/"}},
-                                          {CWDPool()[0] + "\\@plot", {"plot.sv"}}})
-            for (const std::string& name : names)
-                Put(place, name.substr(0, name.find('/')),
-                    name.back() == '/' ? Entry::Folder : PlainOrClass(name, 1));
-        cwd = Read(CWDPool()[0]);
+        std::istringstream words("A/plot.sv A/@K/K.sv A/@K/draw.sv A/@K/private/plot.p A/+p/plot.sv A/+p/n "
+                                 "A/+p/+K/K.sv A/+p/@K/K.sv "
+                                 "A/+p/@K/draw.sv A/private/draw.sv A/private/Plot.sv B/plot.p B/K.sv "
+                                 "B/@plot/plot.sv B/@plot/plot.p "
+                                 "B/sub/ C/A/n C/A/a.b.sv C/A/@K/K.sv C/+K/ far/plot.sv far/private/ "
+                                 "cwd/draw.sv cwd/@plot/plot.sv");
+        for (std::string word, place, element; words >> word;) {
+            std::istringstream elements(word);
+            std::getline(elements, element, '/');
+            for (place = "R:\\" + element; std::getline(elements, element, '/'); place += "\\" + element)
+                Put(place, element, elements.eof() ? PlainOrClass(element, 1) : Entry::Folder);
+        }
+        cwd = Read(CWDPool[0]);
         for (const std::size_t i : {0, 1})
-            path.push_back(Read(PathPool()[i]));
+            path.push_back(Read(PathPool[i]));
     }
 
     Disk disk;
@@ -127,93 +75,83 @@ struct World {
         known.insert(known.end(), path.begin(), path.end());
         return known;
     }
-    bool IsOnPath(const std::string& name) const { return FindOnPath(name) != path.end(); }
+    bool IsOnPath(const std::string& name) const { return std::ranges::count(path, name, &Dir::name) > 0; }
 
-    void Apply(const Operation& op) {
-        using Kind = Operation::Kind;
-        const bool wasOnPath = IsOnPath(cwd.name);
-        const std::string& dir = PathPool()[op.a % PathPool().size()];
-        switch (op.kind) {
-        case Kind::AddAtBegin:
-        case Kind::AddAtEnd:
-            Add(dir, op.kind == Kind::AddAtBegin);
-            break;
-        case Kind::AddFrozen:
-            if (!IsOnPath(dir))
-                frozen.insert(dir);
-            Add(dir, false);
-            break;
-        case Kind::Remove:
-            std::erase_if(path, [&](const Dir& entry) { return entry.name == dir; });
-            frozen.erase(dir);
-            break;
-        case Kind::Replace:
-            Replace(Choice(op));
-            break;
-        case Kind::ChangeCWD:
-            cwd = Empty(CWDPool()[op.a % CWDPool().size()]);
-            cwd = Read(cwd.name);
-            break;
-        case Kind::Freeze:
-            Refresh(false);
-            if (IsOnPath(dir))
-                frozen.insert(dir);
-            break;
-        case Kind::Thaw:
-            frozen.erase(dir);
-            Refresh(false);
-            break;
-        case Kind::Hide:
-            hidden = canHide;
-            if (hidden)
-                cwd = Empty(cwd.name);
-            break;
-        case Kind::Unhide:
-            hidden = false;
-            Refresh(false);
-            break;
-        case Kind::Refresh:
-            Refresh(RefreshType(op) == 3);
-            break;
-        case Kind::RefreshOne:
-            for (Dir& entry : path)
-                if (entry.name == dir && (RefreshType(op) == 3 || !frozen.contains(dir)))
-                    entry = Read(dir, &entry, false);
-            break;
-        case Kind::Interfere:
-            for (unsigned i = 0; i < 3; ++i)
-                ChangeDisk(Change(op, i));
-            ReadAnew();
-            break;
-        default:
-            ChangeDisk(op);
-            break;
-        }
-        reloads = hidden &&
-                  (op.kind == Kind::Hide || op.kind == Kind::ChangeCWD || wasOnPath != IsOnPath(cwd.name));
-        if (reloads)
-            Refresh(false);
+    void Apply(const Operation& op);
+
+    // What the commands do.
+    void Add(const std::string& dir, bool atBegin, bool freeze = false) {
+        if (IsOnPath(dir))
+            return;
+        // In its place before it is read, which a hidden current directory can tell.
+        Dir& added = *path.insert(atBegin ? path.begin() : path.end(), Empty(dir));
+        added = Read(dir);
+        if (freeze)
+            frozen.insert(dir);
     }
-
-    /// 9 stands for all that are none.
-    static unsigned RefreshType(const Operation& op) {
-        return std::vector<unsigned>{1, 2, 3, 0, 1, op.kind == Operation::Kind::Refresh ? 9U : 1U}[op.a % 6];
+    void Remove(const std::string& dir) {
+        std::erase_if(path, [&](const Dir& entry) { return entry.name == dir; });
+        frozen.erase(dir);
+    }
+    void ChangeCWD(const std::string& dir) {
+        cwd = Empty(dir);
+        cwd = Read(dir);
+        reloads = true;
+    }
+    /// After a look.
+    void Freeze(const std::string& dir) {
+        Refresh(false);
+        if (IsOnPath(dir))
+            frozen.insert(dir);
+    }
+    /// With a reload.
+    void Thaw(const std::string& dir) {
+        frozen.erase(dir);
+        Refresh(false);
+    }
+    void Hide() {
+        hidden = reloads = canHide;
+        if (hidden)
+            cwd = Empty(cwd.name);
+    }
+    /// With a reload.
+    void Unhide() {
+        hidden = false;
+        Refresh(false);
+    }
+    void Refresh(bool alsoFrozen) {
+        for (Dir& dir : path)
+            if (alsoFrozen || !frozen.contains(dir.name))
+                dir = Read(dir.name, &dir);
+        cwd = Read(cwd.name, &cwd);
+    }
+    /// Without what lies below.
+    void RefreshOne(const std::string& name, bool alsoFrozen) {
+        for (Dir& dir : path)
+            if (dir.name == name && (alsoFrozen || !frozen.contains(name)))
+                dir = Read(name, &dir, false);
     }
     /// A list that may hold anything in any order, twice or not at all.
     static Names Choice(const Operation& op) {
         Names tokens;
         for (unsigned i = op.a % 7, rest = op.b; i > 0; --i, rest /= 13)
-            tokens.push_back(TokenPool()[(rest + op.c) % TokenPool().size()]);
+            tokens.push_back(TokenPool[(rest + op.c) % TokenPool.size()]);
         return tokens;
     }
-    /// The changes that are seen the same way however often one looks meanwhile: no file becomes a folder.
-    static Operation Change(const Operation& op, unsigned i) {
-        using Kind = Operation::Kind;
-        Operation change{Kind::Put, op.a / (i + 1), op.b + i, op.c / 7 + i};
-        change.kind = std::vector{Kind::Put, Kind::Erase, Kind::Rename, Kind::Put}[(op.c + i) % 4];
-        if (change.kind == Kind::Put && change.b % 2 == 0)
-            change.c %= static_cast<unsigned>(FolderPool().size() - 1);
-        return change;
+    /// One of the changes that are seen the same way however often one looks meanwhile: no file becomes a
+    /// folder.
+    void ChangeMeanwhile(const Operation& op, unsigned i) {
+        Operation change{op.command, op.a / (i + 1), op.b + i, op.c / 7 + i};
+        const DiskChange kind = std::vector{DiskChange::Put, DiskChange::Erase, DiskChange::Rename,
+                                            DiskChange::Put}[(op.c + i) % 4];
+        if (kind == DiskChange::Put && change.b % 2 == 0)
+            change.c %= static_cast<unsigned>(FolderPool.size() - 1);
+        ChangeDisk(kind, change);
+    }
+    void Interfere(const Operation& op) {
+        for (unsigned i = 0; i < 3; ++i)
+            ChangeMeanwhile(op, i);
+        ReadAnew();
     }
     /// Everything as it is read for the first time.
     void ReadAnew() {
@@ -226,24 +164,10 @@ struct World {
     /// Any folder that there is, and every other time one of the path's own.
     std::string Place(unsigned number) const {
         if (number % 2 == 0)
-            return PathPool()[number / 2 % PathPool().size()];
+            return PathPool[number / 2 % PathPool.size()];
         return std::next(disk.begin(), static_cast<std::ptrdiff_t>(number % disk.size()))->first;
     }
 
-  private:
-    std::vector<Dir>::const_iterator FindOnPath(const std::string& name) const {
-        return std::find_if(path.begin(), path.end(), [&](const Dir& dir) { return dir.name == name; });
-    }
-    Dir Read(const std::string& name, const Dir* old = nullptr, bool deep = true) const {
-        return Reader(disk, untold, hidden && !IsOnPath(cwd.name) ? cwd.name : "").Read(name, old, deep);
-    }
-    static Dir Empty(const std::string& name) { return {name, Dir::Kind::Path, {}, {}, {}}; }
-    void Add(const std::string& dir, bool atBegin) {
-        if (!IsOnPath(dir)) { // in its place before it is read, which a hidden current directory can tell
-            Dir& added = *path.insert(atBegin ? path.begin() : path.end(), Empty(dir));
-            added = Read(dir);
-        }
-    }
     /// What the list names keeps its contents and moves behind what is there; the rest goes.
     void Replace(const Names& tokens) {
         changed = false;
@@ -271,22 +195,14 @@ struct World {
         changed = changed || !left.empty();
         std::erase_if(frozen, [&](const std::string& dir) { return !IsOnPath(dir); });
     }
-    void Refresh(bool alsoFrozen) {
-        for (Dir& dir : path)
-            if (alsoFrozen || !frozen.contains(dir.name))
-                dir = Read(dir.name, &dir);
-        cwd = Read(cwd.name, &cwd);
-    }
-
-    void ChangeDisk(const Operation& op) {
-        using Kind = Operation::Kind;
+    void ChangeDisk(DiskChange kind, const Operation& op) {
         const std::string place = Place(op.a);
         const bool isFolder = op.b % 2 == 0;
-        const Names& pool = isFolder ? FolderPool() : FilePool();
+        const Names& pool = isFolder ? FolderPool : FilePool;
         const std::string& newName = pool[op.c % pool.size()];
-        if (op.kind == Kind::Put)
+        if (kind == DiskChange::Put)
             return Put(place, newName, isFolder ? Entry::Folder : PlainOrClass(newName, op.b / 2));
-        if (op.kind == Kind::Link && hasLinks && !place.starts_with(LinkedFolder))
+        if (kind == DiskChange::Link && hasLinks && !place.starts_with(LinkedFolder))
             return Put(
                 place, newName,
                 std::vector{Entry::LinkToFolder, Entry::LinkToFile, Entry::LinkToNothing}[op.b / 2 % 3]);
@@ -295,20 +211,24 @@ struct World {
             return;
         const auto [name, what] =
             *std::next(entries.begin(), static_cast<std::ptrdiff_t>(op.b % entries.size()));
-        const bool isRoot = std::count(PathPool().begin(), PathPool().end(), place + "\\" + name) +
-                                std::count(CWDPool().begin(), CWDPool().end(), place + "\\" + name) >
-                            0;
-        if (isRoot)
+        const std::string full = place + "\\" + name;
+        if (std::ranges::count(PathPool, full) + std::ranges::count(CWDPool, full) > 0)
             return;
-        if (op.kind == Kind::Rewrite && !IsFolder(what) && !IsLink(what))
+        if (kind == DiskChange::Rewrite && !IsFolder(what) && !IsLink(what))
             entries[name] = what == Entry::ClassFile ? Entry::File : PlainOrClass(name, 1);
-        if (op.kind == Kind::Erase || op.kind == Kind::Swap || op.kind == Kind::Rename)
+        if (kind == DiskChange::Erase || kind == DiskChange::Swap || kind == DiskChange::Rename)
             Erase(place, name);
-        if (op.kind == Kind::Swap)
+        if (kind == DiskChange::Swap)
             Put(place, name, IsFolder(what) ? Entry::File : Entry::Folder);
-        if (op.kind == Kind::Rename && !IsFolder(what))
-            Put(place, FilePool()[op.c % FilePool().size()], what == Entry::ClassFile ? Entry::File : what);
+        if (kind == DiskChange::Rename && !IsFolder(what))
+            Put(place, FilePool[op.c % FilePool.size()], what == Entry::ClassFile ? Entry::File : what);
     }
+
+  private:
+    Dir Read(const std::string& name, const Dir* old = nullptr, bool deep = true) const {
+        return Reader(disk, untold, hidden && !IsOnPath(cwd.name) ? cwd.name : "").Read(name, old, deep);
+    }
+    static Dir Empty(const std::string& name) { return {name, Dir::Kind::Path, {}, {}, {}}; }
     /// Some files cannot be classes, whatever is in them.
     static Entry PlainOrClass(const std::string& name, unsigned number) {
         return number % 2 == 1 && (name.ends_with(".sv") || name.ends_with(".p")) ? Entry::ClassFile
