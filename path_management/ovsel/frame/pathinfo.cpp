@@ -1,5 +1,6 @@
 #include "ovsel/frame/pathinfo.hpp"
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 
@@ -121,17 +122,30 @@ void PathInfo::RenumberEntries(std::size_t from) {
     }
 }
 
-/// All behind the old position move up by one and keep their order, so that only the moved record needs new
-/// places in the chains.
+/// Notes the move; all that are noted are made at once, so that turning a long path costs no renumbering for
+/// each. @pre FinishMoves comes before anything that might call back.
 void PathInfo::MoveEntryToEnd(PathDirItemInfo* record) {
-    const std::int32_t position = record->GetPositionIn(this);
-    if (position < 0)
+    if (record->GetPositionIn(this) >= 0)
+        m_movingEntries.push_back(record);
+}
+
+/// The others move up and keep their order, so that only the moved records need new places in the chains.
+void PathInfo::FinishMoves() {
+    if (m_movingEntries.empty())
         return;
-    m_entries.erase(m_entries.begin() + position);
-    m_entries.push_back(record);
-    RenumberEntries(static_cast<std::size_t>(position));
+    auto from = m_entries.size();
+    for (const PathDirItemInfo* record : m_movingEntries) {
+        const auto position = static_cast<std::size_t>(record->GetPositionIn(this));
+        m_entries[position] = nullptr;
+        from = std::min(from, position);
+    }
+    const auto kept =
+        std::remove(m_entries.begin() + static_cast<std::ptrdiff_t>(from), m_entries.end(), nullptr);
+    std::copy(m_movingEntries.begin(), m_movingEntries.end(), kept);
+    RenumberEntries(from);
     if (IsActive())
-        record->PlaceAllItems();
+        PathDirItemInfo::PlaceAllItems(m_movingEntries);
+    m_movingEntries.clear();
 }
 
 bool PathInfo::ReplacePath(const ustring& path) {
@@ -148,14 +162,28 @@ bool PathInfo::ReplacePath(const ustring& path) {
     return changed;
 }
 
+/// Makes the moves that are left at the end, also when a hook throws.
+class PathInfo::Moving {
+  public:
+    explicit Moving(PathInfo& list) : m_list(list) {}
+    ~Moving() { m_list.FinishMoves(); }
+    Moving(const Moving&) = delete;
+    Moving& operator=(const Moving&) = delete;
+
+  private:
+    PathInfo& m_list;
+};
+
 /// @return false if a name that is too long ended the work.
 bool PathInfo::ReplaceByTokens(const ustring& path, bool& changed) {
+    const Moving moving(*this);
     constexpr char16_t separator = u';';
     std::size_t start = path.find_first_not_of(separator);
     while (start != ustring::npos && m_manager->IsValid()) {
         const std::size_t end = std::min(path.find(separator, start), path.size());
         const ustring token = path.substr(start, end - start);
         if (token.size() > MaxDirNameLength) {
+            FinishMoves();
             ReportMessage(MessageChannel::Warning, "directoryNameTooLong", {token});
             return false;
         }
@@ -176,6 +204,7 @@ bool PathInfo::ReplaceByToken(const ustring& token) {
         MoveEntryToEnd(present);
         return false;
     }
+    FinishMoves();
     if (PathDirItemInfo* added = AddDir(token, false, m_manager->GetFreezeAllAddedDirectories()))
         added->SetReplaceMark(false);
     return true;

@@ -43,11 +43,14 @@ class PathInfo {
     int GetPathEntryCount() const { return static_cast<int>(m_entries.size()); }
 
   private:
+    class Moving;
+
     bool IsActive() const;
     bool ValidatePathDirName(const ustring& fullName) const;
     void Insert(PathDirItemInfo* record, int position);
     void RenumberEntries(std::size_t from);
     void MoveEntryToEnd(PathDirItemInfo* record);
+    void FinishMoves();
     bool ReplaceByToken(const ustring& token);
     bool ReplaceByTokens(const ustring& path, bool& changed);
     void RefreshAllEntries(ovDirRefreshType type);
@@ -60,5 +63,6 @@ class PathInfo {
 
     IPathManager* const m_manager;
     std::vector<PathDirItemInfo*> m_entries;
-    bool m_changingCWD = false; ///< the slot is between two directories
+    std::vector<PathDirItemInfo*> m_movingEntries; ///< to the end, in the order noted
+    bool m_changingCWD = false;                    ///< the slot is between two directories
 };

@@ -141,10 +141,13 @@ void PathDirItemInfo::PlacePendingItems() {
     m_pendingItems = {}; // a directory is filled once; the room would stay for good
 }
 
-/// All of them lose their places before the first gets a new one: none that is still where the directory was
+/// All of them lose their places before the first gets a new one: none that is still where its directory was
 /// may be taken for one that is where it belongs.
-void PathDirItemInfo::PlaceAllItems() {
-    ForEachChained([](PathItemInfo& item) { item.m_pending = true; });
-    ForEachChained([](PathItemInfo& item) { item.PlaceInChain(); });
-    PlacePendingItems(); // also what is in no container yet
+void PathDirItemInfo::PlaceAllItems(const std::vector<PathDirItemInfo*>& directories) {
+    for (PathDirItemInfo* directory : directories)
+        directory->ForEachChained([](PathItemInfo& item) { item.m_pending = true; });
+    for (PathDirItemInfo* directory : directories) {
+        directory->ForEachChained([](PathItemInfo& item) { item.PlaceInChain(); });
+        directory->PlacePendingItems(); // also what is in no container yet
+    }
 }
