@@ -170,29 +170,25 @@ TEST_F(Change, IsNotMissedByTimeAndEndsWhenTheTimeStandsStill) {
 }
 
 TEST_F(Change, RefreshTypesTellWhatIsReadAgain) {
-    disk.Put("C:\\A", "@K/ +p/ private/");
-    disk.Put("C:\\A\\+p", "@L/");
-    const ovDir a = Add("C:\\A");
+    disk.Put("C:\\A", "@K/ +p/ { @L/ } private/");
     disk.Put("C:\\R", "@M/");
-    const ovDir frozen = Add("C:\\R");
+    const ovDir a = Add("C:\\A"), frozen = Add("C:\\R");
     ovFreeze(frozen);
     Listen();
     const std::string living = "C:\\cwd | C:\\A | C:\\A\\+p | C:\\A\\+p\\@L | C:\\A\\@K | C:\\A\\private";
-    EXPECT_EQ("", Refresh(static_cast<ovDirRefreshType>(0)));
+    EXPECT_EQ("", Refresh(static_cast<ovDirRefreshType>(0)) + Refresh(static_cast<ovDirRefreshType>(9)));
     EXPECT_EQ(living, Refresh(ovRefreshReload));
     EXPECT_EQ(living + " | C:\\R | C:\\R\\@M", Refresh(ovRefreshReloadFrozen));
     EXPECT_TRUE(ovIsFrozen(frozen));
-    EXPECT_EQ("", Refresh(static_cast<ovDirRefreshType>(9)));
     ovSetDirChanged(a);
     ovSetDirChanged(frozen);
     EXPECT_EQ("C:\\A", Refresh(static_cast<ovDirRefreshType>(9)))
         << "what is known to have changed is read by any type";
     platform.Signal(u"C:\\A\\@K");
-    ovRefreshDirectory(a, ovRefreshCheck);
-    EXPECT_EQ("RefreshBegin C:\\A | RefreshEnd C:\\A", TakeEvents()) << "one directory alone";
+    ovRefreshDirectory(a, ovRefreshCheck), ovRefreshDirectory(ovGetNullDir(path), ovRefreshReload);
+    EXPECT_EQ("RefreshBegin C:\\A | RefreshEnd C:\\A | RefreshBegin | RefreshEnd", TakeEvents())
+        << "one directory alone, or none";
     EXPECT_EQ("C:\\A\\@K", Refresh());
-    ovRefreshDirectory(ovGetNullDir(path), ovRefreshReload);
-    EXPECT_EQ("RefreshBegin | RefreshEnd", TakeEvents());
     EXPECT_FALSE(platform.checking);
 }
 
@@ -228,23 +224,21 @@ TEST_F(Change, StaysOutOfAFrozenDirectoryUntilItIsThawed) {
     EXPECT_FALSE(ovFreeze(a));
     EXPECT_TRUE(ovFreeze(a) && ovIsFrozen(Find("C:\\A\\@K")) && ovIsFrozen(Find("C:\\A\\private")));
     EXPECT_EQ("state 2 policy 5", State(a));
-    disk.Put("C:\\A", "g.sv @K/");
     platform.Signal(u"C:\\A");
     ovSetDirChanged(a);
     EXPECT_EQ("", Refresh());
     EXPECT_TRUE(ovUnFreeze(a));
     EXPECT_EQ("state 3 policy 4 handle", State(a));
-    EXPECT_EQ(1u, a->GetChangeTick());
     EXPECT_EQ("", Refresh()) << "what changed meanwhile stays unseen";
     EXPECT_EQ("state 1 policy 4 handle", State(a));
+    disk.Put("C:\\A", "g.sv");
     ovSetDirChanged(a), ovFreeze(a);
     EXPECT_NE(nullptr, path->FindNameInfo(u"g")) << "a change that is known goes into the freeze";
 
     for (const ovDir& never : {ovGetCWD(path), ovGetNullDir(path)})
         EXPECT_FALSE(ovFreeze(never) || ovIsFrozen(never));
     EXPECT_FALSE(ovSetFreezeAllAddedDirectories(path, true));
-    EXPECT_TRUE(ovIsFrozen(Add("C:\\R")));
-    EXPECT_TRUE(ovSetFreezeAllAddedDirectories(path, false));
+    EXPECT_TRUE(ovIsFrozen(Add("C:\\R")) && ovSetFreezeAllAddedDirectories(path, false));
 }
 
 TEST_F(Change, OfDirectoriesIsToldWhenAskedFor) {
@@ -279,7 +273,6 @@ TEST_F(Change, OfAFileIsToldByItsStamp) {
     };
     EXPECT_EQ("-1/0", text());
     EXPECT_EQ("changed 100/1 by 1", changed(ovUpdateTimeStamp, true));
-    EXPECT_EQ("same 100/1 by 0", changed(ovUpdateTimeStamp, true)) << "two integers";
     time = 200;
     EXPECT_EQ("same 100/1 by 0", changed(ovUpdateTimeStamp, true)) << "the directory is not seen to change";
     EXPECT_EQ("changed 100/1 by 1", changed(ovKeepTimeStamp, false));
@@ -298,6 +291,10 @@ TEST_F(Change, OfAFileIsToldByItsStamp) {
     time = 300;
     ovGetTimeStampFromDir(a, U(f), stamp);
     EXPECT_EQ("300/3", text());
+    ovTimeStamp_tag other{};
+    EXPECT_TRUE(ovIsFileTimeStampDifferent(stamp, &other));
+    ovCopyTimeStamp(&other, stamp);
+    EXPECT_FALSE(ovIsFileTimeStampDifferent(stamp, &other));
     for (const ovDir& none : {ovGetNullDir(path), ovDir()})
         EXPECT_FALSE(ovGetTimeStampFromDir(none, f, stamp));
     ovFreeze(a);
@@ -305,13 +302,7 @@ TEST_F(Change, OfAFileIsToldByItsStamp) {
     EXPECT_EQ("same 300/3 by 0", changed(ovUpdateTimeStamp, false)) << "nothing frozen changes";
     EXPECT_TRUE(ovGetTimeStampFromDir(a, f, stamp));
     EXPECT_EQ("-1/0", text());
-
-    ovTimeStamp_tag other{};
-    EXPECT_TRUE(ovIsFileTimeStampDifferent(stamp, &other));
-    ovCopyTimeStamp(&other, stamp);
-    EXPECT_FALSE(ovIsFileTimeStampDifferent(stamp, &other));
     ovDestroyTimeStamp(stamp);
-    EXPECT_EQ(0xFFFFFFFF, other.m_fileTime);
 
     // When the directory has been replaced it is found through the file's name.
     ovUnFreeze(a), ovRemoveDir(a);

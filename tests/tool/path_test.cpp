@@ -77,34 +77,26 @@ TEST(Path, TakesTheCurrentDirectoryThatItIsGiven) {
                   "ovsel: the current directory cannot be used; going on without it\n");
 }
 
-TEST(Path, StandsAThousandNestedFoldersAndAFolderOfManyFiles) {
+TEST(Path, StandsAThousandNestedFoldersAndPackagesAsDeepAsTheyGo) {
     TempTree tree;
-    std::string nested = "deep";
-    for (int level = 0; level < 1000; ++level) {
-        nested += "/d";
-        if (level % 500 == 0) // more at once is refused by the standard library
-            std::filesystem::create_directories(tree.Path(nested));
-    }
-    tree.Write(nested + "/last.p", "");
-    for (int i = 0; i < 2000; ++i)
-        tree.Write("many/f" + std::to_string(i) + ".p", "");
-    const Tool tool{.cwd = tree.Path("many"), .root = tree.Root()};
-    EXPECT_EQ(tool("which -r ../deep last f1999 --no-cwd -p .").All(), nested + "/last.p\nmany/f1999.p\n");
-    EXPECT_EQ(tool.Json("dirs -r ../deep")["totals"].dump(),
-              R"({"classes":0,"files":2001,"packages":0,"private_files":0,"subfolders":1000})");
-}
-
-TEST(Path, FollowsPackagesAsDeepAsTheyGo) {
-    TempTree tree;
-    std::string nested = "p", name;
-    for (int level = 0; level < 200; ++level) {
-        nested += "/+q";
+    const auto nest = [&](std::string folder, const char* element, int depth) {
+        for (int level = 1; level <= depth; ++level) {
+            folder += element;
+            if (level % 200 == 0) // more at once is refused by the standard library
+                std::filesystem::create_directories(tree.Path(folder));
+        }
+        tree.Write(folder + "/last.sv", "");
+        return folder + "/last.sv\n";
+    };
+    const std::string file = nest("d", "/d", 1000), packaged = nest("p", "/+q", 200);
+    std::string name;
+    for (int level = 0; level < 200; ++level)
         name += "q/";
-    }
-    tree.Write(nested + "/f.sv", "");
     const Tool tool{.cwd = tree.Root(), .root = tree.Root()};
-    EXPECT_EQ(tool({"which", name + "f", "-p", "p"}).out, nested + "/f.sv\n");
-    EXPECT_TRUE(tool("tree --no-cwd -p p").out.ends_with("\n" + std::string(200 * 4, ' ') + "`-- f.sv\n"));
+    EXPECT_EQ(tool({"which", "last", name + "last", "-r", "d", "-p", "p"}).All(), file + packaged);
+    EXPECT_EQ(tool.Json("dirs --no-cwd -r d")["totals"].dump(),
+              R"({"classes":0,"files":1,"packages":0,"private_files":0,"subfolders":1000})");
+    EXPECT_TRUE(tool("tree --no-cwd -p p").out.ends_with("\n" + std::string(200 * 4, ' ') + "`-- last.sv\n"));
     EXPECT_EQ(tool("tree --json --no-cwd -p p").status, 0);
 }
 

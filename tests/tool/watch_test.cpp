@@ -4,28 +4,19 @@ namespace {
 
 using namespace test;
 
-/// Skips to the next object of that event and shows it as `word word ...`, null as `-`.
-std::string Next(RunningTool& tool, const std::string& event) {
+/// Skips to the next object of that event and shows it as `word word ...`, null as `-`; to one that begins
+/// so, since a folder made just now may be read again at the first look and its line come early.
+std::string Next(RunningTool& tool, const std::string& event, const std::string& begin = "") {
     while (const auto line = tool.NextLine()) {
         const json object = json::parse(*line);
-        if (object.value("event", "") != event)
-            continue;
         std::string text;
         for (const char* field : {"folder", "kind", "name", "was", "now", "reason"})
             if (object.contains(field))
                 text += (object[field].is_null() ? "-" : object[field].get<std::string>()) + " ";
-        return text;
+        if (object.value("event", "") == event && text.starts_with(begin))
+            return text;
     }
     return "no such event";
-}
-
-/// A folder made just now may be read again at the first look, so that its line comes early.
-std::string NextAbout(RunningTool& tool, const std::string& event, const std::string& begin) {
-    std::string text;
-    do
-        text = Next(tool, event);
-    while (!text.starts_with(begin) && text != "no such event");
-    return text;
 }
 
 TEST(Watch, TellsWhatTheDiskDoesToFoldersAndNames) {
@@ -36,10 +27,9 @@ TEST(Watch, TellsWhatTheDiskDoesToFoldersAndNames) {
     EXPECT_EQ(first["schema"], 1);
     EXPECT_EQ(first["interval_ms"], 5);
     EXPECT_EQ(first["folders"], first["notified"].get<int>() + first["polled"].get<int>());
-    EXPECT_EQ(first["unchecked"], 0);
 
     tree.Add({"B/news.sv"});
-    EXPECT_EQ(NextAbout(tool, "loaded", "B "), "B path ");
+    EXPECT_EQ(Next(tool, "loaded", "B "), "B path ");
     EXPECT_EQ(Next(tool, "meaning"), "news - B/news.sv path ");
     tree.Add({"A/news.sv"});
     EXPECT_EQ(Next(tool, "meaning"), "news B/news.sv A/news.sv path ");
@@ -106,7 +96,7 @@ TEST(Watch, SaysOnceWhichFoldersAreNotNotifiedAndDoesNotTellThemAtEachLook) {
         {"reason": "remote_unsupported", "check": "by_time", "folders": 1, "example": "/proc/sys/kernel/random"}
     ])"));
     tree.Add({"a/late.sv"}); // many looks later than the first one
-    EXPECT_EQ(NextAbout(running, "loaded", "a "), "a path ");
+    EXPECT_EQ(Next(running, "loaded", "a "), "a path ");
     const Outcome outcome = running.Finish(SIGINT);
     EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 3) << outcome.err;
     EXPECT_NE(outcome.err.find(" (and 1 more such folder)\n"), std::string::npos) << outcome.err;
