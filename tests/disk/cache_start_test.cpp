@@ -1,20 +1,11 @@
 // A start from the cache on a machine whose toolbox is gone: nothing of it is read, and no name needs the
 // system.
 
-#include <cstdlib>
-#include <gtest/gtest.h>
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
-#include <unistd.h>
 
-#include <ovsel/ovsel.hpp>
-
-#include "host_interfaces/filesystem.hpp"
-#include "linux_hooks/linux_hooks.hpp"
-#include "linux_host/linux_host.hpp"
-#include "support/temp_tree.hpp"
-#include "support/texts.hpp"
+#include "real_disk.hpp"
 
 namespace {
 
@@ -24,24 +15,15 @@ constexpr bool isSanitized = true; // whose allocator maps memory when it please
 constexpr bool isSanitized = false;
 #endif
 
-class CacheStart : public testing::Test {
+class CacheStart : public RealDisk {
   protected:
     CacheStart() {
-        linux_hooks::InstallDefaultHooks();
         linux_host::SetPrintSink([](std::string_view) {});
-        linux_host::DriveMap::Add(u"T:", tree.Root(), linux_host::DriveMap::Kind::Fixed);
+        tree.Add({"box/sig/plot.sv", "box/sig/@plot/plot.sv", "box/sig/@plot/draw.sv", "own/own.sv",
+                  "box/sig/private/plot.p", "box/target.sv", "box/img/+gfx/fill.sv", "box/img/plot.p",
+                  "box/img/link.sv -> ../target.sv", "box/img/folder -> ../sig"});
     }
-    ~CacheStart() override {
-        path = ovPath();
-        ovTerminate();
-        fl::filesystem::current_path(before); // which the path has moved
-        linux_host::DriveMap::Reset();
-        linux_host::SetPrintSink({});
-    }
-    void Open() {
-        path = ovCreatePathWithPreFrozen(0, "main", u"T:\\box", ovCaseSensitive, true);
-        ASSERT_EQ(nullptr, ovSetCWDName(path, u"T:\\cwd"));
-    }
+    ~CacheStart() override { linux_host::SetPrintSink({}); }
     void AddAll() {
         for (const char* dir : {"T:\\box\\sig", "T:\\box\\img", "T:\\own"})
             ovAddDir(path, U(dir), ovDirAddAtEnd);
@@ -56,30 +38,22 @@ class CacheStart : public testing::Test {
         }
         return Join(all);
     }
-
-    const ustring before = fl::filesystem::current_path();
-    test::TempTree tree{"cwd/",           "box/sig/plot.sv",         "box/sig/@plot/plot.sv",
-                        "own/own.sv",     "box/sig/@plot/draw.sv",   "box/sig/private/plot.p",
-                        "box/target.sv",  "box/img/+gfx/fill.sv",    "box/img/link.sv -> ../target.sv",
-                        "box/img/plot.p", "box/img/folder -> ../sig"};
-    ovPath path;
 };
 
 TEST_F(CacheStart, NeedsNothingOfTheToolboxAndThenNoSystemCall) {
-    Open();
+    Open(u"T:\\box");
     AddAll();
     ovWritePathToCacheFile(path, "T:\\cache.xml");
     const std::string expected = Answers();
     EXPECT_EQ("T:\\box\\sig\\private\\plot.p | T:\\box\\sig\\@plot\\draw.sv | T:\\box\\img\\+gfx\\fill.sv | "
               "T:\\box\\img\\link.sv | T:\\own\\own.sv | ",
               expected);
-    path = ovPath();
-    ovTerminate();
+    Close();
 
     // In the storage layer's mode the accessibility of a path's folder is still asked of the disk.
     tree.Rename("box", "elsewhere");
     tree.Add({"box/sig/", "box/img/", "box/img/link.sv"});
-    Open();
+    Open(u"T:\\box");
     ovUseToolboxCache(path, u"T:/cache.xml", u"T:\\box", false);
     ASSERT_TRUE(ovInToolboxCacheMode());
     linux_host::ResetCounters();

@@ -2,49 +2,26 @@
 // by time.
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <linux/magic.h>
-#include <unistd.h>
 
-#include <ovsel/ovsel.hpp>
-
-#include "host_interfaces/filesystem.hpp"
-#include "linux_hooks/linux_hooks.hpp"
-#include "linux_host/linux_host.hpp"
-#include "support/temp_tree.hpp"
-#include "support/texts.hpp"
+#include "real_disk.hpp"
 
 namespace {
 
-using linux_host::DriveMap;
-using test::TempTree;
-
 int warnings = 0;
 
-/// A path over a real tree, whose folders lie under `T:`, a local drive, and under `R:`, a remote one.
-class Following : public testing::Test {
+/// The tree lies under `R:` as well, a remote drive.
+class Following : public RealDisk {
   protected:
     Following() {
-        linux_hooks::InstallDefaultHooks();
         warnings = 0;
         ovSetMessageFcns(
             nullptr, [](const char*) { ++warnings; }, nullptr);
-        DriveMap::Add(u"T:", tree.Root(), DriveMap::Kind::Fixed);
-        DriveMap::Add(u"R:", tree.Root(), DriveMap::Kind::Remote);
+        linux_host::DriveMap::Add(u"R:", tree.Root(), linux_host::DriveMap::Kind::Remote);
     }
     ~Following() override {
-        path = ovPath();
-        ovTerminate();
-        fl::filesystem::current_path(before);
         linux_host::testing::SetNotificationFaults({});
-        DriveMap::Reset();
         ovSetMessageFcns(nullptr, nullptr, nullptr);
-    }
-    void Open() {
-        path = ovCreatePathWithPreFrozen(0, "main", static_cast<const char16_t*>(nullptr), ovCaseSensitive,
-                                         true);
-        tree.Add({"cwd/"});
-        ASSERT_EQ(nullptr, ovSetCWDName(path, u"T:\\cwd"));
     }
     ovDir Add(const std::string& name, const char* root = "T:\\") {
         return ovAddDir(path, U(root + name), ovDirAddAtEnd);
@@ -84,10 +61,6 @@ class Following : public testing::Test {
         }
         return missed;
     }
-
-    const ustring before = fl::filesystem::current_path();
-    TempTree tree = TempTree::InMemory();
-    ovPath path;
 };
 
 TEST_F(Following, MissesNothingWithinASecondByNotificationAndByTime) {

@@ -223,9 +223,6 @@ TEST_F(CacheFile, IsReadAsXmlForWhatItsElementsSay) {
         {"<Quorrant><D name=\"\xE4\"/></Quorrant>", unable}, // no UTF-8
         {std::string("\xFF\xFE<\0Q\0", 6), unable},
         {"<!DOCTYPE Quorrant SYSTEM \"http://127.0.0.1/x.dtd\"><Quorrant/>", parseError},
-        {"<!DOCTYPE q [<!ENTITY e SYSTEM \"file:///etc/passwd\">]><Quorrant><D name=\"&e;\"/></Quorrant>",
-         parseError},
-        {"<Quorrant><D name=\"&e;\"/></Quorrant>", parseError},
         {Repeat("<D name=\"a\">", 100000), parseError},
         {"<Quorrant>" + Repeat("<Quorrant>", 1000000), parseError},
     };
