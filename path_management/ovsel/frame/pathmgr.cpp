@@ -96,8 +96,8 @@ void PathMgr::TearDown() {
 }
 
 void PathMgr::AssignFileSystem(PathAllDirItemInfo* record) {
-    ustring fullName;
-    record->GetFullName(fullName);
+    ustring room;
+    const ustring& fullName = record->ReadFullName(room);
     record->SetFileSystemIndex(FileSystemTable::UnknownRow);
     ustring fileSystem;
     if (!GetFileSystemName(fileSystem, fullName)) {

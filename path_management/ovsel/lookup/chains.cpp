@@ -134,7 +134,7 @@ void PathAllDirItemInfo::ForEachChained(Visit visit) {
 
 /// What stands in no list, or no longer, has no order of its own, and keeps no other from its place.
 void PathDirItemInfo::PlacePendingItems() {
-    if (GetPositionIn(GetManager()->GetPathInfo()) < 0)
+    if (m_pendingItems.empty() || GetPositionIn(GetManager()->GetPathInfo()) < 0)
         return;
     for (PathItemInfo* item : m_pendingItems)
         item->PlaceInChain();

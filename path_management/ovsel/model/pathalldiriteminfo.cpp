@@ -267,9 +267,8 @@ void PathAllDirItemInfo::TakeRefreshAskedMeanwhile() {
 
 void PathAllDirItemInfo::ReadFromSource(bool freeze) {
     if (!IsVFSMode()) {
-        ustring fullName;
-        GetFullName(fullName);
-        DirReader reader(GetManager(), fullName);
+        ustring room;
+        DirReader reader(GetManager(), ReadFullName(room));
         ReadContents(reader, freeze);
         return;
     }
@@ -336,8 +335,8 @@ void PathAllDirItemInfo::ReadAgain(const RefreshOptions& options) {
 }
 
 void PathAllDirItemInfo::ReloadFromSource(const RefreshOptions& options) {
-    ustring fullName;
-    GetFullName(fullName);
+    ustring room;
+    const ustring& fullName = ReadFullName(room);
     ReloadIndex index(*this);
     if (!IsVFSMode()) {
         DirReader reader(GetManager(), fullName);
@@ -556,9 +555,8 @@ void PathAllDirItemInfo::RemoveFile(const PathItemInfo* file) {
 
 const ustring& PathAllDirItemInfo::ResolveName() {
     constexpr std::size_t longestResolvedName = 260;
-    ustring fullName;
-    GetFullName(fullName);
-    m_resolvedName = host::Platform().FullPath(fullName);
+    ustring room;
+    m_resolvedName = host::Platform().FullPath(ReadFullName(room));
     if (m_resolvedName.size() > longestResolvedName)
         m_resolvedName.clear();
     return m_resolvedName;

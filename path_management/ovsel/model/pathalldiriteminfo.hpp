@@ -107,8 +107,8 @@ class PathAllDirItemInfo : public PathItemInfo {
 
     // Time stamps, notification, refreshing and freezing stand with the reading of directories.
 
-    /// The name under which the directory is watched.
-    ustring GetCheckName() const;
+    /// The name under which the directory is watched, built in @p room if it has to be.
+    const ustring& GetCheckName(ustring& room) const;
     /// Counts changes and checks; what a file's stamp remembers of its directory.
     std::uint32_t GetChangeTick() const { return m_changeTick; }
     ovRefreshPolicy GetRefreshPolicy() const { return m_refreshPolicy; }

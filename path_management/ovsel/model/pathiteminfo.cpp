@@ -58,6 +58,13 @@ void PathItemInfo::GetFullName(ustring& out) const {
     AppendFullName(out);
 }
 
+const ustring& PathItemInfo::ReadFullName(ustring& room) const {
+    if (IsPathDir())
+        return static_cast<const PathDirItemInfo*>(this)->GetStoredFullName();
+    GetFullName(room);
+    return room;
+}
+
 void PathItemInfo::AppendFullName(ustring& out) const {
     if (m_parent)
         m_parent->AppendFullName(out);

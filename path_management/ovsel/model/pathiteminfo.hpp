@@ -42,6 +42,8 @@ class PathItemInfo {
     std::u16string_view GetName() const;
     /// Replaces @p out by the absolute name on disk.
     void GetFullName(ustring& out) const;
+    /// The same for a reader: of a path-level record the name that it holds, of others built in @p room.
+    const ustring& ReadFullName(ustring& room) const;
     /// @pre the storage layer's mode
     foundation::storage::vfs::AbsoluteIRI GetAbsoluteIRI() const;
 

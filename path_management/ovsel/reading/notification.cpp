@@ -59,13 +59,14 @@ bool IsByTimeStamp(ovRefreshPolicy policy) {
 
 void PathAllDirItemInfo::StartChangeDetection(bool watch) {
     ReleaseNotification();
+    ustring room;
     if (!watch || m_state == DirFrozen) {
         m_refreshPolicy = ovRefreshNever;
         if (m_state == DirUnloaded && !watch)
-            ReportDiagnostic("skipFindFirstDirCheck", [&] { return Arguments{GetCheckName()}; });
+            ReportDiagnostic("skipFindFirstDirCheck", [&] { return Arguments{GetCheckName(room)}; });
         return;
     }
-    const ustring name = GetCheckName();
+    const ustring& name = GetCheckName(room);
     FileSystemEntry& fs = GetManager()->GetFileSystemEntry(m_fileSystemIndex);
     const bool isFirstOnFileSystem = fs.m_handlesObtained == 0 && fs.m_handleFailures == 0;
     const int notifiedBefore = GetManager()->GetNotifiedDirCount();
@@ -182,8 +183,10 @@ bool PathAllDirItemInfo::CheckChanged() {
         return false;
     if (HasNotificationHandle())
         return CheckNotification();
-    if (IsByTimeStamp(m_refreshPolicy))
-        return CheckTimeStamp(GetCheckName());
+    if (IsByTimeStamp(m_refreshPolicy)) {
+        ustring room;
+        return CheckTimeStamp(GetCheckName(room));
+    }
     if (m_refreshPolicy != ovRefreshAlways)
         return NoChangeSeen();
     if (ChangeDiagnostics() || GetManager()->GetDirectoryReloadMessages())

@@ -30,15 +30,13 @@ bool ComparesTimes(ovRefreshPolicy policy) { return policy <= ovRefreshByTimeSta
 
 } // namespace
 
-ustring PathAllDirItemInfo::GetCheckName() const {
-    ustring name = m_resolvedName;
-    if (name.empty())
-        GetFullName(name);
-    return name;
+const ustring& PathAllDirItemInfo::GetCheckName(ustring& room) const {
+    return m_resolvedName.empty() ? ReadFullName(room) : m_resolvedName;
 }
 
 void PathAllDirItemInfo::RecordDirTimeStamp() {
-    const std::int64_t time = GetManager()->GetFileTime(GetCheckName());
+    ustring room;
+    const std::int64_t time = GetManager()->GetFileTime(GetCheckName(room));
     const std::int64_t now = host::Platform().CurrentTime();
     m_dirTimeStamp = static_cast<std::int32_t>(time >= now - 1 ? now - 2 : time);
 }
