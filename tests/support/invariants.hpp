@@ -43,7 +43,11 @@ class InvariantCheck {
         });
         Expect(chained == m_owned.size(),
                std::to_string(chained) + " items in chains, " + std::to_string(m_owned.size()) + " owned");
-        Expect(m_manager.GetNotifiedDirCount() == m_watched, "count of watched directories");
+        Expect(m_manager.GetNotifiedDirCount() == static_cast<int>(m_watchers.size()),
+               "count of watched directories");
+        for (const auto& [handle, directory] : m_manager.GetWatches())
+            Expect(m_watchers.erase(directory) == 1, "a watch of what has no handle");
+        Expect(m_watchers.empty(), "a handle that is not among the watches");
         if (m_counts)
             for (const auto& [record, count] : m_handles)
                 Expect(!record || record->GetRefCount() == count, "handles on a record");
@@ -67,7 +71,8 @@ class InvariantCheck {
     }
     void CollectDir(PathAllDirItemInfo& dir) {
         m_handles[&dir]; // none, if none is known
-        m_watched += dir.HasNotificationHandle();
+        if (dir.HasNotificationHandle())
+            m_watchers.insert(&dir);
         if (dir.IsPathDir())
             Collect(&dir, 0);
         for (std::int32_t group = 0; group < DirChildGroupCount; ++group)
@@ -104,7 +109,7 @@ class InvariantCheck {
     PathMgr& m_manager;
     const bool m_counts;                                ///< are handles counted?
     std::map<const PathAllDirItemInfo*, int> m_handles; ///< that are held, by record
-    int m_watched = 0;
+    std::set<const PathAllDirItemInfo*> m_watchers;
     std::map<const PathItemInfo*, std::size_t> m_owned; ///< with the place in the owner's container
     std::string m_faults;
 };

@@ -23,6 +23,7 @@ class PathDirItemInfo;
 class PathInfo;
 class PathItemInfo;
 class PathNameInfo;
+class WatchTable;
 namespace Quorrant::ovsel {
 class CachedDirMap;
 }
@@ -78,6 +79,8 @@ class IPathManager {
     virtual int GetNotifiedDirCount() const = 0;
     virtual void IncrementNotifiedDirCount() = 0;
     virtual void DecrementNotifiedDirCount() = 0;
+    /// As many as are counted.
+    virtual WatchTable& GetWatches() = 0;
     virtual void SetNonNotifiedRemotePathRefreshPolicy(ovRefreshPolicy policy) = 0;
     virtual ovWarnInvalidCNH GetNotificationHandleWarnings() const = 0;
     virtual void SetNotificationHandleWarnings(ovWarnInvalidCNH mode) = 0;
@@ -180,6 +183,10 @@ class IPathManager {
     CreateDirItemsIterator(const foundation::storage::vfs::AbsoluteIRI& location) = 0;
     virtual void ClearCachedDirItems() = 0;
     virtual void SetDirItemsIteratorFactory(std::unique_ptr<IDirItemsIteratorFactory> factory) = 0;
+    /// Directories tell when their reading begins and ends.
+    virtual void ReadingBegins() = 0;
+    virtual void ReadingEnds() = 0;
+    virtual bool IsReading() const = 0;
     /// Searches tell when they begin and end: an item that one of them takes away may be the next of another.
     virtual void SearchBegins() = 0;
     virtual void SearchEnds() = 0;

@@ -54,6 +54,7 @@ class PathInfo {
     bool ReplaceByToken(const ustring& token);
     bool ReplaceByTokens(const ustring& path, bool& changed);
     void RefreshAllEntries(ovDirRefreshType type);
+    std::vector<PathDirItemInfo*> FindEntriesWithNews() const;
     void RefreshEntriesWithNews(ovDirRefreshType type);
     void SetReplaceMarks(bool on);
     bool RemoveMarked();

@@ -9,6 +9,7 @@
 #include "ovsel/frame/iohooks.hpp"
 #include "ovsel/frame/ipathmanager.hpp"
 #include "ovsel/model/blockpool.hpp"
+#include "ovsel/reading/watchtable.hpp"
 
 class FullNameIndex;
 class NameTable;
@@ -61,6 +62,7 @@ class PathMgr final : public IPathManager {
     int GetNotifiedDirCount() const override { return m_notifiedDirCount; }
     void IncrementNotifiedDirCount() override { ++m_notifiedDirCount; }
     void DecrementNotifiedDirCount() override { --m_notifiedDirCount; }
+    WatchTable& GetWatches() override { return m_watches; }
     void SetNonNotifiedRemotePathRefreshPolicy(ovRefreshPolicy policy) override {
         m_nonNotifiedRemotePathRefreshPolicy = policy;
     }
@@ -146,6 +148,9 @@ class PathMgr final : public IPathManager {
     void SearchBegins() override { ++m_searchCount; }
     void SearchEnds() override;
     void PrepareDeletion() override;
+    void ReadingBegins() override { ++m_readingCount; }
+    void ReadingEnds() override { --m_readingCount; }
+    bool IsReading() const override { return m_readingCount > 0; }
     void DeleteAfterSearches(PathItemInfo* item) override;
     void ResolveDirLocation(DirLocation& result, const ustring& name) override;
 
@@ -195,6 +200,8 @@ class PathMgr final : public IPathManager {
     ovRefreshPolicy m_nonNotifiedRemoteCWDRefreshPolicy = ovRefreshByTimeStamp;
     ovRefreshPolicy m_nonNotifiedRemotePathRefreshPolicy = ovRefreshNever;
     std::int32_t m_notifiedDirCount = 0;
+    WatchTable m_watches;
+    std::int32_t m_readingCount = 0;
     ovWarnInvalidCNH m_notificationHandleWarnings = ovWarnCNHOnce;
     std::uint8_t m_flags = 0;
 };

@@ -234,8 +234,14 @@ void PathAllDirItemInfo::ForEachLooseBelow(const std::function<void(PathAllDirIt
 /// Says that a record is being read, as long as it lives.
 class PathAllDirItemInfo::Reading {
   public:
-    explicit Reading(PathAllDirItemInfo& dir) : m_dir(dir) { m_dir.m_reading = true; }
-    ~Reading() { m_dir.m_reading = false; }
+    explicit Reading(PathAllDirItemInfo& dir) : m_dir(dir) {
+        m_dir.m_reading = true;
+        m_dir.GetManager()->ReadingBegins();
+    }
+    ~Reading() {
+        m_dir.m_reading = false;
+        m_dir.GetManager()->ReadingEnds();
+    }
     Reading(const Reading&) = delete;
     Reading& operator=(const Reading&) = delete;
 

@@ -125,7 +125,7 @@ class PathAllDirItemInfo : public PathItemInfo {
 
     /// This directory alone, told as one refresh.
     void RefreshDirectory(ovDirRefreshType type);
-    bool HasNews() const;
+    bool IsAskedForNews() const;
     /// With all below it.
     void RefreshTree(ovDirRefreshType type);
     /// A mark for the next refresh, for directories that are loaded and not frozen.
@@ -224,6 +224,7 @@ class PathAllDirItemInfo : public PathItemInfo {
     std::int32_t m_dirTimeStamp = 0; ///< reference time, seconds since the epoch
     ustring m_resolvedName;
     std::int32_t m_fileSystemIndex = 0;
+    std::size_t m_watchPlace = 0; ///< of the handle, if there is one
     /// Moves whenever a child may have gone, so that an index of the children can tell that it is out of
     /// date.
     std::uint32_t m_removals = 0;

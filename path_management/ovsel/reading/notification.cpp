@@ -13,6 +13,7 @@
 #include "ovsel/model/pathpackagediriteminfo.hpp"
 #include "ovsel/model/pathprivatediriteminfo.hpp"
 #include "ovsel/reading/changediagnostics.hpp"
+#include "ovsel/reading/watchtable.hpp"
 
 namespace {
 
@@ -70,10 +71,13 @@ void PathAllDirItemInfo::StartChangeDetection(bool watch) {
     FileSystemEntry& fs = GetManager()->GetFileSystemEntry(m_fileSystemIndex);
     const bool isFirstOnFileSystem = fs.m_handlesObtained == 0 && fs.m_handleFailures == 0;
     const int notifiedBefore = GetManager()->GetNotifiedDirCount();
+    WatchTable& watches = GetManager()->GetWatches();
+    watches.MakeRoomForWatch();
     // What holds is noted before anybody is told, who may throw.
     m_notificationHandle = host::Platform().FindFirstChangeNotification(name, false, watchedChanges);
     m_refreshPolicy = HasNotificationHandle() ? ovRefreshNotified : PolicyWithoutHandle();
     if (HasNotificationHandle()) {
+        m_watchPlace = watches.Enter(m_notificationHandle, this);
         ++fs.m_handlesObtained;
         GetManager()->IncrementNotifiedDirCount();
     }
@@ -173,6 +177,8 @@ void PathAllDirItemInfo::ReleaseNotification() {
     } catch (...) {
         // A removal that has begun is not to be stopped.
     }
+    if (PathAllDirItemInfo* const moved = GetManager()->GetWatches().Leave(m_watchPlace))
+        moved->m_watchPlace = m_watchPlace;
     GetManager()->DecrementNotifiedDirCount();
     host::Platform().FindCloseChangeNotification(
         std::exchange(m_notificationHandle, host::InvalidChangeHandle));

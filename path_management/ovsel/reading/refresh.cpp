@@ -11,6 +11,7 @@
 #include "ovsel/model/pathpackagediriteminfo.hpp"
 #include "ovsel/model/pathprivatediriteminfo.hpp"
 #include "ovsel/reading/changediagnostics.hpp"
+#include "ovsel/reading/watchtable.hpp"
 
 namespace {
 
@@ -39,9 +40,10 @@ class ChangeChecks {
 
 bool IsCheck(ovDirRefreshType type) { return type == ovRefreshCheck || type == 0; }
 
-/// Need a check look only at directories whose handles speak? Diagnostics tell of each that is asked.
+/// Need a check look only at directories whose handles speak? Not while one is read, which has to hear that a
+/// refresh came by; and diagnostics tell of each that is asked.
 bool LooksAtNewsOnly(const IPathManager& manager, ovDirRefreshType type) {
-    return IsCheck(type) && manager.IsSettled() && !ChangeDiagnostics();
+    return IsCheck(type) && manager.IsSettled() && !manager.IsReading() && !ChangeDiagnostics();
 }
 
 /// What a hook ends in the middle does not leave the path settled.
@@ -125,18 +127,26 @@ bool PathAllDirItemInfo::IsSettled() const {
     return m_state == DirFrozen || (m_state == DirLoaded && m_refreshPolicy > ovRefreshByTimeStamp);
 }
 
-/// Does the handle of the directory, or one of those that a check would come to below it, say anything?
-/// @pre the path is settled
-bool PathAllDirItemInfo::HasNews() const {
-    if (m_state == DirFrozen)
-        return false;
-    const auto speaks = [](const PathAllDirItemInfo* child) { return child->HasNews(); };
-    return m_state != DirLoaded || m_reading ||
-           (HasNotificationHandle() &&
-            host::Platform().WaitForSingleObject(m_notificationHandle, 0) != host::WaitTimeout) ||
-           std::any_of(m_packageDirs.begin(), m_packageDirs.end(), speaks) ||
-           std::any_of(m_classDirs.begin(), m_classDirs.end(), speaks) ||
-           (m_privateDir && m_privateDir->HasNews());
+/// Does a check of the path come to this directory? It does not go below one that is frozen.
+bool PathAllDirItemInfo::IsAskedForNews() const {
+    const PathAllDirItemInfo* dir = this;
+    while (dir && dir->m_state != DirFrozen)
+        dir = dir->GetParent();
+    return !dir && GetPathDir()->GetPositionIn(GetManager()->GetPathInfo()) >= 0;
+}
+
+/// The path directories in or below which a handle says anything, in path order. Handles are only asked, so
+/// nobody is told of anything meanwhile.
+std::vector<PathDirItemInfo*> PathInfo::FindEntriesWithNews() const {
+    std::vector<PathDirItemInfo*> speaking;
+    host::IPlatform& platform = host::Platform();
+    for (const auto& [handle, directory] : m_manager->GetWatches())
+        if (platform.WaitForSingleObject(handle, 0) != host::WaitTimeout && directory->IsAskedForNews())
+            speaking.push_back(directory->GetPathDir());
+    const auto order = [](const PathDirItemInfo* entry) { return entry->GetOrder(); };
+    std::ranges::sort(speaking, {}, order);
+    speaking.erase(std::unique(speaking.begin(), speaking.end()), speaking.end());
+    return speaking;
 }
 
 /// @return whether anything was read again.
@@ -220,10 +230,7 @@ void PathInfo::RefreshAllEntries(ovDirRefreshType type) {
 
 /// @pre the path is settled
 void PathInfo::RefreshEntriesWithNews(ovDirRefreshType type) {
-    // Handles are only asked, so nobody is told of anything before the list is complete.
-    std::vector<PathDirItemInfo*> speaking;
-    std::copy_if(m_entries.begin(), m_entries.end(), std::back_inserter(speaking),
-                 [](const PathDirItemInfo* entry) { return entry && entry->HasNews(); });
+    const std::vector<PathDirItemInfo*> speaking = FindEntriesWithNews();
     const UnsettledByThrow unsettled(m_manager);
     std::size_t behind = 0;
     ForEachChild(speaking, [&](PathDirItemInfo& entry) {
