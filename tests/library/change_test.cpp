@@ -217,6 +217,25 @@ TEST_F(Change, ThatIsDeclaredIsFoundWhereItBelongs) {
     EXPECT_EQ("C:\\cwd | C:\\A | C:\\A\\+p", Refresh());
 }
 
+TEST_F(Change, ThatAPartyDeclaresDuringARefreshIsReadInItsTurn) {
+    Listen();
+    Add("C:\\A"), Add("C:\\R");
+    Refresh();
+    std::string read, declared;
+    ovRegisterPathInterest(path, [&](ovEventType event, ovDir dir) {
+        if (event == ovEventDirContentsLoaded && N(ovGetDirName(dir)) == read)
+            ovSetDirChanged(Find(declared));
+    });
+    read = "C:\\A", declared = "C:\\R";
+    platform.Signal(u"C:\\A");
+    EXPECT_EQ("C:\\A | C:\\R", Refresh());
+    EXPECT_EQ("", Refresh());
+    read = "C:\\R", declared = "C:\\A";
+    platform.Signal(u"C:\\R");
+    EXPECT_EQ("C:\\R", Refresh()) << "what stands in front has had its turn";
+    EXPECT_EQ("C:\\A", Refresh());
+}
+
 TEST_F(Change, StaysOutOfAFrozenDirectoryUntilItIsThawed) {
     disk.Put("C:\\A", "@K/ private/");
     const ovDir a = Add("C:\\A");
