@@ -97,8 +97,8 @@ void InjectAll(bool isMemory, long sample) {
     std::printf("all %ld faults\n", total);
 }
 
-TEST(Faults, OfTheHostLeaveAPathThatOneRefreshPutsRight) { InjectAll(false, 10); }
+TEST(Faults, OfTheHostLeaveAPathThatOneRefreshPutsRight) { InjectAll(false, 6); }
 
-TEST(Faults, OfMemoryLeaveAPathThatOneRefreshPutsRight) { InjectAll(true, 40); }
+TEST(Faults, OfMemoryLeaveAPathThatOneRefreshPutsRight) { InjectAll(true, 200); }
 
 } // namespace

@@ -141,8 +141,11 @@ TEST_F(Change, IsNotMissedByTimeAndEndsWhenTheTimeStandsStill) {
     ovNonNotifiedRemotePathRefreshPolicy(path, ovRefreshByTimeStamp);
     platform.handlesRefused = true;
     disk.times["R:\\A"] = platform.now = 1000;
+    disk.times["R:\\B"] = 999;
     const ovDir dir = Add("R:\\A");
+    Add("R:\\B");
     Listen();
+    EXPECT_EQ("R:\\A | R:\\B", Refresh()) << "no reference is as young as either";
     // The folder's time, and what refreshes at those times of the clock do: read, or quiet.
     const std::tuple<long, std::vector<std::int64_t>, const char*> rows[] = {
         {1000, {1000, 1000, 1001, 1002, 1002}, "rrrrq"}, // while more may come, then it is taken over
