@@ -409,7 +409,6 @@ class Resolver {
         const std::size_t dot = name.rfind('.');
         const std::string stem = name.substr(dot + 1);
         const Dir::File* plain = nullptr;
-        std::pair<int, const Dir*> plainAt;
         for (const Item& item : m_items) { // only the first plain file counts
             const bool fits = dot == name.npos ? item.group == PathDir : IsPackage(item, name.substr(0, dot));
             if (!fits || !IsEligible(item))

@@ -50,7 +50,7 @@ struct World {
                 Put(place, element, elements.eof() ? PlainOrClass(element, 1) : Entry::Folder);
         }
         cwd = Read(CWDPool[0]);
-        for (const std::size_t i : {0, 1})
+        for (const unsigned i : {0U, 1U})
             path.push_back(Read(PathPool[i]));
     }
 
