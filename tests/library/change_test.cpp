@@ -100,8 +100,7 @@ TEST_F(Change, OnARemoteDriveIsProbedOnce) {
     platform.probeFilesRefused = true;
     EXPECT_EQ(" after 4", add(NewPath("read-only"), {"R:\\B", "R:\\C"}))
         << "a probe that could not be done is tried at the next directory, without a word";
-    ovPath disabled = ovCreatePathWithPreFrozen(0, "disabled", static_cast<const char16_t*>(nullptr),
-                                                ovCaseSensitive, true);
+    ovPath disabled = ovCreatePathWithPreFrozen(0, "disabled", "X:", ovCaseSensitive, true);
     platform.handlesRefused = true;
     EXPECT_EQ(" after 4", add(disabled, {"R:\\B"})) << "no probe, and the ration is used up";
 }

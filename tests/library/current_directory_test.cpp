@@ -14,7 +14,7 @@ class CurrentDirectory : public PathFixture {
         EXPECT_EQ(nullptr, ovSetCWDName(path, u"C:\\cwd"));
     }
     std::string Change(const std::string& name) {
-        const char* error = ovSetCWDName(path, U(name));
+        const char* error = ovSetCWDName(path, name.c_str());
         CheckIndex();
         return error ? error : N(ovGetCWDName(path));
     }
@@ -92,8 +92,8 @@ TEST_F(CurrentDirectory, HiddenIsEmptyUnlessItIsOnThePathToo) {
 
 TEST_F(CurrentDirectory, MayBeMissingFromTheStart) {
     disk.dirs.erase(N(fl::filesystem::current_path()));
-    path = ovCreatePathWithPreFrozen(0, "homeless", static_cast<const char16_t*>(nullptr), ovCaseSensitive,
-                                     false);
+    path =
+        ovCreatePathWithPreFrozen(0, "homeless", static_cast<const char*>(nullptr), ovCaseSensitive, false);
     EXPECT_EQ(ovDirTypeNull, ovGetDirType(ovGetCWD(path)));
     EXPECT_EQ(u"", ovGetCWDName(path));
     EXPECT_FALSE(ovIsCWDOnPath(path));

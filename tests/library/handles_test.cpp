@@ -45,8 +45,11 @@ TEST_F(Handles, TellKindNameAndPlace) {
         const ovDir found = Find(Fields(row)[0]);
         EXPECT_EQ(row, Join({N(ovGetDirName(found)), std::to_string(ovGetDirType(found)),
                              N(ovGetBaseDirName(found)), N(ovGetDirName(ovGetParentDir(found)))}));
+        EXPECT_EQ(*found,
+                  path->FindDirOfType(ovGetDirName(found), ovGetBaseDirName(found), ovGetDirType(found)));
         EXPECT_EQ(Fields(row)[0].starts_with("C:\\A"), ovIsSameDir(dir, ovGetPathDir(found))) << row;
     }
+    EXPECT_EQ(ovDirTypeNull, ovGetDirType(Find("C:\\A\\+\xc3\xb6\\@D")));
     EXPECT_EQ("C:\\", N(ovGetBaseDirName(ovGetNextPathDir(dir)))) << "a root is called by its whole name";
 
     char buffer[32];

@@ -1,6 +1,11 @@
 #include "support/path_fixture.hpp"
 
+#include "ovsel/model/pathdiriteminfo.hpp"
+#include "ovsel/reading/vfsmode.hpp"
+
 namespace {
+
+namespace vfs = foundation::storage::vfs;
 
 class Paths : public PathFixture {};
 
@@ -123,6 +128,19 @@ TEST(FileSystems, AreNamedByTheStartOfAName) {
         EXPECT_EQ(fileSystem != "", FileSystemTable::NameOf(out, U(name))) << row;
         EXPECT_EQ(fileSystem, N(out)) << row;
     }
+}
+
+TEST_F(Paths, MakeFoldersAndFilesOfTheStorageLayer) {
+    const auto location = vfs::toAbsoluteIRI(u"file", u"C:\\A");
+    if (IsVFSMode()) {
+        const PathDirItemInfo::Owner record(new PathDirItemInfo(*path, location, -1, ovDirTypePath));
+        EXPECT_EQ("C:\\A A", N(record->GetStoredFullName()) + " " + N(ustring(record->GetName())));
+    }
+    vfs::Folder folder, sub;
+    vfs::File file;
+    path->GetFolderByIRI(folder, location), path->GetFolder(sub, folder, u"b"),
+        path->GetFile(file, sub, u"c.sv");
+    EXPECT_EQ(u"C:\\A\\b\\c.sv", vfs::fromAbsoluteIRI(file.getLocation()));
 }
 
 TEST_F(Paths, ShareARowForEachFileSystem) {

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "ovsel/lookup/ovsearch.hpp"
+
 namespace {
 
 /// The path of the worked example: C current, A, B.
@@ -34,8 +36,11 @@ TEST_F(SearchFixture, AnswersTheWorkedExample) {
     EXPECT_EQ(others, Visible(ovGetPrivateDir(b), "plot"))
         << "from beside the private file it is out of sight";
     EXPECT_EQ(R"(2 A\+gfx\plot.sv)", Visible(b, "gfx/plot"));
+    Search onPath(ovCreatePathOnlySearchIterator(path, owner, "@plot\\plot", pAndSv, ovCaseOfPath));
+    EXPECT_EQ(R"(2 A\@plot\plot.sv)", Short(onPath.All()));
     EXPECT_EQ(R"(2 B\private\plot.sv)", First("C:\\B\\caller.sv", "plot"));
     EXPECT_EQ(R"(2 A\@plot\plot.sv)", First("C:\\unknown\\caller.sv", "plot"));
+    EXPECT_EQ(R"(2 B\private\plot.sv)", First("C:/B/caller.sv", "plot"));
     EXPECT_EQ("0 ", First("C:\\B\\caller.sv", "nothing"));
 }
 
@@ -48,6 +53,19 @@ TEST_F(SearchFixture, AddADotToTheNameOfADirectoryAfterAFile) {
     EXPECT_TRUE(ovFindNextDir(search.Get(), &dir));
     EXPECT_EQ("0", search.Step());
     EXPECT_FALSE(ovFindNextDir(search.Get(), &dir)) << "another dot has joined the name";
+}
+
+TEST_F(SearchFixture, FindsPlainFolders) {
+    disk.Put("C:", "D/ { plain/ plain.sv } E/ { plain/ }");
+    Add("C:\\D"), Add("C:\\E");
+    for (const char16_t* asked : {u"plain", u""}) {
+        Search search(ovCreateAllSearchIterator(path, asked, nullptr, ovCaseOfPath));
+        ustring name;
+        std::string found;
+        while (ovGetDirType(search.Get()->FindNextSubDir(name)) != ovDirTypeNull)
+            found += N(name) + " ";
+        EXPECT_EQ("C:\\D\\plain C:\\E\\plain ", found);
+    }
 }
 
 TEST_F(PathFixture, SearchesRankExtensions) {
@@ -81,7 +99,7 @@ TEST_F(PathFixture, SearchesMatchQualifiers) {
     }
     const ovDir hidden = Find("C:\\t\\pkg\\+pkg\\private");
     EXPECT_EQ("-1 C:\\t\\pkg\\+pkg\\private\\foo.sv",
-              Search(ovCreateDirSearchIterator(hidden, u"foo", nullptr, ovCaseOfPath)).All())
+              Search(ovCreateDirSearchIterator(hidden, "foo", nullptr, ovCaseOfPath)).All())
         << "the depth is not asked for in one directory";
     EXPECT_NE("", Search(ovCreateAllSearchIterator(path, u"PKG\\FOO", nullptr, ovCaseInsensitive)).All());
 }
