@@ -2,11 +2,11 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string_view>
 #include <vector>
 
-#include <boost/container_hash/hash.hpp>
 #include <boost/unordered/unordered_flat_map.hpp>
 
 #include "ovsel/cache/cachedirnode.hpp"
@@ -42,7 +42,7 @@ class CacheTree {
     struct Hash {
         using is_transparent = void;
         std::size_t operator()(std::u16string_view name) const {
-            return boost::hash_range(name.begin(), name.end());
+            return std::hash<std::u16string_view>()(name);
         }
     };
     struct Equal {
