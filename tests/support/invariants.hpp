@@ -13,6 +13,7 @@
 #include "ovsel/model/pathpackagediriteminfo.hpp"
 #include "ovsel/model/pathprivatediriteminfo.hpp"
 #include "ovsel/model/pathsubdiriteminfo.hpp"
+#include "ovsel/reading/watchtable.hpp"
 #include "support/texts.hpp"
 
 /// Checks the whole index of a path against its records and says in words what is wrong; an empty text is

@@ -11,25 +11,29 @@
 #include "ovsel/lookup/fullnameindex.hpp"
 #include "ovsel/lookup/fullnamelookup.hpp"
 #include "ovsel/lookup/nametable.hpp"
+#include "ovsel/model/blockpool.hpp"
 #include "ovsel/model/nulldiriteminfo.hpp"
 #include "ovsel/model/pathdiriteminfo.hpp"
 #include "ovsel/names/makeroom.hpp"
 #include "ovsel/reading/diritemsiteratorfactory.hpp"
 #include "ovsel/reading/idiritemsiterator.hpp"
 #include "ovsel/reading/vfsmode.hpp"
+#include "ovsel/reading/watchtable.hpp"
 #include <ovsel/names.hpp>
 
 namespace vfs = foundation::storage::vfs;
 
 PathMgr::PathMgr(const char* name, const char16_t* preFrozenPrefix, ovCaseSensitivity caseSensitivity,
                  bool disableTempFileProbe)
-    : m_nameIndex(std::make_unique<NameTable>(m_blocks)),
+    : m_blocks(std::make_unique<BlockPool>()),
+      m_nameIndex(std::make_unique<NameTable>(*m_blocks)),
       m_fullNameIndex(std::make_unique<FullNameIndex>()),
       m_pathInfo(std::make_shared<PathInfo>(this)),
       m_isCaseSensitive(caseSensitivity == ovCaseSensitive),
       m_hooks(IOHooks::Defaults()),
       m_name(name),
-      m_storageSystem(vfs::createStorageSystem(std::any(), nullptr)) {
+      m_storageSystem(vfs::createStorageSystem(std::any(), nullptr)),
+      m_watches(std::make_unique<WatchTable>()) {
     SetFlag(ProcessCWDOwner, PathRegistry::IsEmpty());
     SetFlag(TempFileProbeDisabled, disableTempFileProbe);
     if (preFrozenPrefix)

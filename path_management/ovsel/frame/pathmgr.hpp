@@ -8,8 +8,6 @@
 #include "ovsel/frame/interestslots.hpp"
 #include "ovsel/frame/iohooks.hpp"
 #include "ovsel/frame/ipathmanager.hpp"
-#include "ovsel/model/blockpool.hpp"
-#include "ovsel/reading/watchtable.hpp"
 
 class FullNameIndex;
 class NameTable;
@@ -62,7 +60,7 @@ class PathMgr final : public IPathManager {
     int GetNotifiedDirCount() const override { return m_notifiedDirCount; }
     void IncrementNotifiedDirCount() override { ++m_notifiedDirCount; }
     void DecrementNotifiedDirCount() override { --m_notifiedDirCount; }
-    WatchTable& GetWatches() override { return m_watches; }
+    WatchTable& GetWatches() override { return *m_watches; }
     void SetNonNotifiedRemotePathRefreshPolicy(ovRefreshPolicy policy) override {
         m_nonNotifiedRemotePathRefreshPolicy = policy;
     }
@@ -73,7 +71,7 @@ class PathMgr final : public IPathManager {
     const char* GetPathName() const override { return m_name.c_str(); }
 
     PathNameInfo* FindNameInfo(std::u16string_view name) const override;
-    BlockPool& GetBlockPool() override { return m_blocks; }
+    BlockPool& GetBlockPool() override { return *m_blocks; }
     PathNameInfo* AddNameInfo(std::u16string_view name, std::int32_t& spelling) override;
     bool HasAsciiNamesOnly() const override;
     void RemoveNameInfo(PathNameInfo* info) override;
@@ -178,7 +176,7 @@ class PathMgr final : public IPathManager {
     bool m_isValid = true;
     bool m_isDying = false;
     bool m_isBeingRemoved = false;
-    BlockPool m_blocks;
+    std::unique_ptr<BlockPool> m_blocks;
     std::unique_ptr<NameTable> m_nameIndex;
     std::unique_ptr<FullNameIndex> m_fullNameIndex;
     /// Shared with the operations that run on it: one of their callbacks may take the path out of service.
@@ -200,7 +198,7 @@ class PathMgr final : public IPathManager {
     ovRefreshPolicy m_nonNotifiedRemoteCWDRefreshPolicy = ovRefreshByTimeStamp;
     ovRefreshPolicy m_nonNotifiedRemotePathRefreshPolicy = ovRefreshNever;
     std::int32_t m_notifiedDirCount = 0;
-    WatchTable m_watches;
+    std::unique_ptr<WatchTable> m_watches;
     std::int32_t m_readingCount = 0;
     ovWarnInvalidCNH m_notificationHandleWarnings = ovWarnCNHOnce;
     std::uint8_t m_flags = 0;
