@@ -101,22 +101,4 @@ TEST_F(Records, SplitNamesAtTheLastDot) {
     EXPECT_FALSE(path->GetNullDir()->MatchesDiskName(u""));
 }
 
-TEST_F(Records, LeaveAShellWhileAHandleHoldsThem) {
-    disk.Put("C:\\A", "@C/");
-    const ovDir dir = Add("C:\\A");
-    ovDir child = Find("C:\\A\\@C");
-    Reload(dir, "");
-    EXPECT_FALSE(child->IsLinked());
-    child = ovDir(); // deletes it; the sanitizer watches
-    dir->AddRef(), dir->Release();
-    EXPECT_TRUE(ovIsDirHandleValid(dir)) << "a live record does not go with its last handle";
-}
-
-TEST_F(Records, HoldTheLastOfTwoPrivateDirectories) {
-    disk.Put("C:\\A", "private/ private/ { f.sv }");
-    const ovDir dir = Add("C:\\A");
-    CheckIndex();
-    EXPECT_EQ("f.sv", Contents(ovGetPrivateDir(dir)));
-}
-
 } // namespace

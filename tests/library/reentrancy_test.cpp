@@ -1,4 +1,5 @@
 #include <functional>
+#include <stdexcept>
 
 #include "support/path_fixture.hpp"
 
@@ -96,6 +97,17 @@ TEST_F(Reentrancy, AHookMayKeepItsHandleWhileAPathIsMade) {
     EXPECT_TRUE(ovLookupPath("kept") != nullptr) << "a handle holds it still";
     kept = ovPath();
     EXPECT_TRUE(ovLookupPath("kept") == nullptr);
+}
+
+TEST_F(Reentrancy, AHookThatThrowsLeavesAFrozenDirectoryFrozen) {
+    const ovDir a = Add("C:\\A");
+    ovFreeze(a);
+    const auto burn = [](ovPath, const ustring&, unsigned short**) -> char16_t* {
+        throw std::runtime_error("the disk is on fire");
+    };
+    ovSetIOFcns(path, burn, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_THROW(ovRefreshDirectory(a, ovRefreshReloadFrozen), std::runtime_error);
+    EXPECT_TRUE(ovIsFrozen(a));
 }
 
 TEST_F(Reentrancy, ARefreshGoesOnWithWhatIsLeft) {
