@@ -203,6 +203,12 @@ bool ChangeNotification::Attach(std::uint32_t number) {
         std::optional<WatchedNames::Anchor> anchor;
         if (TellsItsChanges(folder.path)) {
             anchor = m_names.Attach(folder.path, number);
+            if (!anchor && !folder.anchor.IsEmpty()) {
+                // There may be as many watches as there may be, and one of them on a folder that was moved
+                // away.
+                folder.anchor = {};
+                anchor = m_names.Attach(folder.path, number);
+            }
         }
         // The new watches come before the old ones go, so that those in both stay.
         const bool attached = anchor.has_value();

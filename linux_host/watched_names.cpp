@@ -242,6 +242,19 @@ void WatchedNames::Apply(const ::inotify_event& event) {
             Tell(*place, event);
         }
     }
+    if ((event.mask & IN_IGNORED) != 0) {
+        ForgetWatch(event.wd);
+    }
+}
+
+/// The kernel has given the watch up by itself; it counts no longer, however long its places stay.
+void WatchedNames::ForgetWatch(int watch) {
+    const auto found = m_owners.find(watch);
+    for (Place* place : found->second) {
+        place->watch = NoWatch;
+    }
+    m_owners.erase(found);
+    CountersInForce().watches = m_owners.size();
 }
 
 void WatchedNames::Tell(const Place& place, const ::inotify_event& event) {

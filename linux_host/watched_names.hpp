@@ -54,6 +54,8 @@ class WatchedNames {
         Anchor& operator=(Anchor&& other) noexcept;
         ~Anchor();
 
+        bool IsEmpty() const { return m_places.empty(); }
+
         /// Is this the folder that the name led to?
         bool IsFolder(const struct ::stat& status) const;
 
@@ -93,6 +95,7 @@ class WatchedNames {
     bool Walk(std::string path, std::vector<PlacePtr>& places);
     int AddWatch(const std::string& path);
     void Apply(const ::inotify_event& event);
+    void ForgetWatch(int watch);
     void Tell(const Place& place, const ::inotify_event& event);
     void Lose(Place& place);
     void LoseBeneath(Place& place);

@@ -179,6 +179,17 @@ TEST_F(ChangeHandles, TakeNothingWhenTheLimitIsReachedMidway) {
     EXPECT_EQ(standing.Polls(2), "signalled quiet") << "the others live on";
 }
 
+TEST_F(ChangeHandles, FollowTheirNamesWhereNoWatchIsToSpare) {
+    TempTree tree{"gone/", "moved/"};
+    const Watch gone(NameOf(tree, "gone")), alsoGone(NameOf(tree, "gone")), moved(NameOf(tree, "moved"));
+    linux_host::testing::SetNotificationFaults({.mostWatches = Counters().watches});
+    tree.Remove("gone");
+    std::filesystem::rename(tree.Path("moved"), tree.Path("elsewhere"));
+    tree.Add({"gone/", "moved/"});
+    EXPECT_EQ(gone.Polls(2) + ", " + alsoGone.Polls(2), "signalled quiet, signalled quiet");
+    EXPECT_EQ(moved.Polls(2), "signalled quiet");
+}
+
 TEST_F(ChangeHandles, AreAllSignalledOnceWhenEventsAreLost) {
     long most = 0;
     std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> most;
