@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <any>
+#include <iterator>
 #include <utility>
 
 #include "host_interfaces/filesystem.hpp"
@@ -180,9 +181,10 @@ void PathMgr::NotifyInterests(PathAllDirItemInfo* dir, ovEventType event) {
 int PathMgr::GetPathEntryCount() const { return m_pathInfo ? m_pathInfo->GetPathEntryCount() : 0; }
 
 void PathMgr::UnregisterDirRecord(PathDirItemInfo* record) {
-    const auto found = std::find(m_dirRecords.begin(), m_dirRecords.end(), record);
-    if (found != m_dirRecords.end())
-        m_dirRecords.erase(found);
+    // From the end, where a path that is taken down leaves off.
+    const auto found = std::find(m_dirRecords.rbegin(), m_dirRecords.rend(), record);
+    if (found != m_dirRecords.rend())
+        m_dirRecords.erase(std::next(found).base());
 }
 
 NullDirItemInfo* PathMgr::GetNullDir() const {
