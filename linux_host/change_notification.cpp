@@ -204,8 +204,7 @@ bool ChangeNotification::Attach(std::uint32_t number) {
         if (TellsItsChanges(folder.path)) {
             anchor = m_names.Attach(folder.path, number);
             if (!anchor && !folder.anchor.IsEmpty()) {
-                // There may be as many watches as there may be, and one of them on a folder that was moved
-                // away.
+                // The last watch to be had may be this name's own, on a folder that was moved away.
                 folder.anchor = {};
                 anchor = m_names.Attach(folder.path, number);
             }
