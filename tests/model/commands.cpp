@@ -26,13 +26,18 @@ auto Change(DiskChange change) {
     return [=](World& world, const Operation& operation) { world.ChangeDisk(change, operation); };
 }
 
-void RefreshEach(const ovDir& dir, ovDirRefreshType type) {
-    ovRefreshDirectory(dir, type);
-    for (const auto next : {&ovGetMethodDirs, &ovGetPackageDirs})
-        for (ovDir below = next(dir, dir); ovGetDirType(below) != ovDirTypeNull; below = next(dir, below))
-            RefreshEach(below, type);
-    if (const ovDir below = ovGetPrivateDir(dir); ovGetDirType(below) != ovDirTypeNull)
-        ovRefreshDirectory(below, type);
+/// Callbacks may let any of them go.
+void RefreshEach(const std::vector<ovDir>& dirs, ovDirRefreshType type) {
+    for (const ovDir& dir : dirs) {
+        if (!ovIsDirHandleValid(dir) || ovGetDirType(dir) == ovDirTypeNull)
+            continue;
+        std::vector<ovDir> below{ovGetPrivateDir(dir)};
+        for (const auto next : {&ovGetMethodDirs, &ovGetPackageDirs})
+            for (ovDir one = next(dir, dir); ovGetDirType(one) != ovDirTypeNull; one = next(dir, one))
+                below.push_back(one);
+        ovRefreshDirectory(dir, type);
+        RefreshEach(below, type);
+    }
 }
 
 } // namespace
@@ -134,10 +139,12 @@ void System::Refresh(const Step& step, bool one) {
         ovSetAllChanged(m_path);
     if (one)
         ovRefreshDirectory(Find(PathDirOf(step.operation)), type);
-    else if (step.operation.b % 3 == 0 && type <= ovRefreshReload)
+    else if (step.operation.b % 3 == 0 && type <= ovRefreshReload) {
+        std::vector<ovDir> dirs;
         for (ovDir dir = ovGetCWD(m_path); ovGetDirType(dir) != ovDirTypeNull; dir = ovGetNextPathDir(dir))
-            RefreshEach(dir, type);
-    else
+            dirs.push_back(dir);
+        RefreshEach(dirs, type);
+    } else
         ovRefreshAllDirectories(m_path, type);
     // What a forced reload found new below a frozen directory is not frozen by itself.
     for (const std::string& name : step.after.frozen)
@@ -164,6 +171,15 @@ void System::Listen() {
     }));
 }
 
+/// The one that there was goes by removal or with its last handle.
+void System::ReplacePath(const World& world, bool removes) {
+    if (removes)
+        ovRemovePath(m_path);
+    m_interests.clear();
+    m_interference = {};
+    CreatePath(world);
+}
+
 void System::StopListening() {
     if (m_interests.empty())
         return;
@@ -179,9 +195,9 @@ void System::WalkABit(const Operation& operation) {
         i % 2 == 0 ? search.Step() : search.Step(&ovFindNextUnspecified);
 }
 
-/// In the middle of a change of the disk, callbacks do at every event what they like, and throw. What the
-/// path is then depends on the order of the events; but nothing is broken, and the next refresh makes all
-/// right. All is new after it.
+/// In the middle of a change of the disk, callbacks do at every event what they like, throw, and let the path
+/// itself go for another. What the path is then depends on the order of the events; but nothing is broken,
+/// and the next refresh makes all right. All is new after it.
 void System::Interfere(const Step& step) {
     const auto& [operation, before, after] = step;
     const bool freezes = operation.b % 2 == 0;
@@ -203,17 +219,19 @@ void System::Interfere(const Step& step) {
     };
     m_isPredictable = false;
     int left = 40;
-    const auto interest = ovRegisterPathInterest(m_path, [&](ovEventType, ovDir) {
-        if (left <= 0 || number() % 3 == 0)
+    m_interference = ovRegisterPathInterest(m_path, [&](ovEventType event, ovDir) {
+        if (event == ovEventPathRemoved || left <= 0 || number() % 3 == 0)
             return;
         --left;
         act();
+        if (operation.c % 4 == 0 && number() % 8 == 0)
+            return ReplacePath(after, operation.c % 8 == 0); // with all that is captured here
         if (number() % 8 == 0)
             throw std::runtime_error("a callback has enough");
     });
     for (int i = 0; i < 3; ++i)
         act();
-    ovCancelPathInterest(interest);
+    ovCancelPathInterest(m_interference);
     ovSetFreezeAllAddedDirectories(m_path, false); // a callback's may have ended in the middle
     ovHideCWD(m_path, false);
     m_isPredictable = true;

@@ -16,10 +16,11 @@ std::vector<Question> Sample(const World& world, unsigned seed) {
     // What a listing left open is found out now, so that it does not matter when it is asked for.
     for (const char* name : {"plot", "draw", "K", "n", "a.b.sv", "sub", "private"})
         questions.push_back({name, {}, Rule::AnyCase, Scope::All});
-    static const Names names{"",        "plot",        "Plot",    "draw",    "K",          "n",
-                             "a.b",     "a.b.sv",      "plot.p",  "plot.",   "Plot.sv",    "@K",
-                             "+p",      "@plot\\plot", "p\\K\\K", "K\\draw", "sub",        "A",
-                             "private", "+K\\K",       "absent",  "C\\A",    "@K\\private"};
+    static const Names names{
+        "",         "plot",    "Plot",   "draw", "K",           "n",        "a.b",         "a.b.sv", "plot.p",
+        "plot.",    "Plot.sv", "@K",     "+p",   "@plot\\plot", "p\\K\\K",  "K\\draw",     "sub",    "A",
+        "private",  "+K\\K",   "absent", "C\\A", "@K\\private", "ot\\plot", "R:\\A\\plot", "\\plot", "plot\\",
+        "@p\\plot", "P\\PLOT"};
     static const Names classes{"plot",  "K",    "Plot", "p.K",      "p.plot",
                                "p.K.K", "draw", "a.b",  "p.absent", "absent"};
     Names askers{"R:\\nowhere",   "",          "R:\\A\\@K", "R:\\A\\private", "R:\\B\\@plot",

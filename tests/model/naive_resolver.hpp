@@ -347,7 +347,7 @@ class Resolver {
             return false;
         if (!m_sentinel.empty() && item.name[item.name.size() - m_base.size() - 1] != m_sentinel[0])
             return false;
-        return IsQualified(ParentOf(item.name));
+        return m_question->name[0] != '\\' && IsQualified(ParentOf(item.name));
     }
 
     int MatchOf(const std::optional<std::string>& extension) const {

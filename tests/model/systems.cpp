@@ -177,7 +177,12 @@ System::~System() = default;
 void System::Open(const World& world) {
     ovSetMessageFcns(nullptr, nullptr, nullptr);
     m_owner = ovCreatePath(0, "owner of the process's directory");
-    m_path = ovCreatePathWithPreFrozen(0, "model", static_cast<const char16_t*>(nullptr),
+    CreatePath(world);
+}
+
+void System::CreatePath(const World& world) {
+    const std::string name = "model " + std::to_string(++m_count);
+    m_path = ovCreatePathWithPreFrozen(0, name.c_str(), static_cast<const char16_t*>(nullptr),
                                        world.pathIsExact ? ovCaseSensitive : ovCaseInsensitive, false);
     ovSetNotificationHandleWarnings(m_path, ovWarnCNHNever);
     ovNonNotifiedRemotePathRefreshPolicy(m_path, ovRefreshByTimeStamp);
@@ -196,6 +201,7 @@ void System::Enter(const World& world) {
 
 void System::Close() {
     m_interests.clear();
+    m_interference = {};
     m_path = m_owner = ovPath();
     ovTerminate();
     for (const ovDir& dir : m_handles)

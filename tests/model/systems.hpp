@@ -70,6 +70,8 @@ class System {
     virtual void Tick(unsigned seconds, bool jump) = 0;
 
   private:
+    void CreatePath(const World& world);
+    void ReplacePath(const World& world, bool removes);
     void Enter(const World& world);
     void Expect(bool holds, const char* fault);
     ovDir Find(const std::string& name) const;
@@ -86,6 +88,7 @@ class System {
     ovPath m_owner, m_path;
     std::vector<ovDir> m_handles;
     std::vector<ovRegisteredInterest> m_interests;
+    ovRegisteredInterest m_interference;
     bool m_isPredictable = true; ///< false while callbacks interfere
     std::string m_faults;
     unsigned m_count = 0; ///< of what must differ from time to time
