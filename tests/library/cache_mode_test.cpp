@@ -162,7 +162,7 @@ Looking for contents of D:\x...
         TakePrinted();
         Use();
         const bool ignored = TakePrinted() == "Request to use Toolbox Cache received and ignored.\n";
-        std::_Exit(still && ignored && !ovInToolboxCacheMode() ? 0 : 1);
+        std::exit(still && ignored && !ovInToolboxCacheMode() ? 0 : 1);
     };
     Use();
     EXPECT_EXIT(disable(), testing::ExitedWithCode(0), "");

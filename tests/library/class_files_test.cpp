@@ -29,39 +29,6 @@ class ClassFiles : public PathFixture {
     const Extensions extensions{"svapp", "svx", "sv", "p"};
 };
 
-TEST_F(ClassFiles, AreFoundInFoldersAndAmongPlainFiles) {
-    disk.Put("C:",
-             "A/ { @Both/ { Both.sv Both.p method.sv } Both.sv Text.txt Odd.sv } B/ { @Odd/ { Odd.sv } }");
-    Add("C:\\A"), Add("C:\\B");
-    classes = {"C:\\A\\@Both\\Both.p", "C:\\A\\Both.sv", "C:\\A\\Text.txt", "C:\\B\\@Odd\\Odd.sv"};
-    // At one place the folder wins, and in it the later extension; `.txt` is not in the list; a plain file
-    // that is no class hides nothing.
-    for (const char* row :
-         {"Both | C:\\A\\@Both\\Both.p", "Text | ", "Odd | C:\\B\\@Odd\\Odd.sv", "B\xc3\xb6th | ", " | "})
-        EXPECT_EQ(row, Fields(row)[0] + " | " + Where(Fields(row)[0].c_str()));
-    classes.insert("C:\\A\\Odd.sv");
-    EXPECT_EQ("C:\\B\\@Odd\\Odd.sv", Where("Odd")) << "the host's answer is remembered";
-    ovRemoveDir(Find("C:\\A")), Add("C:\\A", ovDirAddAtBegin);
-    EXPECT_EQ("C:\\A\\Odd.sv", Where("Odd")) << "a plain class file earlier on the path wins";
-}
-
-TEST_F(ClassFiles, InPackagesAreFoundByDottedNames) {
-    disk.Put("C:", "A/ { +a/ { +b/ { N.sv } } } B/ { +a/ { +b/ { N.sv @M/ { M.sv } } } }");
-    Add("C:\\A"), Add("C:\\B");
-    classes = {"C:\\B\\+a\\+b\\N.sv", "C:\\B\\+a\\+b\\@M\\M.sv"};
-    EXPECT_EQ("C:\\B\\+a\\+b\\@M\\M.sv", Where("a.b.M"));
-    // Only the first plain file in path order counts, and it is no class.
-    for (const char* name : {"a.b.N", "x.N", "a..N", ".N", "a.", ".", "b.N"})
-        EXPECT_EQ("", Where(name)) << name;
-}
-
-TEST_F(ClassFiles, DoNotCountInACurrentDirectoryThatIsItselfSpecial) {
-    disk.Put("C:\\@X", "Here.sv");
-    classes = {"C:\\@X\\Here.sv"};
-    ovSetCWDName(path, u"C:\\@X");
-    EXPECT_EQ("", Where("Here"));
-}
-
 TEST_F(ClassFiles, AskTheHostOnceUntilTheDirectoryIsReadAgain) {
     disk.Put("C:\\A", "@K/ { K.sv } N.sv:C O.sv:N T.txt");
     const ovDir dir = Add("C:\\A");

@@ -78,18 +78,6 @@ TEST_F(CurrentDirectory, IsReplacedWhole) {
     EXPECT_EQ("", TakeEvents());
 }
 
-TEST_F(CurrentDirectory, HiddenIsEmptyUnlessItIsOnThePathToo) {
-    ovHideCWD(path, true);
-    EXPECT_TRUE(ovIsCWDHidden(path));
-    EXPECT_EQ(ovDirTypeCWD, ovGetDirType(ovGetCWD(path)));
-    Change("C:\\cwd");
-    EXPECT_EQ("", Everywhere("f")) << "read anew, and still hidden";
-    Add("C:\\cwd");
-    EXPECT_EQ("-1 cwd\\f.sv", Everywhere("f")) << "the entry on the path";
-    Change("C:\\cwd");
-    EXPECT_EQ("-1 cwd\\f.sv | -1 cwd\\f.sv", Everywhere("f")) << "both: read as usual";
-}
-
 TEST_F(CurrentDirectory, MayBeMissingFromTheStart) {
     disk.dirs.erase(N(fl::filesystem::current_path()));
     path =

@@ -45,16 +45,6 @@ TEST_F(PathList, RefusesWhatCannotStandOnIt) {
     EXPECT_EQ("", TakeMessages());
 }
 
-TEST_F(PathList, IsReplacedKeepingWhatItKnows) {
-    Replace("C:\\A;C:\\B");
-    disk.listings = 0;
-    EXPECT_EQ("C:\\cwd; C:\\B; C:\\A", Replace("C:\\B;C:/A"));
-    EXPECT_EQ("C:\\cwd; C:\\D; C:\\B (changed)", Replace("C:\\D;C:\\B"));
-    EXPECT_EQ(1, disk.listings);
-    EXPECT_EQ("C:\\cwd; C:\\D (changed)", Replace("C:\\nowhere;C:\\D"));
-    EXPECT_EQ("C:\\cwd; C:\\D (changed)", Replace("C:\\nowhere;C:\\D"));
-}
-
 TEST_F(PathList, StopsAtANameThatIsTooLongAndTellsWhatChangesInOrder) {
     const std::string longest = "C:\\" + std::string(1021, 'x');
     Replace("C:\\A;C:\\B");

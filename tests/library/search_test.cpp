@@ -86,24 +86,6 @@ TEST_F(PathFixture, SearchesRankExtensions) {
     }
 }
 
-TEST_F(PathFixture, SearchesMatchQualifiers) {
-    disk.Put("C:\\t\\pkg",
-             "foo.sv +pkg/ { foo.sv private/ { foo.sv } @D/ { foo.sv } } +q/ { foo.sv } @C/ { foo.sv }");
-    Add("C:\\t\\pkg");
-    // Behind each name what it finds, without C:\t\pkg.
-    for (const char* row : {R"(foo | foo.sv | @C\foo.sv)", R"(pkg\foo | foo.sv | +pkg\foo.sv)", R"(kg\foo)",
-                            R"(pkg\pkg\foo | +pkg\foo.sv)", R"(@q\foo)", R"(pkg\D\foo | +pkg\@D\foo.sv)",
-                            R"(C:\t\pkg\foo | foo.sv)", R"(\foo)", R"(foo\)", "+foo"}) {
-        const std::string name = Fields(row)[0], answers = Without("-1 t\\pkg\\", Everywhere(name));
-        EXPECT_EQ(row, name + (answers.empty() ? "" : " | " + answers));
-    }
-    const ovDir hidden = Find("C:\\t\\pkg\\+pkg\\private");
-    EXPECT_EQ("-1 C:\\t\\pkg\\+pkg\\private\\foo.sv",
-              Search(ovCreateDirSearchIterator(hidden, "foo", nullptr, ovCaseOfPath)).All())
-        << "the depth is not asked for in one directory";
-    EXPECT_NE("", Search(ovCreateAllSearchIterator(path, u"PKG\\FOO", nullptr, ovCaseInsensitive)).All());
-}
-
 TEST_F(SearchFixture, HoldAFileOfTheNextDirectoryBackInABoundedWalk) {
     Search all(ovCreateAllSearchIterator(path, u"", pAndSv, ovCaseOfPath));
     EXPECT_EQ("1 C:\\C\\plot.p", all.Step());

@@ -21,8 +21,8 @@ std::vector<Question> Sample(const World& world, unsigned seed) {
         "plot.",    "Plot.sv", "@K",     "+p",   "@plot\\plot", "p\\K\\K",  "K\\draw",     "sub",    "A",
         "private",  "+K\\K",   "absent", "C\\A", "@K\\private", "ot\\plot", "R:\\A\\plot", "\\plot", "plot\\",
         "@p\\plot", "P\\PLOT"};
-    static const Names classes{"plot",  "K",    "Plot", "p.K",      "p.plot",
-                               "p.K.K", "draw", "a.b",  "p.absent", "absent"};
+    static const Names classes{"plot",     "K",      "Plot", "p.K", "p.plot", "p.K.K", "draw", "a.b",
+                               "p.absent", "absent", "p..K", ".K",  "p.",     ".",     "",     "\xc3\xb6"};
     Names askers{"R:\\nowhere",   "",          "R:\\A\\@K", "R:\\A\\private", "R:\\B\\@plot",
                  "R:\\A\\+p\\@K", "R:\\C\\+K", "R:\\A\\sub"};
     for (const Dir& dir : world.Known())

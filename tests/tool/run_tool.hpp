@@ -12,12 +12,10 @@
 #include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <poll.h>
 #include <pty.h>
 #include <sstream>
 #include <sys/prctl.h>
 #include <sys/resource.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <vector>
 
@@ -65,8 +63,8 @@ struct Tool {
     }
 };
 
-/// The tool while it runs, its standard output read as it comes. Nothing here waits longer than a healthy
-/// tool could ever need.
+/// The tool while it runs, its standard output read as it comes. It does not run longer than a healthy tool
+/// could ever need.
 class RunningTool {
   public:
     RunningTool(Tool tool, const std::vector<std::string>& arguments) : m_tool(std::move(tool)) {
@@ -85,18 +83,16 @@ class RunningTool {
         if (m_child == 0)
             Become(arguments, ends[1]);
         ::close(ends[1]);
-        m_process = static_cast<int>(::syscall(SYS_pidfd_open, m_child, 0));
     }
     ~RunningTool() {
         if (m_child > 0)
             Finish();
         CloseOutput();
-        ::close(m_process);
     }
     RunningTool(const RunningTool&) = delete;
     RunningTool& operator=(const RunningTool&) = delete;
 
-    /// Nothing at the end of the output, and when the line does not come.
+    /// Nothing at the end of the output.
     std::optional<std::string> NextLine() {
         std::size_t end = 0;
         while ((end = m_text.find('\n')) == std::string::npos)
@@ -120,8 +116,6 @@ class RunningTool {
             ::kill(m_child, signal);
         while (signal == 0 && Read()) {
         }
-        if (!IsReady(m_process))
-            ::kill(m_child, SIGKILL);
         int status = 0;
         ::waitpid(std::exchange(m_child, 0), &status, 0);
         while (Read()) {
@@ -152,21 +146,17 @@ class RunningTool {
         // Not even root is to look into what is closed: then nothing depends on who runs the tests.
         ::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE, 0, 0, 0);
         ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH, 0, 0, 0);
+        ::alarm(60);
         const std::string start = m_tool.cwd + (m_tool.losesCwd ? "/gone" : "");
         if (::chdir(start.c_str()) == 0 && (!m_tool.losesCwd || ::rmdir(start.c_str()) == 0))
             ::execv(OVSEL_TOOL, argv.data());
         ::_exit(127);
     }
 
-    static bool IsReady(int descriptor) {
-        ::pollfd end{descriptor, POLLIN, 0};
-        return ::poll(&end, 1, 60'000) > 0;
-    }
-    /// Takes what comes next. @return false at the end, and when nothing comes.
+    /// Takes what comes next. @return false at the end.
     bool Read() {
         std::array<char, 4096> buffer{};
-        const ::ssize_t count =
-            m_out >= 0 && IsReady(m_out) ? ::read(m_out, buffer.data(), buffer.size()) : 0;
+        const ::ssize_t count = ::read(m_out, buffer.data(), buffer.size());
         m_text.append(buffer.data(), static_cast<std::size_t>(std::max(count, ::ssize_t{0})));
         return count > 0;
     }
@@ -183,7 +173,7 @@ class RunningTool {
     Tool m_tool;
     TempTree m_files;
     std::string m_text;
-    int m_out = -1, m_process = -1;
+    int m_out = -1;
     ::pid_t m_child = 0;
 };
 
