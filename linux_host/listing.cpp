@@ -1,12 +1,12 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <dirent.h>
 #include <fcntl.h>
 #include <limits>
-#include <memory>
+#include <linux/openat2.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include "linux_host/counters.hpp"
@@ -19,10 +19,58 @@ namespace linux_host {
 
 namespace {
 
-struct CloseDirectory {
-    void operator()(DIR* directory) const { ::closedir(directory); }
+/// A directory opened for listing, and whether its name led there without a link.
+class OpenDirectory {
+  public:
+    /// Opening through O_DIRECTORY also keeps a pipe from making the process wait.
+    explicit OpenDirectory(const std::string& path) {
+        ::open_how how{};
+        how.flags = Flags;
+        how.resolve = RESOLVE_NO_SYMLINKS;
+        m_descriptor = static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how));
+        // A link on the way, or a system that knows no such question, which then counts as one.
+        if (m_descriptor < 0 && errno != ENOENT && errno != ENOTDIR && errno != EACCES) {
+            m_reachedThroughLinks = true;
+            m_descriptor = ::open(path.c_str(), Flags);
+        }
+    }
+    ~OpenDirectory() {
+        if (IsOpen()) {
+            ::close(m_descriptor);
+        }
+    }
+    OpenDirectory(const OpenDirectory&) = delete;
+    OpenDirectory& operator=(const OpenDirectory&) = delete;
+
+    bool IsOpen() const { return m_descriptor >= 0; }
+    int GetDescriptor() const { return m_descriptor; }
+    bool IsReachedThroughLinks() const { return m_reachedThroughLinks; }
+
+    /// @return false if not even the first entries could be read. One that fails in the middle ends early:
+    /// what was read is true, and the next look tells more.
+    template <class Visit>
+    bool ForEachEntry(Visit visit) const {
+        alignas(::dirent64) std::array<char, 32 * 1024>
+            block; // as large as the C library's, but off the heap
+        for (bool started = false;; started = true) {
+            const ssize_t length = ::getdents64(m_descriptor, block.data(), block.size());
+            if (length <= 0) {
+                return length == 0 || started;
+            }
+            for (ssize_t at = 0; at < length;) {
+                const auto& entry = *reinterpret_cast<const ::dirent64*>(block.data() + at);
+                visit(entry);
+                at += entry.d_reclen;
+            }
+        }
+    }
+
+  private:
+    static constexpr int Flags = O_RDONLY | O_NONBLOCK | O_DIRECTORY | O_CLOEXEC;
+
+    int m_descriptor;
+    bool m_reachedThroughLinks = false;
 };
-using Directory = std::unique_ptr<DIR, CloseDirectory>;
 
 /// Identity of a directory: two names with equal identities are one directory.
 struct Identity {
@@ -100,15 +148,19 @@ int CountSpecialLinks(const std::string& path) {
 /// One listing in the making: takes the entries in the order of the disk, gives them back sorted.
 class ListingBuilder {
   public:
-    ListingBuilder(int descriptor, const std::string& path) : m_descriptor(descriptor), m_path(path) {}
+    ListingBuilder(const OpenDirectory& directory, const std::string& path)
+        : m_directory(directory), m_path(path) {
+        m_names.reserve(usualEntries * 16);
+        m_entries.reserve(usualEntries);
+    }
 
-    void Take(const dirent& entry) {
+    void Take(const ::dirent64& entry) {
         const std::string_view name = entry.d_name;
         if (name == "." || name == "..") {
             return;
         }
         // find_first_of would search the set anew for each byte.
-        if (std::any_of(name.begin(), name.end(), [](char c) { return c == '\\' || c == ':'; })) {
+        if (name.find('\\') != std::string_view::npos || name.find(':') != std::string_view::npos) {
             ++CountersInForce().unspellable;
         } else if (!IsFileDirectoryOrUnknown(entry.d_type)) {
             ++CountersInForce().specialFiles;
@@ -121,8 +173,9 @@ class ListingBuilder {
 
     Listing Finish() {
         // By UTF-16 unit, as the library compares names; the order of the bytes differs beyond U+FFFF.
-        std::sort(m_entries.begin(), m_entries.end(),
-                  [this](const Entry& a, const Entry& b) { return NameOf(a) < NameOf(b); });
+        std::sort(m_entries.begin(), m_entries.end(), [this](const Entry& a, const Entry& b) {
+            return a.head != b.head ? a.head < b.head : NameOf(a) < NameOf(b);
+        });
         Listing listing;
         listing.names.reserve(m_names.size() + m_entries.size() + 1);
         listing.words.reserve(m_entries.size());
@@ -136,6 +189,8 @@ class ListingBuilder {
 
   private:
     struct Entry {
+        std::uint64_t
+            head; ///< the first four units, the first of them foremost: nearly always all to compare
         std::size_t begin;
         std::size_t length;
         unsigned short word;
@@ -154,9 +209,9 @@ class ListingBuilder {
     /// Only special folders are read without being asked for, so only they can run in a circle, and only
     /// where a link is involved. Links side by side, level by level, multiply too without a circle: beyond a
     /// few special links in one name no further one is taken.
-    bool LeadsAstray(const dirent& entry) {
+    bool LeadsAstray(const ::dirent64& entry) {
         if (!IsSpecial(entry.d_name) || entry.d_type == DT_REG ||
-            (entry.d_type == DT_DIR && !IsReachedThroughLinks())) {
+            (entry.d_type == DT_DIR && !m_directory.IsReachedThroughLinks())) {
             return false;
         }
         if (!m_ancestors) {
@@ -168,50 +223,50 @@ class ListingBuilder {
             return false;
         }
         struct stat status {};
-        if (::fstatat(m_descriptor, entry.d_name, &status, 0) != 0 || !S_ISDIR(status.st_mode)) {
+        if (::fstatat(m_directory.GetDescriptor(), entry.d_name, &status, 0) != 0 ||
+            !S_ISDIR(status.st_mode)) {
             return false;
         }
         return m_ancestors->Contain({status.st_dev, status.st_ino}) ||
                (m_linksAbove >= MostSpecialLinks && IsLink(entry));
     }
 
-    /// One question for a directory with special entries; to compare it with all its ancestors costs one for
-    /// each, and each of those grows with the depth.
-    bool IsReachedThroughLinks() {
-        if (!m_reachedThroughLinks) {
-            std::array<char, PATH_MAX> real{};
-            const std::string self = "/proc/self/fd/" + std::to_string(m_descriptor);
-            const ssize_t length = ::readlink(self.c_str(), real.data(), real.size());
-            m_reachedThroughLinks =
-                length < 0 || std::string_view(real.data(), static_cast<std::size_t>(length)) != m_path;
-        }
-        return *m_reachedThroughLinks;
-    }
-
-    bool IsLink(const dirent& entry) const {
+    bool IsLink(const ::dirent64& entry) const {
         struct stat status {};
         return entry.d_type == DT_LNK ||
-               (::fstatat(m_descriptor, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+               (::fstatat(m_directory.GetDescriptor(), entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
                 S_ISLNK(status.st_mode));
     }
 
     void Append(std::string_view name, unsigned short word) {
         const std::size_t begin = m_names.size();
         AppendWide(m_names, name);
-        m_entries.push_back({begin, m_names.size() - begin, word});
+        const Entry entry{0, begin, m_names.size() - begin, word};
+        m_entries.push_back(entry);
+        m_entries.back().head = HeadOf(NameOf(entry));
+    }
+
+    /// No unit of a name is 0, so that a shorter name comes before what it begins.
+    static std::uint64_t HeadOf(std::u16string_view name) {
+        std::uint64_t head = 0;
+        for (std::size_t i = 0; i < 4; ++i) {
+            head = head << 16 | (i < name.size() ? name[i] : 0U);
+        }
+        return head;
     }
 
     std::u16string_view NameOf(const Entry& entry) const {
         return std::u16string_view(m_names).substr(entry.begin, entry.length);
     }
 
-    int m_descriptor;
+    static constexpr std::size_t usualEntries = 128;
+
+    const OpenDirectory& m_directory;
     const std::string& m_path;
     ustring m_names;
     std::vector<Entry> m_entries;         ///< ranges of m_names, so that sorting moves no text
     std::optional<Ancestors> m_ancestors; ///< found out at the first special link
-    std::optional<bool> m_reachedThroughLinks;
-    int m_linksAbove = 0; ///< special links that the directory's own name goes through
+    int m_linksAbove = 0;                 ///< special links that the directory's own name goes through
 };
 
 bool Status(const ustring& name, struct stat& status) {
@@ -240,23 +295,14 @@ std::optional<Listing> ListDirectory(const ustring& name) {
     if (resolved.fault != PathFault::None) {
         return std::nullopt;
     }
-    // Opening through O_DIRECTORY, as opendir does, also keeps a pipe from making the process wait.
-    const Directory directory(::opendir(resolved.path.c_str()));
-    if (directory == nullptr) {
+    const OpenDirectory directory(resolved.path);
+    if (!directory.IsOpen()) {
         return std::nullopt;
     }
     ++CountersInForce().listings;
-    RememberListing(::dirfd(directory.get()));
-    ListingBuilder builder(::dirfd(directory.get()), resolved.path);
-    bool started = false;
-    errno = 0;
-    while (const dirent* entry = ::readdir(directory.get())) {
-        builder.Take(*entry);
-        started = true;
-        errno = 0;
-    }
-    // A directory that fails in the middle ends early: what was read is true, and the next look tells more.
-    if (errno != 0 && !started) {
+    RememberListing(directory.GetDescriptor());
+    ListingBuilder builder(directory, resolved.path);
+    if (!directory.ForEachEntry([&builder](const ::dirent64& entry) { builder.Take(entry); })) {
         return std::nullopt;
     }
     return builder.Finish();

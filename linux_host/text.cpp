@@ -1,6 +1,7 @@
 #include "host_interfaces/text.hpp"
 
 #include <algorithm>
+#include <cstring>
 #include <unicode/ucnv.h>
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
@@ -47,17 +48,33 @@ void AppendBytes(std::string& out, UChar32 codePoint) {
     out.append(reinterpret_cast<const char*>(bytes), length);
 }
 
-/// Appends what stands before the first character above ASCII, and that is nearly always everything.
+/// How many bytes or units stand before the first character above ASCII: nearly always all, so they are
+/// looked at a word at a time.
+template <typename Source>
+std::size_t AsciiLength(Source source) {
+    using Unit = typename Source::value_type;
+    constexpr std::uint64_t beyondAscii = sizeof(Unit) == 1 ? 0x8080'8080'8080'8080U : 0xff80'ff80'ff80'ff80U;
+    constexpr std::size_t unitsPerWord = sizeof beyondAscii / sizeof(Unit);
+    std::size_t length = 0;
+    for (; source.size() - length >= unitsPerWord; length += unitsPerWord) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, source.data() + length, sizeof word);
+        if ((word & beyondAscii) != 0) {
+            break;
+        }
+    }
+    while (length < source.size() && (static_cast<unsigned>(source[length]) & ~0x7FU) == 0) {
+        ++length;
+    }
+    return length;
+}
+
+/// Appends what stands before the first character above ASCII.
 /// @return its length.
 template <typename Text, typename Source>
 std::size_t AppendAscii(Text& out, Source source) {
-    const auto end = std::find_if(source.begin(), source.end(),
-                                  [](auto c) { return (static_cast<unsigned>(c) & ~0x7FU) != 0; });
-    const auto length = static_cast<std::size_t>(end - source.begin());
-    const std::size_t at = out.size();
-    out.resize(at + length);
-    std::transform(source.begin(), end, out.begin() + static_cast<std::ptrdiff_t>(at),
-                   [](auto c) { return static_cast<typename Text::value_type>(c); });
+    const std::size_t length = AsciiLength(source);
+    out.append(source.begin(), source.begin() + static_cast<std::ptrdiff_t>(length));
     return length;
 }
 
