@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -14,21 +15,21 @@ class NameKey {
         : m_words((name.size() + unitsPerWord - 1) / unitsPerWord, boost::container::default_init),
           m_size(name.size()),
           m_hash(Mix(name.size() + 1)) {
-        for (std::size_t i = 0; i < m_words.size(); ++i) {
-            m_words[i] = Lowered(WordAt(name, i));
-            m_seen |= m_words[i];
-            m_hash = Mix(m_hash ^ m_words[i]);
-        }
+        std::uint64_t* next = m_words.data();
+        ForEachWord(name, [&](std::uint64_t word) {
+            *next = Lowered(word);
+            m_seen |= *next;
+            m_hash = Mix(m_hash ^ *next++);
+        });
     }
 
     /// What a key of the name would answer. Takes no memory: what is removed must be found without fail.
     struct Digest {
         explicit Digest(std::u16string_view name) : hash(Mix(name.size() + 1)) {
-            for (std::size_t i = 0; i * unitsPerWord < name.size(); ++i) {
-                const std::uint64_t word = Lowered(WordAt(name, i));
-                seen |= word;
-                hash = Mix(hash ^ word);
-            }
+            ForEachWord(name, [this](std::uint64_t word) {
+                seen |= Lowered(word);
+                hash = Mix(hash ^ Lowered(word));
+            });
         }
         bool IsAscii() const { return (seen & beyondAscii) == 0; }
 
@@ -43,10 +44,10 @@ class NameKey {
     bool IsKeyOf(std::u16string_view name) const {
         if (name.size() != m_size)
             return false;
-        for (std::size_t i = 0; i < m_words.size(); ++i)
-            if (Lowered(WordAt(name, i)) != m_words[i])
-                return false;
-        return true;
+        std::uint64_t difference = 0;
+        const std::uint64_t* next = m_words.data();
+        ForEachWord(name, [&](std::uint64_t word) { difference |= Lowered(word) ^ *next++; });
+        return difference == 0;
     }
 
     /// ASCII capitals lowered in each of four units.
@@ -63,17 +64,32 @@ class NameKey {
   private:
     static constexpr std::uint64_t beyondAscii = 0xff80'ff80'ff80'ff80;
     static constexpr std::size_t unitsPerWord = 4;
+    static constexpr std::size_t unitBits = 16;
     static constexpr std::size_t usualWords = 64 / unitsPerWord;
 
-    /// Four units of a name, those behind its end zero.
-    static std::uint64_t WordAt(std::u16string_view name, std::size_t index) {
+    /// Visits a name's words from the first on, four units each; in the last, those behind its end are zero.
+    template <class Visit>
+    static void ForEachWord(std::u16string_view name, Visit visit) {
+        const std::size_t last = name.size() % unitsPerWord;
+        const char16_t* const end = name.data() + name.size() - last;
+        for (const char16_t* units = name.data(); units != end; units += unitsPerWord)
+            visit(WordAt(units));
+        if (last == 0)
+            return;
+        // Read as far back as a whole word goes, if there is one, since a few units cost more than a word.
         std::uint64_t word = 0;
-        const std::size_t left = name.size() - index * unitsPerWord;
-        const char16_t* units = name.data() + index * unitsPerWord;
-        if (left >= unitsPerWord)
-            std::memcpy(&word, units, sizeof word);
+        if (end != name.data())
+            word = WordAt(end + last - unitsPerWord) >> (unitsPerWord - last) * unitBits;
         else
-            std::memcpy(&word, units, left * sizeof *units);
+            for (std::size_t i = last; i-- > 0;)
+                word = word << unitBits | end[i];
+        visit(word);
+    }
+
+    static std::uint64_t WordAt(const char16_t* units) {
+        static_assert(std::endian::native == std::endian::little, "the first unit is the lowest of a word");
+        std::uint64_t word = 0;
+        std::memcpy(&word, units, sizeof word);
         return word;
     }
 

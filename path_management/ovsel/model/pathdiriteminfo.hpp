@@ -51,7 +51,7 @@ class PathDirItemInfo : public PathAllDirItemInfo {
     /// Notes an item that stands at the head of its chain and has not been put in its place.
     void AddPendingItem(PathItemInfo* item) { m_pendingItems.push_back(item); }
     /// So that the next item can be noted without fail.
-    void MakeRoomForPendingItem() { MakeRoom(m_pendingItems); }
+    void MakeRoomForPendingItem() { MakeRoom(m_pendingItems, 64); }
     void RemovePendingItem(const PathItemInfo* item) { std::erase(m_pendingItems, item); }
     bool HasPendingItems() const { return !m_pendingItems.empty(); }
     /// Puts all of them in their places. Chains are in path order afterwards.

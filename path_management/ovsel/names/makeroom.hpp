@@ -4,9 +4,9 @@
 #include <vector>
 
 /// Makes sure that the next push_back cannot fail, at the usual amortised cost. Called before something is
-/// built that must not be left without its owner.
+/// built that must not be left without its owner. @p first is the room that an empty one gets.
 template <class T>
-void MakeRoom(std::vector<T>& items) {
+void MakeRoom(std::vector<T>& items, std::size_t first = 4) {
     if (items.size() == items.capacity())
-        items.reserve(std::max<std::size_t>(4, 2 * items.capacity()));
+        items.reserve(std::max(first, 2 * items.capacity()));
 }
