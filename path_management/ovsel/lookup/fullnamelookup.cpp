@@ -171,20 +171,22 @@ PathItemInfo* FullNameLookup::FindPrivateDir(std::u16string_view fullName) const
         const bool hasChildren = found && found->IsDirRecord();
         found = hasChildren ? static_cast<PathAllDirItemInfo*>(found)->GetPrivateDir() : nullptr;
         end = std::min(fullName.find(PrivateDirName, end) + PrivateDirLength, fullName.size());
-        if (!found && depth > 0)
-            found = FindPlain(fullName.substr(0, end));
+        if (!found && depth > 0) {
+            const std::u16string_view name = fullName.substr(0, end);
+            found = FindPlain(name, FilePartOf(name));
+        }
     }
     return found;
 }
 
 PathItemInfo* FullNameLookup::FindDirFullName(std::u16string_view fullName, ovDirType type) const {
+    if (type == ovDirTypeNull)
+        return FindByForm(fullName);
     const std::u16string_view leaf = FilePartOf(fullName);
     const auto behind = [&](const char16_t* sentinel) {
         return leaf.starts_with(sentinel) ? FindDirOfType(fullName, leaf.substr(1), type) : nullptr;
     };
     switch (type) {
-    case ovDirTypeNull:
-        return FindByForm(fullName);
     case ovDirTypePackage:
         return behind(OvselConstants::U16_OBJPKGSENTINEL);
     case ovDirTypeClass:
@@ -199,16 +201,16 @@ PathItemInfo* FullNameLookup::FindByForm(std::u16string_view fullName) const {
     const std::u16string_view leaf = FilePartOf(fullName);
     PathItemInfo* found = nullptr;
     if (leaf == PrivateDirName)
-        found = FindDirFullName(fullName, ovDirTypePrivate);
-    else
-        found = FindDirFullName(fullName, ovDirTypeClass);
-    if (!found)
-        found = FindDirFullName(fullName, ovDirTypePackage);
-    return found ? found : FindPlain(fullName);
+        found = FindDirOfType(fullName, leaf, ovDirTypePrivate);
+    else if (leaf.starts_with(OvselConstants::U16_OOPSENTINEL))
+        found = FindDirOfType(fullName, leaf.substr(1), ovDirTypeClass);
+    else if (leaf.starts_with(OvselConstants::U16_OBJPKGSENTINEL))
+        found = FindDirOfType(fullName, leaf.substr(1), ovDirTypePackage);
+    return found ? found : FindPlain(fullName, leaf);
 }
 
-PathItemInfo* FullNameLookup::FindPlain(std::u16string_view fullName) const {
-    const PathNameInfo* info = m_manager.FindNameInfo(FilePartOf(fullName));
+PathItemInfo* FullNameLookup::FindPlain(std::u16string_view fullName, std::u16string_view leaf) const {
+    const PathNameInfo* info = m_manager.FindNameInfo(leaf);
     if (!info)
         return nullptr;
     PathItemInfo* found = FindPathLevel(info->GetChain(NamePathDir), fullName);

@@ -24,7 +24,7 @@ class FullNameLookup {
   private:
     PathItemInfo* FindPathLevel(PathItemInfo* first, std::u16string_view fullName) const;
     PathItemInfo* FindByForm(std::u16string_view fullName) const;
-    PathItemInfo* FindPlain(std::u16string_view fullName) const;
+    PathItemInfo* FindPlain(std::u16string_view fullName, std::u16string_view leaf) const;
     PathItemInfo* FindPrivateDir(std::u16string_view fullName) const;
 
     const IPathManager& m_manager;

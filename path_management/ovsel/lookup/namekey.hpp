@@ -1,18 +1,18 @@
 #pragma once
 
-#include <bit>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 
 #include <boost/container/small_vector.hpp>
+
+#include "ovsel/names/unitwords.hpp"
 
 /// A name as the index looks for it, and its hash: ASCII capitals lowered, every other unit as it is. Made in
 /// one pass, four units at a time; a name of up to 64 units stays on the stack.
 class NameKey {
   public:
     explicit NameKey(std::u16string_view name)
-        : m_words((name.size() + unitsPerWord - 1) / unitsPerWord, boost::container::default_init),
+        : m_words((name.size() + UnitsPerWord - 1) / UnitsPerWord, boost::container::default_init),
           m_size(name.size()),
           m_hash(Mix(name.size() + 1)) {
         std::uint64_t* next = m_words.data();
@@ -52,46 +52,17 @@ class NameKey {
 
     /// ASCII capitals lowered in each of four units.
     static constexpr std::uint64_t Lowered(std::uint64_t units) {
-        constexpr std::uint64_t each = 0x0001'0001'0001'0001;
-        const std::uint64_t low = units & (0x7fff * each);
+        const std::uint64_t low = units & InEachPlace(0x7fff);
         // The top bit of a unit tells whether it reaches the bound; below it there is room for the carry.
-        const std::uint64_t fromA = low + (0x8000 - u'A') * each;
-        const std::uint64_t pastZ = low + (0x8000 - (u'Z' + 1)) * each;
-        const std::uint64_t capitals = (fromA & ~pastZ & ~units) & (0x8000 * each);
+        const std::uint64_t fromA = low + InEachPlace(0x8000 - u'A');
+        const std::uint64_t pastZ = low + InEachPlace(0x8000 - (u'Z' + 1));
+        const std::uint64_t capitals = (fromA & ~pastZ & ~units) & InEachPlace(0x8000);
         return units | capitals >> 10;
     }
 
   private:
-    static constexpr std::uint64_t beyondAscii = 0xff80'ff80'ff80'ff80;
-    static constexpr std::size_t unitsPerWord = 4;
-    static constexpr std::size_t unitBits = 16;
-    static constexpr std::size_t usualWords = 64 / unitsPerWord;
-
-    /// Visits a name's words from the first on, four units each; in the last, those behind its end are zero.
-    template <class Visit>
-    static void ForEachWord(std::u16string_view name, Visit visit) {
-        const std::size_t last = name.size() % unitsPerWord;
-        const char16_t* const end = name.data() + name.size() - last;
-        for (const char16_t* units = name.data(); units != end; units += unitsPerWord)
-            visit(WordAt(units));
-        if (last == 0)
-            return;
-        // Read as far back as a whole word goes, if there is one, since a few units cost more than a word.
-        std::uint64_t word = 0;
-        if (end != name.data())
-            word = WordAt(end + last - unitsPerWord) >> (unitsPerWord - last) * unitBits;
-        else
-            for (std::size_t i = last; i-- > 0;)
-                word = word << unitBits | end[i];
-        visit(word);
-    }
-
-    static std::uint64_t WordAt(const char16_t* units) {
-        static_assert(std::endian::native == std::endian::little, "the first unit is the lowest of a word");
-        std::uint64_t word = 0;
-        std::memcpy(&word, units, sizeof word);
-        return word;
-    }
+    static constexpr std::uint64_t beyondAscii = InEachPlace(0xff80);
+    static constexpr std::size_t usualWords = 64 / UnitsPerWord;
 
     /// Both halves of a product, so that every bit of a word moves every bit of the hash.
     static std::uint64_t Mix(std::uint64_t value) {

@@ -1,6 +1,7 @@
 #include "ovsel/lookup/ovsearchcontexti.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <utility>
 
@@ -12,6 +13,7 @@
 #include "ovsel/names/nameequality.hpp"
 #include "ovsel/names/ovselconstants.hpp"
 #include "ovsel/names/pathnames.hpp"
+#include "ovsel/names/unitwords.hpp"
 
 namespace Quorrant::ovsel {
 
@@ -35,6 +37,17 @@ constexpr char16_t separatorUnit = fl::filesystem::PATHNAME_SEPARATOR[0];
 
 char16_t ToLower(char16_t c) { return c < 0x80 ? static_cast<char16_t>(std::tolower(c)) : c; }
 
+/// As the text layer converts it, which is asked only about what is long or not plain.
+ustring WideExtension(const char* extension) {
+    std::array<char16_t, 8> units{};
+    std::size_t length = 0;
+    for (; length < units.size() && extension[length] > '\0'; ++length)
+        units[length] = static_cast<char16_t>(extension[length]);
+    if (length < units.size() && extension[length] == '\0')
+        return {units.data(), length};
+    return fl::i18n::codecvt_ascii_to_ustring()(extension);
+}
+
 bool ResolveRule(ovCaseSensitivity rule, const ovPath& path) {
     return rule == ovCaseOfPath ? path->IsCaseSensitive() : rule == ovCaseSensitive;
 }
@@ -46,21 +59,32 @@ ovSearchContextI::ovSearchContextI(const SearchQuestion& question)
       m_scope(question.scope),
       m_caseSensitive(ResolveRule(question.rule, question.path)),
       m_givenExtensions(question.extensions) {
-    m_text.assign(question.name.begin(), question.name.end());
-    std::replace(m_text.begin(), m_text.end(), u'/', separatorUnit);
-    SplitName({m_text.data(), m_text.size()});
+    TakeName(question.name);
     m_path->SearchBegins(); // last, since the end is told by the destructor only
 }
 
 const ovSearchContextI::Extensions& ovSearchContextI::GetExtensions() const {
-    const fl::i18n::codecvt_ascii_to_ustring convert;
     for (ovExtensionList next = std::exchange(m_givenExtensions, nullptr); next && *next; ++next)
-        m_extensions.push_back(convert(**next == '.' ? *next + 1 : *next));
+        m_extensions.push_back(WideExtension(**next == '.' ? *next + 1 : *next));
     return m_extensions;
 }
 
-/// The first unit is never taken for a separator or a dot.
-void ovSearchContextI::SplitName(std::u16string_view name) {
+/// Most names have neither a dot nor a separator.
+void ovSearchContextI::TakeName(std::u16string_view name) {
+    m_text.assign(name.begin(), name.end());
+    m_name = {m_text.data(), m_text.size()};
+    if (HoldsAny(m_name, u'.', u'/', separatorUnit)) {
+        std::replace(m_text.begin(), m_text.end(), u'/', separatorUnit);
+        m_name = SplitName(m_name);
+    }
+    if (!m_name.empty() && IsSentinel(m_name.front())) {
+        m_prefixChar = m_name.front();
+        m_name.remove_prefix(1);
+    }
+}
+
+/// The first unit is never taken for a separator or a dot. @return the last element, without the extension.
+std::u16string_view ovSearchContextI::SplitName(std::u16string_view name) {
     constexpr std::size_t none = std::u16string_view::npos;
     std::size_t dot = none;
     std::size_t separator = none;
@@ -82,11 +106,7 @@ void ovSearchContextI::SplitName(std::u16string_view name) {
         m_dirPart = name.substr(0, separator);
         name.remove_prefix(separator + 1);
     }
-    if (!name.empty() && IsSentinel(name.front())) {
-        m_prefixChar = name.front();
-        name.remove_prefix(1);
-    }
-    m_name = name;
+    return name;
 }
 
 void ovSearchContextI::SetMode(SearchMode mode) {

@@ -90,7 +90,8 @@ class ovSearchContextI : public ovSearch {
     using Extensions = boost::container::small_vector<ustring, 4>;
 
     const Extensions& GetExtensions() const;
-    void SplitName(std::u16string_view name);
+    void TakeName(std::u16string_view name);
+    std::u16string_view SplitName(std::u16string_view name);
     std::int32_t MatchExtension(const PathItemInfo& item) const;
     bool QualifyItem(const PathAllDirItemInfo& dir, const PathItemInfo& item, ustring& fullName) const;
     bool IsQualifiedEnough(const PathAllDirItemInfo& dir) const;

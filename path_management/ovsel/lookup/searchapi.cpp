@@ -14,6 +14,7 @@
 #include "ovsel/model/nulldiriteminfo.hpp"
 #include "ovsel/model/pathwalk.hpp"
 #include "ovsel/names/pathnames.hpp"
+#include "ovsel/names/unitwords.hpp"
 
 using Quorrant::ovsel::ovNameSearchContextI;
 using Quorrant::ovsel::ovSearchAllContextI;
@@ -46,7 +47,7 @@ SearchQuestion AskVisible(const ovPath& path, const ovDir& dir, const ustring& n
 }
 
 ovDir AskersDir(const ovPath& path, std::u16string_view dirName) {
-    if (dirName.find(u'/') != std::u16string_view::npos)
+    if (HoldsAny(dirName, u'/'))
         return ovFindDirFullName(path, ustring(dirName));
     PathItemInfo* found =
         dirName.empty() ? nullptr : FullNameLookup(**path).FindDirFullName(dirName, ovDirTypeNull);

@@ -44,7 +44,7 @@ void AppendElement(ustring& path, std::u16string_view name) {
     if (!name.empty() && IsSlash(name.front()))
         name.remove_prefix(1);
     if (!IsSlash(path.back()))
-        path += fl::filesystem::PATHNAME_SEPARATOR;
+        path.push_back(fl::filesystem::PATHNAME_SEPARATOR[0]);
     path += name;
 }
 

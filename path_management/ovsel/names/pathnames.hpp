@@ -17,7 +17,8 @@ constexpr bool IsSlash(Char c) {
 /// `\`, `/` and `:`: where a name is split into directory and file. A drive letter thus counts as directory.
 template <class Char>
 constexpr bool IsNameSplit(Char c) {
-    return IsSlash(c) || c == ':';
+    // Letters in small stand behind all three, and most of a name is that.
+    return c <= '\\' && (IsSlash(c) || c == ':');
 }
 
 /// Index of the last split unit, or npos. Narrow text must be 7-bit.

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+/// @file
+/// Names looked at four units at a time. What is asked of every name of every look-up must not cost a step
+/// for each unit.
+
+static_assert(std::endian::native == std::endian::little, "the first unit is the lowest of a word");
+
+constexpr std::size_t UnitsPerWord = 4;
+
+/// A word with @p unit in each place.
+constexpr std::uint64_t InEachPlace(char16_t unit) { return unit * std::uint64_t{0x0001'0001'0001'0001}; }
+
+/// Is there such a unit in the word?
+constexpr bool HasUnit(std::uint64_t word, char16_t unit) {
+    const std::uint64_t differences = word ^ InEachPlace(unit);
+    return ((differences - InEachPlace(1)) & ~differences & InEachPlace(0x8000)) != 0;
+}
+
+/// The four units from @p units on.
+inline std::uint64_t WordAt(const char16_t* units) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, units, sizeof word);
+    return word;
+}
+
+/// Visits a name's words from the first on; in the last, those behind its end are zero.
+template <class Visit>
+void ForEachWord(std::u16string_view name, Visit visit) {
+    constexpr std::size_t unitBits = 16;
+    const std::size_t last = name.size() % UnitsPerWord;
+    const char16_t* const end = name.data() + name.size() - last;
+    for (const char16_t* units = name.data(); units != end; units += UnitsPerWord)
+        visit(WordAt(units));
+    if (last == 0)
+        return;
+    // Read as far back as a whole word goes, if there is one, since a few units cost more than a word.
+    std::uint64_t word = 0;
+    if (end != name.data())
+        word = WordAt(end + last - UnitsPerWord) >> (UnitsPerWord - last) * unitBits;
+    else
+        for (std::size_t i = last; i-- > 0;)
+            word = word << unitBits | end[i];
+    visit(word);
+}
+
+/// Does any of these units, none of which is NUL, stand in the name?
+template <class... Units>
+bool HoldsAny(std::u16string_view name, Units... units) {
+    bool holds = false;
+    ForEachWord(name, [&](std::uint64_t word) { holds |= (HasUnit(word, units) | ...); });
+    return holds;
+}
