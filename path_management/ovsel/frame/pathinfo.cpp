@@ -71,7 +71,7 @@ PathDirItemInfo* PathInfo::AddDir(const ustring& name, bool atBegin, bool freeze
 
     MakeRoom(m_entries);
     m_manager->RegisterDirRecord(record.get());
-    Insert(record.get(), position);
+    Insert(record.get(), atBegin);
     PathDirItemInfo* added = record.release();
     const ovDir held(added);
     m_manager->NotifyInterests(added, ovEventDirAdded);
@@ -83,8 +83,8 @@ PathDirItemInfo* PathInfo::AddDir(const ustring& name, bool atBegin, bool freeze
 }
 
 /// Callbacks may have changed the list since the position was chosen, so it is held to what is there now.
-void PathInfo::Insert(PathDirItemInfo* record, int position) {
-    const std::size_t at = position == 1 ? 1 : m_entries.size();
+void PathInfo::Insert(PathDirItemInfo* record, bool atBegin) {
+    const std::size_t at = atBegin ? 1 : m_entries.size();
     m_entries.insert(m_entries.begin() + static_cast<std::ptrdiff_t>(at), record);
     RenumberEntries(at);
 }

@@ -47,7 +47,7 @@ class PathInfo {
 
     bool IsActive() const;
     bool ValidatePathDirName(const ustring& fullName) const;
-    void Insert(PathDirItemInfo* record, int position);
+    void Insert(PathDirItemInfo* record, bool atBegin);
     void RenumberEntries(std::size_t from);
     void MoveEntryToEnd(PathDirItemInfo* record);
     void FinishMoves();

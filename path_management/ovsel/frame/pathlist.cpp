@@ -1,3 +1,5 @@
+#include <vector>
+
 #include <ovsel/cwd.hpp>
 #include <ovsel/pathlist.hpp>
 
@@ -55,13 +57,13 @@ ovDir ovSelectDirFirstOnPath(ovDir a, ovDir b) {
 }
 
 void ovDeleteNonExistentDirectories(ovPath path) {
-    ovDir dir = ovGetNextPathDir(ovGetCWD(path));
-    while (ovGetDirType(dir) != ovDirTypeNull) {
-        const ovDir next = ovGetNextPathDir(dir);
-        if (!path->DirExists(ovGetDirName(dir)))
+    std::vector<ovDir> present;
+    for (ovDir dir = ovGetNextPathDir(ovGetCWD(path)); ovGetDirType(dir) != ovDirTypeNull;
+         dir = ovGetNextPathDir(dir))
+        present.push_back(dir);
+    for (const ovDir& dir : present)
+        if (ovIsDirHandleValid(dir) && !path->DirExists(ovGetDirName(dir)))
             ovRemoveDir(dir);
-        dir = next;
-    }
 }
 
 ovDir ovFindDirFullName(ovPath path, const ustring& name) {

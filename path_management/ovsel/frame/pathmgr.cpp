@@ -231,8 +231,9 @@ void PathMgr::ApplyRefreshPolicyToPathEntry(int index, ovRefreshPolicy policy) {
 }
 
 void PathMgr::ApplyRefreshPolicyToAllDirs(ovRefreshPolicy policy) {
-    for (std::size_t i = 1; i < m_dirRecords.size(); ++i)
-        m_dirRecords[i]->ApplyRefreshPolicyToTree(policy);
+    const std::vector<ovDir> present(m_dirRecords.begin() + 1, m_dirRecords.end());
+    for (const ovDir& record : present)
+        record->ApplyRefreshPolicyToTree(policy);
 }
 
 PathDirItemInfo* PathMgr::FindDirByIRI(const vfs::AbsoluteIRI& location, DirScope scope) const {

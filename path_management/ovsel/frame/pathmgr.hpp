@@ -93,7 +93,10 @@ class PathMgr final : public IPathManager {
     bool IsCaseSensitive() const override { return m_isCaseSensitive; }
 
     int GetPathEntryCount() const override;
-    void RegisterDirRecord(PathDirItemInfo* record) override { m_dirRecords.push_back(record); }
+    void RegisterDirRecord(PathDirItemInfo* record) override {
+        m_dirRecords.push_back(record);
+        SetSettled(false);
+    }
     void UnregisterDirRecord(PathDirItemInfo* record) override;
     void EnterFullName(PathDirItemInfo* record) override;
     void LeaveFullName(PathDirItemInfo* record) override;

@@ -253,10 +253,12 @@ void PathAllDirItemInfo::Load(bool freeze) {
     {
         const Reading reading(*this);
         ReadFromSource(freeze);
+        // A warning that no handle is to be had may refresh, which would begin the detection anew.
+        if (IsLinked())
+            StartChangeDetection(!freeze);
     }
     if (!IsLinked())
         return; // removed by a callback meanwhile
-    StartChangeDetection(!freeze);
     m_changeSeen = false;
     m_state = m_state == DirUnloaded && freeze ? DirFrozen : DirLoaded;
     TakeRefreshAskedMeanwhile();
@@ -318,6 +320,8 @@ void PathAllDirItemInfo::Reload(const RefreshOptions& options) {
         const DirState declared = m_state;
         CheckChanged();
         m_state = declared;
+        if (!IsLinked())
+            return; // removed by a hook that the check called
     }
     m_changeSeen = false;
     ReadAgain(options);

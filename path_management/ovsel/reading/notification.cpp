@@ -229,8 +229,8 @@ bool PathAllDirItemInfo::CheckNotification() {
 }
 
 void PathAllDirItemInfo::ApplyRefreshPolicy(ovRefreshPolicy policy) {
-    if (m_state == DirFrozen || !m_remote || HasNotificationHandle())
-        return;
+    if (!IsLinked() || m_state == DirFrozen || !m_remote || HasNotificationHandle())
+        return; // a hook may have removed it meanwhile
     ReleaseNotification();
     m_refreshPolicy = policy;
     if (IsByTimeStamp(policy))
@@ -241,12 +241,12 @@ void PathAllDirItemInfo::ApplyRefreshPolicy(ovRefreshPolicy policy) {
 void PathAllDirItemInfo::ApplyRefreshPolicyToTree(ovRefreshPolicy policy) {
     if (GetOrderNumber() != 0)
         ApplyRefreshPolicy(policy);
-    for (PathPackageDirItemInfo* package : m_packageDirs)
-        package->ApplyRefreshPolicyToTree(policy);
-    for (PathClassDirItemInfo* classDir : m_classDirs)
-        classDir->ApplyRefreshPolicyToTree(policy);
-    if (m_privateDir)
-        m_privateDir->ApplyRefreshPolicy(policy);
+    std::vector<ovDir> below(m_packageDirs.begin(), m_packageDirs.end());
+    below.insert(below.end(), m_classDirs.begin(), m_classDirs.end());
+    for (const ovDir& dir : below)
+        dir->ApplyRefreshPolicyToTree(policy);
+    if (const ovDir held(m_privateDir); *held)
+        held->ApplyRefreshPolicy(policy);
 }
 
 ovRefreshPolicy ovNonNotifiedRemoteCWDRefreshPolicy(ovPath path, ovRefreshPolicy policy) {

@@ -32,8 +32,9 @@ class ChangeChecks {
     ChangeChecks& operator=(const ChangeChecks&) = delete;
 
   private:
+    /// Paths live on threads of their own.
     static int& Depth() {
-        static int depth = 0;
+        static thread_local int depth = 0;
         return depth;
     }
 };
@@ -103,6 +104,16 @@ void ForEachChild(const std::vector<Child*>& children, Visit visit) {
             visit(static_cast<Child&>(**child));
 }
 
+/// What of @p entries is among @p present too, in their order. Looks at none, since the others may have gone.
+std::vector<PathDirItemInfo*> ThoseStillAmong(std::vector<PathDirItemInfo*> present,
+                                              std::vector<PathDirItemInfo*> entries) {
+    std::sort(present.begin(), present.end());
+    std::erase_if(entries, [&present](const PathDirItemInfo* entry) {
+        return !std::binary_search(present.begin(), present.end(), entry);
+    });
+    return entries;
+}
+
 } // namespace
 
 RefreshOptions PathAllDirItemInfo::OptionsFor(ovDirRefreshType type, bool recursive) const {
@@ -170,6 +181,8 @@ bool PathAllDirItemInfo::Refresh(const RefreshOptions& options) {
             StartChangeDetection(!options.freeze);
         m_state = DirChanged;
     }
+    if (!IsLinked())
+        return false; // a hook that the check called has removed it
     const bool reload = m_state == DirChanged;
     if (reload) {
         Reload(options);
@@ -231,20 +244,22 @@ void PathInfo::RefreshAllEntries(ovDirRefreshType type) {
 /// @pre the path is settled
 void PathInfo::RefreshEntriesWithNews(ovDirRefreshType type) {
     const std::vector<PathDirItemInfo*> speaking = FindEntriesWithNews();
+    if (speaking.empty())
+        return;
     const UnsettledByThrow unsettled(m_manager);
-    std::size_t behind = 0;
+    const std::vector<PathDirItemInfo*> before = m_entries;
+    auto rest = before.begin();
     ForEachChild(speaking, [&](PathDirItemInfo& entry) {
         if (!m_manager->IsSettled())
             return;
-        behind = static_cast<std::size_t>(std::max(entry.GetPositionIn(this), 0)) + 1;
+        rest = std::find(rest, before.end(), &entry);
+        rest += rest != before.end();
         entry.RefreshTree(type);
     });
-    if (m_manager->IsSettled())
-        return;
     // Whoever was told may have marked others, which are then looked at in their turn.
-    const auto next = m_entries.begin() + static_cast<std::ptrdiff_t>(std::min(behind, m_entries.size()));
-    ForEachChild(std::vector(next, m_entries.end()),
-                 [&](PathDirItemInfo& entry) { entry.RefreshTree(type); });
+    if (!m_manager->IsSettled())
+        ForEachChild(ThoseStillAmong(m_entries, {rest, before.end()}),
+                     [&](PathDirItemInfo& entry) { entry.RefreshTree(type); });
 }
 
 void PathInfo::SetAllChanged(DirState state) {
