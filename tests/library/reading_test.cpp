@@ -84,16 +84,6 @@ TEST_F(Records, SurviveReloadsAsTheSameObjects) {
 }
 
 TEST_F(Records, SplitNamesAtTheLastDot) {
-    // Disk name, name, extension or null.
-    for (const char* row : {"foo.sv | foo | sv", "foo.abcde | foo | abcde", "foo | foo | null",
-                            "foo. | foo | ", "a.b.c | a.b | c", "a.. | a. | "}) {
-        disk.Put("C:\\A", Fields(row)[0]);
-        const ovDir dir = Add("C:\\A");
-        const PathFileItemInfo* file = dir->GetFiles().at(0);
-        EXPECT_EQ(row, Contents(dir) + " | " + N(ustring(file->GetName())) + " | " +
-                           (file->GetExtension() ? N(file->GetExtension()) : "null"));
-        ovRemoveDir(dir);
-    }
     disk.Put("C:\\A", "foo.;x a.b/");
     const ovDir dir = Add("C:\\A");
     EXPECT_EQ("foo. a.b", Contents(dir)) << "an extension that begins with the mark reads as empty";

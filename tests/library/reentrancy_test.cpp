@@ -24,36 +24,36 @@ class Reentrancy : public PathFixture {
     }
 };
 
-TEST_F(Reentrancy, ADirectoryRemovedWhileItIsAddedWasNotAdded) {
-    const auto remove = [](ovDir dir) { ovRemoveDir(dir); };
-    At(ovEventDirAdded, "C:\\A", remove);
-    EXPECT_EQ(ovDirTypeNull, ovGetDirType(Add("C:\\A")));
-    EXPECT_EQ("C:\\cwd", PathText(path));
-    At(ovEventDirAdded, "C:\\B", remove);
-    ovReplacePath(path, u"C:\\B;C:\\A"), CheckIndex();
-    EXPECT_EQ("C:\\cwd; C:\\A", PathText(path));
-    At(ovEventDirRemoved, "C:\\A", remove);
-    ovRemoveDir(Find("C:\\A"));
-    EXPECT_EQ("C:\\cwd", PathText(path));
-    At(ovEventDirAdded, "C:\\A\\@C", [](ovDir dir) { ovRemoveDir(ovGetPathDir(dir)); });
-    EXPECT_EQ(ovDirTypePath, ovGetDirType(Add("C:\\A"))) << "not on the path yet, so nothing to remove";
-}
-
-TEST_F(Reentrancy, TheCurrentDirectoryChangesOnceAtATime) {
+TEST_F(Reentrancy, AnOperationTakesTurnsWithTheOneThatItCalls) {
+    const auto remove = [](ovDir dir) { ovRemoveDir(ovGetPathDir(dir)); };
     const auto goToA = [this](ovDir) { ovSetCWDName(path, u"C:\\A"); };
-    At(ovEventDirRemoved, "C:\\cwd", goToA);
-    EXPECT_EQ(nullptr, ovSetCWDName(path, u"C:\\cwd2")), CheckIndex();
-    EXPECT_EQ("C:\\cwd2", PathText(path));
-    At(ovEventDirAdded, "C:\\cwd\\@K", goToA);
-    ovSetCWDName(path, u"C:\\cwd"), CheckIndex();
-    EXPECT_EQ("C:\\cwd", PathText(path));
-    At(ovEventCWDChangeEnd, "", goToA);
-    ovSetCWDName(path, u"C:\\cwd3"), CheckIndex();
-    EXPECT_EQ("C:\\A", PathText(path)) << "at the end a change is a change";
-    ovSetCWDName(path, u"C:\\cwd2");
-    At(ovEventDirRemoved, "C:\\cwd2\\@K", goToA);
-    ovHideCWD(path, true), CheckIndex();
-    EXPECT_EQ("C:\\A", PathText(path));
+    const auto add = [this] {
+        const ovDir added = Add("C:\\A");
+        EXPECT_EQ(ovGetDirType(added), ovGetDirType(Find("C:\\A")));
+    };
+    const auto change = [this](const char16_t* name) { EXPECT_EQ(nullptr, ovSetCWDName(path, name)); };
+    const struct {
+        ovEventType event;
+        const char* on;
+        std::function<void(ovDir)> act;
+        std::function<void()> operation;
+        const char* left;
+    } rows[] = {
+        {ovEventDirAdded, "C:\\A", remove, add, "cwd"}, // was not added
+        {ovEventDirAdded, "C:\\B", remove, [&] { ovReplacePath(path, u"C:\\B;C:\\A"); }, "cwd; A"},
+        {ovEventDirRemoved, "C:\\A", remove, [&] { ovRemoveDir(Find("C:\\A")); }, "cwd"},
+        {ovEventDirAdded, "C:\\A\\@C", remove, add, "cwd; A"}, // not on the path yet, so nothing to remove
+        {ovEventDirRemoved, "C:\\cwd", goToA, [&] { change(u"C:\\cwd2"); }, "cwd2; A"},
+        {ovEventDirAdded, "C:\\cwd\\@K", goToA, [&] { change(u"C:\\cwd"); }, "cwd; A"},
+        {ovEventCWDChangeEnd, "", goToA, [&] { change(u"C:\\cwd3"); }, "A; A"}, // a change as any other
+        {ovEventDirRemoved, "C:\\cwd2\\@K", goToA, [&] { change(u"C:\\cwd2"), ovHideCWD(path, true); },
+         "A; A"},
+    };
+    for (const auto& [event, on, act, operation, left] : rows) {
+        At(event, on, act);
+        operation(), CheckIndex();
+        EXPECT_EQ(left, Short(PathText(path))) << event << " " << on;
+    }
 }
 
 TEST_F(Reentrancy, AHookMayKeepItsHandleWhileAPathIsMade) {

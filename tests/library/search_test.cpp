@@ -6,43 +6,16 @@
 
 namespace {
 
-/// The path of the worked example: C current, A, B.
+/// C current, A, B.
 class SearchFixture : public PathFixture {
   protected:
     SearchFixture() {
-        disk.Put("C:", "C/ { plot.p } A/ { plot.sv @plot/ { plot.sv draw.sv } +gfx/ { plot.sv } } "
-                       "B/ { plot.sv plot.p private/ { plot.sv } }");
+        disk.Put("C:", "C/ { plot.p } A/ { plot.sv @plot/ { draw.sv } } B/");
         ovSetCWDName(path, u"C:\\C");
-        a = Add("C:\\A"), b = Add("C:\\B");
-    }
-    std::string Visible(const ovDir& from, const char* name) {
-        return Short(Search(ovCreateVisibleSearchIterator(from, U(name), pAndSv, ovCaseOfPath)).All());
-    }
-    std::string First(const char* asker, const char* name) {
-        ovDir dir;
-        ustring file = u"old";
-        const int match = ovFindFirstFileVisibleToFile(path, U(asker), U(name), pAndSv, &dir, file);
-        EXPECT_EQ(match == 0, ovGetDirType(dir) == ovDirTypeNull);
-        return std::to_string(match) + " " + Short(N(file));
+        Add("C:\\A"), Add("C:\\B");
     }
     const Extensions pAndSv{".p", "sv"};
-    ovDir a, b;
 };
-
-TEST_F(SearchFixture, AnswersTheWorkedExample) {
-    const std::string others = R"(2 A\@plot\plot.sv | 1 C\plot.p | 2 A\plot.sv | 1 B\plot.p | 2 B\plot.sv)";
-    EXPECT_EQ(R"(2 B\private\plot.sv | )" + others, Visible(b, "plot"));
-    EXPECT_EQ(others, Visible(ovGetNullDir(path), "plot"));
-    EXPECT_EQ(others, Visible(ovGetPrivateDir(b), "plot"))
-        << "from beside the private file it is out of sight";
-    EXPECT_EQ(R"(2 A\+gfx\plot.sv)", Visible(b, "gfx/plot"));
-    Search onPath(ovCreatePathOnlySearchIterator(path, owner, "@plot\\plot", pAndSv, ovCaseOfPath));
-    EXPECT_EQ(R"(2 A\@plot\plot.sv)", Short(onPath.All()));
-    EXPECT_EQ(R"(2 B\private\plot.sv)", First("C:\\B\\caller.sv", "plot"));
-    EXPECT_EQ(R"(2 A\@plot\plot.sv)", First("C:\\unknown\\caller.sv", "plot"));
-    EXPECT_EQ(R"(2 B\private\plot.sv)", First("C:/B/caller.sv", "plot"));
-    EXPECT_EQ("0 ", First("C:\\B\\caller.sv", "nothing"));
-}
 
 TEST_F(SearchFixture, AddADotToTheNameOfADirectoryAfterAFile) {
     disk.Put("C:", "foo.bar/ a.b/");
@@ -68,24 +41,6 @@ TEST_F(SearchFixture, FindsPlainFolders) {
     }
 }
 
-TEST_F(PathFixture, SearchesRankExtensions) {
-    disk.Put("C:\\E", "foo.p foo.sv foo foo. foo.bar bar.Sv foo.longext");
-    const ovDir dir = Add("C:\\E");
-    using Rule = ovCaseSensitivity;
-    const std::tuple<const char*, Extensions, Rule, const char*> rows[] = {
-        {"foo", {}, ovCaseSensitive, "-1 foo.p | -1 foo.sv | -1 foo | -1 foo. | -1 foo.bar | -1 foo.longext"},
-        {"foo", {"", "sv"}, ovCaseSensitive, "2 foo.sv | 1 foo | 1 foo."},
-        {"foo.bar", {"sv", ""}, ovCaseSensitive, "2 foo.bar"},
-        {"foo.", {"p"}, ovCaseSensitive, "1 foo.p"},
-        {"BAR", {"sV"}, ovCasePlatformDefault, "1 bar.Sv"},
-        {"BAR", {"sV"}, static_cast<Rule>(9), "1 bar.Sv"},
-    };
-    for (const auto& [name, list, rule, result] : rows) {
-        Search search(ovCreateDirSearchIterator(dir, U(name), list, rule));
-        EXPECT_EQ(result, Without("C:\\E\\", search.All())) << name;
-    }
-}
-
 TEST_F(SearchFixture, HoldAFileOfTheNextDirectoryBackInABoundedWalk) {
     Search all(ovCreateAllSearchIterator(path, u"", pAndSv, ovCaseOfPath));
     EXPECT_EQ("1 C:\\C\\plot.p", all.Step());
@@ -94,6 +49,8 @@ TEST_F(SearchFixture, HoldAFileOfTheNextDirectoryBackInABoundedWalk) {
 }
 
 TEST_F(SearchFixture, TakesMissingNamesSearchesAndOutputs) {
+    Search onPath(ovCreatePathOnlySearchIterator(path, owner, "@plot\\draw", pAndSv, ovCaseOfPath));
+    EXPECT_EQ("2 A\\@plot\\draw.sv", Short(onPath.All()));
     ustring name;
     ovDir dir;
     EXPECT_EQ(1, ovFindFirstFileInAll(path, "plot", pAndSv, nullptr, static_cast<char*>(nullptr)));

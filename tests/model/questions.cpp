@@ -7,8 +7,12 @@ namespace model {
 namespace {
 
 ovSearch* Create(const ovPath& path, const Question& question, ovExtensionList extensions) {
-    static constexpr ovCaseSensitivity rules[] = {ovCaseSensitive, ovCaseInsensitive, ovCaseOfPath};
-    const ovCaseSensitivity rule = rules[static_cast<int>(question.rule)];
+    // What is no rule is taken for one that does not ask for case either.
+    static constexpr ovCaseSensitivity blind[] = {ovCaseInsensitive, ovCasePlatformDefault,
+                                                  static_cast<ovCaseSensitivity>(9)};
+    const ovCaseSensitivity rule = question.rule == Rule::Exact    ? ovCaseSensitive
+                                   : question.rule == Rule::OfPath ? ovCaseOfPath
+                                                                   : blind[question.name.size() % 3];
     const ustring name = U(question.name);
     const ustring from = U(question.from);
     switch (question.scope) {
