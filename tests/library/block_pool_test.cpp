@@ -2,50 +2,34 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "ovsel/model/blockpool.hpp"
 
-namespace {
-
-struct Block {
-    unsigned char* bytes;
-    std::size_t size;
-    unsigned char mark;
-
-    bool IsWhole() const {
-        for (std::size_t i = 0; i < size; ++i)
-            if (bytes[i] != mark)
-                return false;
-        return true;
-    }
-};
-
 TEST(BlockPool, GivesBlocksThatTouchNoOtherAndTakesThemInAnyOrder) {
     BlockPool pool;
     std::minstd_rand random(1);
-    std::vector<Block> blocks;
-    for (int round = 0; round < 40'000; ++round) {
-        const bool grows = round < 20'000 ? random() % 3 != 0 : random() % 3 == 0;
-        if (grows || blocks.empty()) {
-            const std::size_t size = 1 + random() % (BlockPool::MaxSize + 40);
-            Block block{static_cast<unsigned char*>(pool.Allocate(size)), size,
-                        static_cast<unsigned char>(random())};
-            ASSERT_EQ(reinterpret_cast<std::uintptr_t>(block.bytes) % sizeof(void*), 0u);
-            std::memset(block.bytes, block.mark, size);
-            blocks.push_back(block);
-            continue;
-        }
-        std::swap(blocks[random() % blocks.size()], blocks.back());
-        ASSERT_TRUE(blocks.back().IsWhole()) << "of " << blocks.back().size << " bytes in round " << round;
-        BlockPool::Free(blocks.back().bytes, blocks.back().size);
+    std::vector<std::pair<void*, std::string>> blocks; // and what they hold
+    const auto freeLast = [&] {
+        const auto& [block, text] = blocks.back();
+        EXPECT_EQ(0, std::memcmp(block, text.data(), text.size())) << "of " << text.size() << " bytes";
+        BlockPool::Free(block, text.size());
         blocks.pop_back();
+    };
+    for (int round = 0; round < 40'000; ++round) {
+        const bool grows = (random() % 3 == 0) == (round >= 20'000);
+        if (grows || blocks.empty()) {
+            const std::string text(1 + random() % (BlockPool::MaxSize + 40), static_cast<char>(random()));
+            void* const block = pool.Allocate(text.size());
+            ASSERT_EQ(0u, reinterpret_cast<std::uintptr_t>(block) % sizeof(void*));
+            blocks.emplace_back(std::memcpy(block, text.data(), text.size()), text);
+        } else {
+            std::swap(blocks[random() % blocks.size()], blocks.back());
+            freeLast();
+        }
     }
-    for (const Block& block : blocks) {
-        ASSERT_TRUE(block.IsWhole());
-        BlockPool::Free(block.bytes, block.size);
-    }
-    EXPECT_EQ(pool.GetBlockCount(), 0u);
+    while (!blocks.empty())
+        freeLast();
+    EXPECT_EQ(0u, pool.GetBlockCount());
 }
-
-} // namespace

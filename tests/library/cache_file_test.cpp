@@ -100,7 +100,7 @@ TEST_F(CacheFile, IsWrittenByteForByteAndGivesBackWhatIsInIt) {
     const std::string date = "Sat Nov 14 03:21:12 2026\">\n";
     const auto write = [&](const ovPath& from) {
         EXPECT_TRUE(ovWritePathToCacheFile(from, FileName().c_str()));
-        return FileText();
+        return folder.Read("cache.xml");
     };
     EXPECT_EQ(header + date + footer, write(path)) << "nothing is frozen";
 
@@ -131,7 +131,7 @@ TEST_F(CacheFile, IsWrittenByteForByteAndGivesBackWhatIsInIt) {
     ovRemovePath(toolbox);
 
     // What it says is what a path has from it, without a look at the disk.
-    const std::string text = FileText();
+    const std::string text = folder.Read("cache.xml");
     const auto kept = std::exchange(disk.dirs, {{"C:\\cwd", {}}});
     disk.accessibility["C:\\T\\sig\\core"] = ovDirAccessible; // the storage layer's mode asks this hook too
     const ovPath fromCache = PrefixedPath("from the cache", {});

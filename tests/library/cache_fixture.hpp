@@ -1,6 +1,5 @@
 #pragma once
 
-#include <fstream>
 #include <utility>
 
 #include "linux_host/linux_host.hpp"
@@ -24,10 +23,6 @@ class Cache : public PathFixture {
 
     /// The name of the cache file in the system's grammar.
     std::string FileName() const { return "C:" + folder.Path("cache.xml"); }
-    std::string FileText() const {
-        std::ifstream stream(folder.Path("cache.xml"), std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
     /// Puts a cache, the last one unless its text is given, in force for the prefix `C:\T`.
     void Use(const std::string& text = "", const char16_t* prefix = u"C:\\T") {
         if (!text.empty())

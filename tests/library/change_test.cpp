@@ -41,24 +41,6 @@ class Change : public PathFixture {
     }
 };
 
-TEST_F(Change, IsNotifiedWhereAHandleIsToBeHad) {
-    Listen();
-    const ovDir dir = Add("C:\\A");
-    EXPECT_EQ("state 1 policy 4 handle", State(dir));
-    EXPECT_EQ("", Refresh());
-    platform.Signal(u"C:\\A");
-    EXPECT_EQ("C:\\A", Refresh());
-    EXPECT_EQ("", Refresh()) << "armed again";
-    platform.Break(u"C:\\A");
-    for (int i = 0; i < 2; ++i)
-        EXPECT_EQ("C:\\A", Refresh()) << "a broken local handle counts as a change each time";
-    EXPECT_EQ(2, path->GetNotifiedDirCount());
-    ovRemoveDir(dir);
-    EXPECT_EQ(1, path->GetNotifiedDirCount());
-    path = ovPath();
-    EXPECT_TRUE(platform.handles.empty()) << "all are given back";
-}
-
 TEST_F(Change, WithoutAHandleGoesByPolicyAndIsWarnedOfAsRationed) {
     platform.handlesRefused = true;
     const std::tuple<const char*, ovWarnInvalidCNH, const char*, const char*> rows[] = {

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -46,6 +47,11 @@ class TempTree {
         stream << text;
         if (!stream.flush())
             throw std::runtime_error("cannot write " + Path(path));
+    }
+
+    std::string Read(const std::string& path) const {
+        std::ifstream stream(Path(path), std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
     }
 
     /// Removes an entry and all beneath it.

@@ -23,7 +23,7 @@ struct CacheWorld : DemoWorld {
         tree.Write("B/private/plot.sv", "classdef plot"); // which is none there
         written = tool.Ask("cache write ../tb.xml --classes" + Prefix);
     }
-    std::string File() const { return Tool::Content(tree.Path("tb.xml")); }
+    std::string File() const { return tree.Read("tb.xml"); }
     std::string Answers(const std::string& options = "") const {
         std::string text;
         for (const char* question : {"which -a plot gfx/plot --from ../B/x.sv", "tree", "dirs", "class plot"})
@@ -119,12 +119,12 @@ TEST(Cache, RefusesEveryNameThatBothReadersWouldNotReadAsItIs) {
         longName += "/" + std::string(std::min<std::size_t>(200, 1280 - longName.size()), 'l');
     tree.Add({"p/a\"b.sv", "p/a&b", "p/a<b", "p/del\x7f", "p/new\nline", "p/\xC3\xA4/", "p/bad\xFF.sv",
               "p/+q/\xC3\xB6.sv", longName + "/"});
-    const std::string before = Tool::Content(tree.Path("tb.xml"));
+    const std::string before = tree.Read("tb.xml");
     const Outcome refused = tool.Ask(write + " -0 -p " + longName);
     EXPECT_EQ(refused.out, Records({longName, "p/a\"b.sv", "p/a&b", "p/a<b", "p/bad\xFF.sv", "p/del\x7f",
                                     "p/new\nline", "p/\xC3\xA4", "p/+q/\xC3\xB6.sv"}));
     EXPECT_EQ(refused.status, 1);
-    EXPECT_EQ(Tool::Content(tree.Path("tb.xml")), before);
+    EXPECT_EQ(tree.Read("tb.xml"), before);
     const json reasons = tool.Json(write);
     EXPECT_EQ(reasons["written"], false);
     EXPECT_EQ(reasons["refused"][0].dump(), R"({"path":"p/a\"b.sv","reason":"holds one of \" & <"})");
@@ -184,13 +184,13 @@ TEST(Cache, IsTheOldOneOrTheNewOneWheneverItsWriterIsKilled) {
         RunningTool writer(tool, {"cache", "write", "tb.xml", "--prefix", "."});
         auto begin = Clock::now();
         for (const auto limit = begin + std::chrono::seconds(20);
-             begin < limit && OthersIn(tree) == others && Tool::Content(tree.Path("tb.xml")) == "old";)
+             begin < limit && OthersIn(tree) == others && tree.Read("tb.xml") == "old";)
             begin = Clock::now();
         for (const auto end = begin + length * run / 30; Clock::now() < end;) {
         }
         const int signal = run == 0 ? 0 : run % 2 == 0 ? SIGTERM : SIGKILL;
         const int status = writer.Finish(signal).status;
-        const std::string text = Tool::Content(tree.Path("tb.xml"));
+        const std::string text = tree.Read("tb.xml");
         if (run == 0) {
             length = Clock::now() - begin;
             whole = Body(text);

@@ -56,11 +56,6 @@ struct Tool {
     }
     Outcome operator()(const char* line) const { return Ask(line); }
     json Json(const std::string& line) const { return json::parse(Ask(line + " --json").out); }
-
-    static std::string Content(const std::string& file) {
-        std::ifstream in(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    }
 };
 
 /// The tool while it runs, its standard output read as it comes. It does not run longer than a healthy tool
@@ -68,7 +63,7 @@ struct Tool {
 class RunningTool {
   public:
     RunningTool(Tool tool, const std::vector<std::string>& arguments) : m_tool(std::move(tool)) {
-        std::ofstream(m_files.Path("in"), std::ios::binary) << m_tool.input;
+        m_files.Write("in", m_tool.input);
         if (m_tool.losesCwd)
             std::filesystem::create_directory(m_tool.cwd + "/gone");
         std::array<int, 2> ends{};
@@ -121,7 +116,7 @@ class RunningTool {
         while (Read()) {
         }
         return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), Shortened(m_text),
-                Shortened(Tool::Content(m_files.Path("err")))};
+                Shortened(m_files.Read("err"))};
     }
 
   private:
@@ -146,7 +141,7 @@ class RunningTool {
         // Not even root is to look into what is closed: then nothing depends on who runs the tests.
         ::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE, 0, 0, 0);
         ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH, 0, 0, 0);
-        ::alarm(60);
+        ::alarm(300);
         const std::string start = m_tool.cwd + (m_tool.losesCwd ? "/gone" : "");
         if (::chdir(start.c_str()) == 0 && (!m_tool.losesCwd || ::rmdir(start.c_str()) == 0))
             ::execv(OVSEL_TOOL, argv.data());

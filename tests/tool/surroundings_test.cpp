@@ -95,13 +95,6 @@ TEST(Output, NeverLetsOddNamesThrough) {
     EXPECT_EQ(tool({"tree", "-p", "\x1b[2J", "-p", "."}).err.find('\x1b'), std::string::npos);
 }
 
-TEST(Output, PutsStatisticsOnStandardErrorOnly) {
-    const Outcome outcome = DemoWorld().tool("which gfx/plot --stats");
-    EXPECT_EQ(outcome.out, "A/+gfx/plot.sv\n");
-    EXPECT_NE(outcome.err.find(": 2 folders on the path, 8 files, 6 listings"), std::string::npos)
-        << outcome.err;
-}
-
 TEST(Suggestions, AreTheNearestThreeWithinTwoEdits) {
     const std::vector<std::string> known = {"plot", "plod", "slot", "plotter", "pilot", "draw", "flat"};
     EXPECT_EQ(tool::ClosestNames("plot_", known), (std::vector<std::string>{"plot", "pilot", "plod"}));
