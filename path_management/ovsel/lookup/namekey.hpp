@@ -14,21 +14,21 @@ class NameKey {
     explicit NameKey(std::u16string_view name)
         : m_words((name.size() + UnitsPerWord - 1) / UnitsPerWord, boost::container::default_init),
           m_size(name.size()),
-          m_hash(Mix(name.size() + 1)) {
+          m_hash(MixBits(name.size() + 1)) {
         std::uint64_t* next = m_words.data();
         ForEachWord(name, [&](std::uint64_t word) {
             *next = Lowered(word);
             m_seen |= *next;
-            m_hash = Mix(m_hash ^ *next++);
+            m_hash = MixBits(m_hash ^ *next++);
         });
     }
 
     /// What a key of the name would answer. Takes no memory: what is removed must be found without fail.
     struct Digest {
-        explicit Digest(std::u16string_view name) : hash(Mix(name.size() + 1)) {
+        explicit Digest(std::u16string_view name) : hash(MixBits(name.size() + 1)) {
             ForEachWord(name, [this](std::uint64_t word) {
                 seen |= Lowered(word);
-                hash = Mix(hash ^ Lowered(word));
+                hash = MixBits(hash ^ Lowered(word));
             });
         }
         bool IsAscii() const { return (seen & beyondAscii) == 0; }
@@ -63,13 +63,6 @@ class NameKey {
   private:
     static constexpr std::uint64_t beyondAscii = InEachPlace(0xff80);
     static constexpr std::size_t usualWords = 64 / UnitsPerWord;
-
-    /// Both halves of a product, so that every bit of a word moves every bit of the hash.
-    static std::uint64_t Mix(std::uint64_t value) {
-        __extension__ using Product = unsigned __int128;
-        const Product product = static_cast<Product>(value) * 0x9e37'79b9'7f4a'7c15u;
-        return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
-    }
 
     boost::container::small_vector<std::uint64_t, usualWords> m_words;
     std::size_t m_size;

@@ -57,3 +57,16 @@ bool HoldsAny(std::u16string_view name, Units... units) {
     ForEachWord(name, [&](std::uint64_t word) { holds |= (HasUnit(word, units) | ...); });
     return holds;
 }
+
+/// Both halves of a product, so that every bit of the value moves every bit of the result.
+constexpr std::uint64_t MixBits(std::uint64_t value) {
+    __extension__ using Product = unsigned __int128;
+    const Product product = static_cast<Product>(value) * 0x9e37'79b9'7f4a'7c15u;
+    return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+}
+
+inline std::uint64_t HashUnits(std::u16string_view name) {
+    std::uint64_t hash = MixBits(name.size() + 1);
+    ForEachWord(name, [&hash](std::uint64_t word) { hash = MixBits(hash ^ word); });
+    return hash;
+}

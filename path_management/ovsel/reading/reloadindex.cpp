@@ -5,21 +5,29 @@
 #include "ovsel/model/pathpackagediriteminfo.hpp"
 #include "ovsel/model/pathsubdiriteminfo.hpp"
 
+namespace {
+
+std::size_t HashOf(std::u16string_view stem, std::u16string_view extension) {
+    return MixBits(HashUnits(stem) + HashUnits(extension));
+}
+
+} // namespace
+
 ReloadIndex::ReloadIndex(const PathAllDirItemInfo& dir) : m_dir(dir), m_removals(dir.GetRemovals()) {
     Fill();
 }
 
 std::u16string_view ReloadIndex::Name::operator()(const PathItemInfo* item) const { return item->GetName(); }
 
+std::size_t ReloadIndex::FileHash::operator()(std::u16string_view diskName) const {
+    const std::size_t dot = diskName.rfind(u'.');
+    return dot == std::u16string_view::npos ? HashUnits(diskName)
+                                            : HashOf(diskName.substr(0, dot), diskName.substr(dot + 1));
+}
+
 std::size_t ReloadIndex::FileHash::operator()(const PathFileItemInfo* file) const {
-    const std::u16string_view stem = file->GetName();
-    std::size_t seed = boost::hash_range(stem.begin(), stem.end());
-    if (const char16_t* extension = file->GetExtension()) {
-        boost::hash_combine(seed, u'.');
-        const std::u16string_view text(extension);
-        boost::hash_range(seed, text.begin(), text.end());
-    }
-    return seed;
+    const char16_t* extension = file->GetExtension();
+    return extension ? HashOf(file->GetName(), extension) : HashUnits(file->GetName());
 }
 
 bool ReloadIndex::FileEqual::operator()(const PathFileItemInfo* a, const PathFileItemInfo* b) const {

@@ -3,10 +3,9 @@
 #include <cstdint>
 #include <string_view>
 
-#include <boost/container_hash/hash.hpp>
 #include <boost/unordered/unordered_flat_set.hpp>
 
-#include "host_interfaces/ustring.hpp"
+#include "ovsel/names/unitwords.hpp"
 
 class PathAllDirItemInfo;
 class PathClassDirItemInfo;
@@ -40,9 +39,8 @@ class ReloadIndex {
     };
     struct Hash {
         using is_transparent = void;
-        std::size_t operator()(std::u16string_view name) const {
-            return boost::hash_range(name.begin(), name.end());
-        }
+        using is_avalanching = void;
+        std::size_t operator()(std::u16string_view name) const { return HashUnits(name); }
         std::size_t operator()(const PathItemInfo* item) const { return (*this)(Name()(item)); }
     };
     struct Equal {
@@ -55,9 +53,8 @@ class ReloadIndex {
     /// A file's name on disk is its stem, a dot and its extension, which stand in two places.
     struct FileHash {
         using is_transparent = void;
-        std::size_t operator()(std::u16string_view diskName) const {
-            return boost::hash_range(diskName.begin(), diskName.end());
-        }
+        using is_avalanching = void;
+        std::size_t operator()(std::u16string_view diskName) const;
         std::size_t operator()(const PathFileItemInfo* file) const;
     };
     struct FileEqual {
