@@ -199,28 +199,39 @@ const char* TextOf(PathFault fault) {
     }
 }
 
-ResolvedPath ResolveAbsolute(const ustring& name) {
-    if (name.find(u'\0') != ustring::npos) {
-        return {{}, PathFault::NulInside};
+namespace {
+
+/// Bytes are searched and replaced faster than units, so what can be done on them waits until there are some.
+void UseSlashes(std::string& path, std::size_t from) {
+    while ((from = path.find('\\', from)) != std::string::npos) {
+        path[from++] = '/';
     }
+}
+
+} // namespace
+
+ResolvedPath ResolveAbsolute(const ustring& name) {
+    const auto refused = [&name](PathFault fault) {
+        return ResolvedPath{{}, name.find(u'\0') != ustring::npos ? PathFault::NulInside : fault};
+    };
     const Root* root = Roots::Get().Find(name);
     if (root == nullptr) {
-        return {{}, PathFault::NoRoot};
+        return refused(PathFault::NoRoot);
     }
+    const std::size_t rootLength = root->folder.size();
     const View rest = View(name).substr(root->name.size());
     // The rest begins with the separator that the folder lacks, so that the two only need joining.
     ResolvedPath result;
-    result.path.reserve(root->folder.size() + rest.size() + 1);
+    result.path.reserve(rootLength + rest.size() + 1);
     result.path = root->folder;
-    if (!AppendNarrow(result.path, rest)) {
-        return {{}, PathFault::Unconvertible};
+    if (!AppendNarrow(result.path, rest) || result.path.find('\0') != std::string::npos) {
+        return refused(PathFault::Unconvertible);
     }
     // `..` above the root vanishes; on the disk it would lead out of a folder that a root stands for.
-    if (!root->folder.empty() && rest.find(u"..") != View::npos && !StaysBelowRoot(rest)) {
+    if (rootLength != 0 && result.path.find("..", rootLength) != std::string::npos && !StaysBelowRoot(rest)) {
         return ResolveAbsolute(fl::filesystem::canonical(name, {}));
     }
-    std::replace(result.path.begin() + static_cast<std::ptrdiff_t>(root->folder.size()), result.path.end(),
-                 '\\', '/');
+    UseSlashes(result.path, rootLength);
     if (result.path.empty()) {
         result.path.push_back('/');
     }
