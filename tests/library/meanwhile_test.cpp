@@ -23,15 +23,6 @@ class Meanwhile : public PathFixture {
             disk.Put(name, "f.sv +p/ { @K/ { K.sv } }");
         g_act = nullptr;
     }
-    /// Acts at the first such event of that directory.
-    void At(ovEventType wanted, const char* name, std::function<void()> act) {
-        ovRegisterPathInterest(path, [=, done = false](ovEventType event, ovDir dir) mutable {
-            if (!done && event == wanted && N(ovGetDirName(dir)) == name) {
-                done = true;
-                act();
-            }
-        });
-    }
     static void ActAtMessages(bool warnings) {
         const auto act = [](const char*) { Act(); };
         ovSetMessageFcns(nullptr, warnings ? +act : nullptr, warnings ? nullptr : +act);
@@ -61,14 +52,14 @@ TEST_F(Meanwhile, NewsBehindAnEntryThatGoesAreTakenInTheSameRefresh) {
     settle();
     for (const char* name : {"C:\\A", "C:\\B", "C:\\D"})
         Put(name, "g.sv");
-    At(ovEventDirContentsLoaded, "C:\\A", [this] { Remove("C:\\A"); });
+    At(ovEventDirContentsLoaded, "C:\\A", [this](ovDir) { Remove("C:\\A"); });
     Refresh();
     EXPECT_EQ("-1 B\\g.sv | -1 D\\g.sv", Everywhere("g"));
 
     settle();
     Put("C:\\B", "f.sv");
     disk.Put("C:\\D", "h.sv");
-    At(ovEventDirContentsLoaded, "C:\\B", [this] {
+    At(ovEventDirContentsLoaded, "C:\\B", [this](ovDir) {
         Remove("C:\\A");
         ovSetDirChanged(Find("C:\\D"));
     });
@@ -134,14 +125,14 @@ TEST_F(Meanwhile, AHookForTimesMayRemoveWhatIsLookedAt) {
 }
 
 TEST_F(Meanwhile, WhatAPartyAddsAndRemovesLeavesTheRestInItsPlace) {
-    At(ovEventDirAdded, "C:\\A\\+p", [this] { Add("C:\\B"); });
+    At(ovEventDirAdded, "C:\\A\\+p", [this](ovDir) { Add("C:\\B"); });
     Add("C:\\A");
     EXPECT_EQ("C:\\cwd; C:\\B; C:\\A", PathText(path)) << "at the end is where it was to go";
     Add("C:\\D");
     for (const char* name : {"C:\\cwd", "C:\\B"})
         disk.dirs.erase(name);
     disk.existenceQueries = 0;
-    At(ovEventDirRemoved, "C:\\B", [this] { Remove("C:\\A"); });
+    At(ovEventDirRemoved, "C:\\B", [this](ovDir) { Remove("C:\\A"); });
     ovDeleteNonExistentDirectories(path);
     EXPECT_EQ("C:\\cwd; C:\\D", PathText(path));
     EXPECT_EQ(2, disk.existenceQueries) << "neither of what has gone nor of the current directory";

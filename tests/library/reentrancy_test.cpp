@@ -13,15 +13,6 @@ class Reentrancy : public PathFixture {
                        "cwd/ { f.sv @K/ private/ } cwd2/ { f.sv @K/ private/ } cwd3/ { f.sv }");
         ovSetCWDName(path, u"C:\\cwd");
     }
-    /// Runs @p act once, at the first event of that kind on that directory.
-    void At(ovEventType wanted, const std::string& name, std::function<void(ovDir)> act) {
-        ovRegisterPathInterest(path, [=, done = false](ovEventType event, ovDir dir) mutable {
-            if (done || event != wanted || N(ovGetDirName(dir)) != name)
-                return;
-            done = true;
-            act(dir);
-        });
-    }
 };
 
 TEST_F(Reentrancy, AnOperationTakesTurnsWithTheOneThatItCalls) {

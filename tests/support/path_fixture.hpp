@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <gtest/gtest.h>
 #include <utility>
 
@@ -75,6 +76,13 @@ class PathFixture : public testing::Test {
                                                 "RefreshEnd", "PathRemoved"};
             const std::string name = N(ovGetDirName(dir));
             events.push_back(names[event] + (name.empty() ? "" : " " + name));
+        });
+    }
+    /// Runs @p act once, at the first event of that kind on that directory.
+    void At(ovEventType wanted, const std::string& name, std::function<void(ovDir)> act) {
+        ovRegisterPathInterest(path, [=, done = false](ovEventType event, ovDir dir) mutable {
+            if (!done && event == wanted && N(ovGetDirName(dir)) == name)
+                done = true, act(dir);
         });
     }
     std::string TakeEvents() { return Join(std::exchange(events, {})); }
