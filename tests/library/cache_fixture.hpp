@@ -1,5 +1,7 @@
 #pragma once
 
+#include <regex>
+
 #include <utility>
 
 #include "linux_host/linux_host.hpp"
@@ -29,7 +31,11 @@ class Cache : public PathFixture {
             folder.Write("cache.xml", text);
         ovUseToolboxCache(path, U(FileName()), prefix, false);
     }
-    std::string TakePrinted() { return std::exchange(printed, {}); }
+    /// A time that is told in its form is the shortest: reading takes as long as the machine takes.
+    std::string TakePrinted() {
+        static const std::regex time("[0-9]+\\.[0-9][0-9] seconds");
+        return std::regex_replace(std::exchange(printed, {}), time, "0.00 seconds");
+    }
 
     /// A path under the prefix `C:\T`, with its directories frozen.
     ovPath PrefixedPath(const char* name, const std::vector<std::string>& dirs) {
