@@ -1,7 +1,6 @@
 #pragma once
 
 #include <regex>
-
 #include <utility>
 
 #include "linux_host/linux_host.hpp"
