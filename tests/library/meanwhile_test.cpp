@@ -2,6 +2,7 @@
 // being looked at.
 
 #include <functional>
+#include <stdexcept>
 
 #include "support/path_fixture.hpp"
 
@@ -65,6 +66,35 @@ TEST_F(Meanwhile, NewsBehindAnEntryThatGoesAreTakenInTheSameRefresh) {
     });
     Refresh();
     EXPECT_EQ("-1 D\\h.sv", Everywhere("h")) << "marked meanwhile";
+}
+
+TEST_F(Meanwhile, ARefreshOfWhatIsBeingReadComesWithTheNextOne) {
+    Add("C:\\B");
+    Refresh();
+    disk.Put("C:\\B", "f.sv"); // of which no handle tells, as of the next change
+    ovSetDirChanged(Find("C:\\B"));
+    At(ovEventDirRemoved, "C:\\B\\+p", [this](ovDir) { Refresh(); });
+    Refresh();
+    disk.Put("C:\\B", "g.sv");
+    Refresh();
+    EXPECT_EQ("-1 B\\g.sv", Everywhere("g"));
+}
+
+TEST_F(Meanwhile, AHookThatThrowsHidesNothingThatStandsBehind) {
+    platform.refusesAt = [](const ustring& name) { return name == u"C:\\B"; }; // read at every refresh
+    Add("C:\\A"), Add("C:\\B");
+    Refresh();
+    Put("C:\\A", "f.sv");
+    const auto burn = [](ovPath, const ustring&, unsigned short**) -> char16_t* {
+        throw std::runtime_error("the disk is on fire");
+    };
+    ovSetIOFcns(path, burn, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_THROW(Refresh(), std::runtime_error);
+    disk.Install();
+    ovSetIOFcns(path, &FakeDisk::Read, nullptr, nullptr, nullptr, nullptr);
+    disk.Put("C:\\B", "g.sv");
+    Refresh();
+    EXPECT_EQ("-1 B\\g.sv", Everywhere("g"));
 }
 
 TEST_F(Meanwhile, AWarningThatNoHandleIsToBeHadMayRefresh) {
