@@ -28,31 +28,36 @@ inline ustring NameOf(const TempTree& tree, const std::string& path = {}) {
     return DriveMap::ToName(tree.Path(path)).value();
 }
 
-inline constexpr int CannotPrepare = 125;
 inline constexpr ::uid_t Nobody = 65534;
 
-/// What @p question answers (0 to 124) in a child process, once @p prepare has succeeded there.
-inline int AskInChild(const std::function<bool()>& prepare, const std::function<int()>& question) {
+/// A test in a child process, once @p prepare has succeeded there; skipped where it does not.
+inline void InChild(const std::function<bool()>& prepare, const std::function<void()>& test) {
+    constexpr int unprepared = 125;
     const ::pid_t child = ::fork();
     if (child == 0) {
         try {
-            ::_exit(prepare() ? question() : CannotPrepare);
+            if (!prepare())
+                ::_exit(unprepared);
+            test();
+            ::_exit(testing::Test::HasFailure() ? 1 : 0);
         } catch (...) {
-            ::_exit(CannotPrepare + 1); // the tests behind this one are the parent's
+            ::_exit(2); // the tests behind this one are the parent's
         }
     }
     int status = 0;
-    const bool ended = ::waitpid(child, &status, 0) == child && WIFEXITED(status);
-    return ended ? WEXITSTATUS(status) : -1;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    if (WIFEXITED(status) && WEXITSTATUS(status) == unprepared)
+        GTEST_SKIP() << "the system does not allow it";
+    EXPECT_EQ(status, 0) << "of the child process";
 }
 
-/// What @p question answers to somebody whom permissions bind: root passes every check, so that it is asked
-/// in a child process of the user nobody then.
-inline int AskUnprivileged(const std::function<int()>& question) {
+/// The same for somebody whom permissions bind: root passes every check, and becomes the user nobody there.
+inline void Unprivileged(const std::function<void()>& test) {
     const auto drop = [] {
-        return ::setgroups(0, nullptr) == 0 && ::setgid(Nobody) == 0 && ::setuid(Nobody) == 0;
+        return ::geteuid() != 0 ||
+               (::setgroups(0, nullptr) == 0 && ::setgid(Nobody) == 0 && ::setuid(Nobody) == 0);
     };
-    return ::geteuid() != 0 ? question() : AskInChild(drop, question);
+    InChild(drop, test);
 }
 
 /// The descriptors that are open, or those that a program started from here would get.

@@ -1,9 +1,7 @@
 // Directories of a real disk, hostile ones too, as the library gets to see them.
 
 #include <dirent.h>
-#include <sys/socket.h>
 #include <sys/syscall.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include "host_test.hpp"
@@ -76,14 +74,8 @@ TEST_F(Listings, HoldEveryNameThatTheGrammarCanSpellInTheOrderOfItsUnits) {
 TEST_F(Listings, LeaveOutWhatIsNeitherFileNorFolder) {
     TempTree tree{"file"};
     ASSERT_EQ(::mkfifo(tree.Path("pipe").c_str(), 0600), 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    tree.Path("socket").copy(address.sun_path, sizeof address.sun_path - 1);
-    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    ASSERT_EQ(::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    ::close(socket);
     EXPECT_EQ(Show(ListDirectory(NameOf(tree))), "f file\n");
-    EXPECT_EQ(LeftOut(), "0 unspellable, 2 special, 0 ancestors");
+    EXPECT_EQ(LeftOut(), "0 unspellable, 1 special, 0 ancestors");
     EXPECT_EQ(Show(ListDirectory(NameOf(tree, "pipe"))), "nothing") << "and opening a pipe must not wait";
 }
 
@@ -136,33 +128,13 @@ TEST_F(Listings, OfWhatIsNoReadableFolderAreNothing) {
                                 NameOf(tree) + ustring(5000, u'a'), ustring(), ustring(u"Q:\\")})
         EXPECT_EQ(Show(ListDirectory(name)), "nothing") << testing::PrintToString(name);
     const ustring closed = NameOf(tree, "closed");
-    const int answer = AskUnprivileged([&] { return ListDirectory(closed) ? 1 : 0; });
-    if (answer == CannotPrepare)
-        GTEST_SKIP() << "cannot become another user";
-    EXPECT_EQ(answer, 0);
-}
-
-/// All special folders that lie below @p dir, by being listed, up to @p budget.
-std::size_t CountSpecialFolders(const ustring& dir, std::size_t& budget) {
-    const auto listing = ListDirectory(dir);
-    std::size_t count = 0;
-    for (const char16_t* name = listing ? listing->names.data() : u""; *name;
-         name += ustring(name).size() + 1)
-        if (*name == u'+' && budget > 0) {
-            --budget;
-            count += 1 + CountSpecialFolders(dir + u"\\" + name, budget);
-        }
-    return count;
+    Unprivileged([&] { EXPECT_FALSE(ListDirectory(closed)); });
 }
 
 TEST_F(Listings, DoNotMultiplyThroughLinksSideBySide) {
-    TempTree tree{"d0/"};
-    for (int i = 0; i < 20; ++i) {
-        const std::string here = "d" + std::to_string(i), next = "d" + std::to_string(i + 1);
-        tree.Add({next + "/", here + "/+a -> ../" + next, here + "/+b -> ../" + next});
-    }
-    std::size_t budget = 1000;
-    EXPECT_EQ(CountSpecialFolders(NameOf(tree, "d0"), budget), 2U + 4U + 8U) << "no circle, and 2^20 names";
+    const TempTree tree{"0/+a -> ../1", "1/+a -> ../2", "2/+a -> ../3", "3/+a -> ../4", "4/x"};
+    EXPECT_EQ(Show(ListDirectory(NameOf(tree, "0/+a/+a"))), "? +a\n");
+    EXPECT_EQ(Show(ListDirectory(NameOf(tree, "0/+a/+a/+a"))), "") << "no circle, but as many as there are";
 }
 
 } // namespace

@@ -150,20 +150,18 @@ TEST_F(Storage, TellsWhyAStreamFailsAndLosesNoByteOfIt) {
     TempTree tree;
     const ustring name = NameOf(tree, "file");
     const std::string begin = Bytes(70000), end = Bytes(60000);
-    const auto question = [&] {
-        vfs::ofstream(File(name)) << begin << end; // the destructor fails in silence
-        if (std::filesystem::file_size(tree.Path("file")) != 100000)
-            return 1;
-        vfs::ofstream stream(File(name));
-        if (!(stream << begin).flush() || !(stream << end) || stream.flush())
-            return 2;
-        stream.clear();
-        stream.exceptions(std::ios::badbit);
-        EXPECT_THROW(stream << end, vfs::Exception); // more than the buffer has room for
-        stream.clear();
-        return !testing::Test::HasFailure() && LimitFileSize(RLIM_INFINITY) && stream.flush() ? 0 : 3;
-    };
-    EXPECT_EQ(AskInChild([] { return LimitFileSize(100000); }, question), 0);
+    InChild([] { return LimitFileSize(100000); },
+            [&] {
+                vfs::ofstream(File(name)) << begin << end; // the destructor fails in silence
+                EXPECT_EQ(std::filesystem::file_size(tree.Path("file")), 100000U);
+                vfs::ofstream stream(File(name));
+                EXPECT_TRUE((stream << begin).flush() && stream << end && !stream.flush());
+                stream.clear();
+                stream.exceptions(std::ios::badbit);
+                EXPECT_THROW(stream << end, vfs::Exception); // more than the buffer has room for
+                stream.clear();
+                EXPECT_TRUE(LimitFileSize(RLIM_INFINITY) && stream.flush());
+            });
     const std::string written = Read(name);
     EXPECT_EQ(written.substr(0, 130000), begin + end) << "what failed is tried again, and leaves no gap";
 }
