@@ -162,28 +162,22 @@ TEST_F(ChangeHandles, AreRefusedWhereNothingCanBeToldAndNothingIsKept) {
     }
 }
 
-TEST_F(ChangeHandles, TakeNothingWhenTheLimitIsReachedMidway) {
-    TempTree tree{"p0/d/", "p1/d/", "p2/d/", "p3/d/"};
-    Watch standing(NameOf(tree));
+TEST_F(ChangeHandles, TakeNothingAtTheLimitMidwayAndFollowTheirNamesThere) {
+    TempTree tree{"0/d/", "1/d/", "2/d/", "3/d/"};
+    const Watch standing(NameOf(tree));
     const std::uint64_t needed = Counters().watches;
     linux_host::testing::SetNotificationFaults({.mostWatches = needed + 5});
     std::vector<std::unique_ptr<Watch>> watches;
     for (const std::size_t granted : {1U, 2U, 2U, 2U}) { // two watches each, or none
-        watches.push_back(std::make_unique<Watch>(NameOf(tree, "p" + std::to_string(watches.size()) + "/d")));
+        watches.push_back(std::make_unique<Watch>(NameOf(tree, std::to_string(watches.size()) + "/d")));
         EXPECT_EQ(Counters().watches, needed + 2 * granted);
     }
-    tree.Add({"new"});
-    EXPECT_EQ(standing.Polls(2), "signalled quiet") << "the others live on";
-}
-
-TEST_F(ChangeHandles, FollowTheirNamesWhereNoWatchIsToSpare) {
-    TempTree tree{"gone/", "moved/"};
-    const Watch gone(NameOf(tree, "gone")), alsoGone(NameOf(tree, "gone")), moved(NameOf(tree, "moved"));
     linux_host::testing::SetNotificationFaults({.mostWatches = Counters().watches});
-    for (const char* act : {"-gone", "moved > elsewhere", "gone/", "moved/"})
+    for (const char* act : {"-0/d", "1/d > elsewhere", "0/d/", "1/d/", "new"})
         Change(tree, act);
-    for (const Watch* watch : {&gone, &alsoGone, &moved})
-        EXPECT_EQ(watch->Polls(2), told);
+    EXPECT_EQ(standing.Polls(2), told);
+    for (const std::size_t i : {0U, 1U})
+        EXPECT_EQ(watches[i]->Polls(2), told);
 }
 
 TEST_F(ChangeHandles, AreAllSignalledOnceWhenEventsAreLost) {
@@ -273,6 +267,7 @@ TEST_F(ChangeHandles, HearOfTheProbeWhichTouchesNothingThatWasThere) {
     EXPECT_TRUE(Platform().WriteProbeFile(NameOf(tree, "d/probe"), "text"));
     EXPECT_EQ(watch.Poll(1000), "signalled");
     EXPECT_EQ(watch.Poll(), "quiet") << "consumed whole";
+
     EXPECT_TRUE(std::filesystem::is_empty(tree.Path("d")));
 
     tree.Add({"d/link -> ../kept", "d/lost -> ../none", "d/file"});

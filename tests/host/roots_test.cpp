@@ -74,21 +74,15 @@ TEST_F(Roots, KeepDotDotInside) {
     EXPECT_EQ(fs::canonical(*name, {}), NameOf(tree, "secret")) << "such a path is not below D:";
 }
 
-/// path, name and the chain of parents of a location
-std::string Describe(const ustring& native) {
-    vfs::AbsoluteIRI location = vfs::toAbsoluteIRI(u"file", native);
-    std::string text = Narrow(location.toString()) + " [" + Narrow(location.getName()) + "]";
-    while (location.hasParent()) {
-        location = location.getParent();
-        text += " < " + Narrow(location.getPath());
-    }
-    return text;
-}
-
 TEST(Locations, KeepTheRootsSeparatorAndNoOther) {
-    std::string texts;
-    for (const char16_t* native : {u"C:/a//b\\", u"C:\\", u"\\\\s\\h\\a\\", u"\\\\\\", u"a", u""})
-        texts += Describe(native) + "\n";
+    std::string texts; // path, name and the chain of parents
+    for (const char16_t* native : {u"C:/a//b\\", u"C:\\", u"\\\\s\\h\\a\\", u"\\\\\\", u"a", u""}) {
+        vfs::AbsoluteIRI at = vfs::toAbsoluteIRI(u"file", native);
+        texts += Narrow(at.toString()) + " [" + Narrow(at.getName()) + "]";
+        for (; at.hasParent(); texts += " < " + Narrow(at.getPath()))
+            at = at.getParent();
+        texts += "\n";
+    }
     EXPECT_EQ(texts, "file://C:/a//b [b] < C:/a < C:/\n"
                      "file://C:/ []\n"
                      "file:////s/h/a [a] < //s/h < //s/\n"
