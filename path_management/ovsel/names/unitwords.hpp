@@ -17,10 +17,10 @@ constexpr std::size_t UnitsPerWord = 4;
 /// A word with @p unit in each place.
 constexpr std::uint64_t InEachPlace(char16_t unit) { return unit * std::uint64_t{0x0001'0001'0001'0001}; }
 
-/// Is there such a unit in the word?
-constexpr bool HasUnit(std::uint64_t word, char16_t unit) {
+/// Not zero if such a unit is in the word.
+constexpr std::uint64_t MarksOf(std::uint64_t word, char16_t unit) {
     const std::uint64_t differences = word ^ InEachPlace(unit);
-    return ((differences - InEachPlace(1)) & ~differences & InEachPlace(0x8000)) != 0;
+    return (differences - InEachPlace(1)) & ~differences & InEachPlace(0x8000);
 }
 
 /// The four units from @p units on.
@@ -53,9 +53,9 @@ void ForEachWord(std::u16string_view name, Visit visit) {
 /// Does any of these units, none of which is NUL, stand in the name?
 template <class... Units>
 bool HoldsAny(std::u16string_view name, Units... units) {
-    bool holds = false;
-    ForEachWord(name, [&](std::uint64_t word) { holds |= (HasUnit(word, units) | ...); });
-    return holds;
+    std::uint64_t marks = 0;
+    ForEachWord(name, [&](std::uint64_t word) { marks |= (MarksOf(word, units) | ...); });
+    return marks != 0;
 }
 
 /// Both halves of a product, so that every bit of the value moves every bit of the result.
