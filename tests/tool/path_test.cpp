@@ -61,22 +61,19 @@ TEST(Path, TakesTheCurrentDirectoryThatItIsGiven) {
 }
 
 TEST(Path, StandsAThousandNestedFoldersAndPackagesAsDeepAsTheyGo) {
-    TempTree tree;
-    const auto nest = [&](std::string folder, const char* element, int depth) {
-        for (int level = 1; level <= depth; ++level) {
-            folder += element;
-            if (level % 200 == 0) // more at once is refused by the standard library
-                std::filesystem::create_directories(tree.Path(folder));
-        }
-        tree.Write(folder + "/last.sv", "");
-        return folder + "/last.sv\n";
+    const auto times = [](int count, const char* element) {
+        std::string text;
+        while (count-- > 0)
+            text += element;
+        return text;
     };
-    const std::string file = nest("d", "/d", 1000), packaged = nest("p", "/+q", 200);
-    std::string name = " ";
-    for (int level = 0; level < 200; ++level)
-        name += "q/";
-    const Tool tool{tree.Root()};
-    EXPECT_EQ(tool("which -r d -p p last" + name + "last").All(), file + packaged);
+    const std::string file = "d" + times(1000, "/d") + "/last.sv",
+                      packaged = "p" + times(200, "/+q") + "/last.sv";
+    const TempTree tree;
+    const Tool tool{.root = tree.Root(),
+                    .before =
+                        "mkdir -p $(dirname " + file + " " + packaged + "); touch " + file + " " + packaged};
+    EXPECT_EQ(tool("which -r d -p p last " + times(200, "q/") + "last").All(), file + "\n" + packaged + "\n");
     EXPECT_EQ(tool.Json("dirs --no-cwd -r d")["totals"]["subfolders"], 1000);
     EXPECT_TRUE(tool("tree --no-cwd -p p").out.ends_with("\n" + std::string(200 * 4, ' ') + "`-- last.sv\n"));
     EXPECT_EQ(tool("tree --json --no-cwd -p p").status, 0);
