@@ -4,6 +4,7 @@
 #include <array>
 #include <new>
 #include <stdexcept>
+#include <string>
 #include <string_view>
 
 /// Faults on demand: the n-th call that the library makes of one operation fails, once or from then on.
@@ -62,5 +63,15 @@ inline bool Fails(std::string_view name, Ways ways = Both) {
         throw std::runtime_error("the disk is on fire");
     throw std::bad_alloc();
 }
+
+/// What a host does in its life, over the real disk and once through everything that the library offers.
+struct Outcome {
+    std::string answers; ///< to all questions, in the end
+    std::string wrong;   ///< what broke a rule on the way
+};
+
+/// Only what the host does itself runs armed. In the end the faults are over; the host puts right what it can
+/// see, and refreshes once.
+Outcome PlayScenario();
 
 } // namespace faults

@@ -10,7 +10,6 @@
 
 #include "faults/faults.hpp"
 #include "faults/faulty_host.hpp"
-#include "faults/scenario.hpp"
 #include "host_interfaces/filesystem.hpp"
 #include "host_interfaces/platform.hpp"
 #include "linux_host/linux_host.hpp"

@@ -99,12 +99,10 @@ class FaultyStorage final : public vfs::StorageSystem {
         return Storage("storage: canonical"), m_real->CanonicalLocation(location);
     }
     Bytes OpenForReading(Location file) const override {
-        Storage("storage: open to read");
-        return std::make_unique<FaultyBytes>(m_real->OpenForReading(file));
+        return Storage("storage: open to read"), std::make_unique<FaultyBytes>(m_real->OpenForReading(file));
     }
     Bytes OpenForWriting(Location file) const override {
-        Storage("storage: open to write");
-        return std::make_unique<FaultyBytes>(m_real->OpenForWriting(file));
+        return Storage("storage: open to write"), std::make_unique<FaultyBytes>(m_real->OpenForWriting(file));
     }
 
   private:

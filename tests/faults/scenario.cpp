@@ -1,5 +1,3 @@
-#include "faults/scenario.hpp"
-
 #include <sstream>
 
 #include <ovsel/ovsel.hpp>
@@ -50,7 +48,9 @@ class Scenario {
         Rearrange(), LookAround();
         UseCache(), Heal();
         CheckIndex("at the end");
-        std::string answers = Answers();
+        m_isOver = true;
+        std::string answers = LookAround();
+        m_isOver = false;
         Do([&] { m_kept = ovDir(); });
         Do([&] { ovTerminate(); });
         ovTerminate();
@@ -62,7 +62,7 @@ class Scenario {
     template <class Step>
     void Do(Step step) {
         const bool hadFired = state.fired;
-        state.armed = true;
+        state.armed = !m_isOver;
         try {
             step();
             state.armed = false;
@@ -150,24 +150,38 @@ class Scenario {
             use(0, ovGetDirName(dir));
     }
 
-    void LookAround() {
-        for (const ustring& name : names)
+    /// @return the answers, once the faults are over. Which of a directory's files comes first depends on
+    /// what was read when; so does a walk over all.
+    std::string LookAround() {
+        std::string text = PathText(m_path);
+        for (const ustring& name : names) {
+            std::vector<std::string> found;
             Do([&] {
-                Question(name, [](int, const ustring&) {});
+                Question(name, [&](int match, const ustring& file) {
+                    if (m_isOver)
+                        found.push_back(std::to_string(match) + " " + N(file));
+                });
                 ustring first;
                 ovFindFirstFileVisibleToFile(m_path, dirB + u"\\@K\\K.sv", name, extensions, nullptr, first);
             });
-        for (const char* name : classNames)
+            if (name.empty())
+                std::sort(found.begin(), found.end());
+            text += "\n" + N(name) + ": " + Join(found);
+        }
+        for (const char* name : classNames) {
+            char buffer[300] = {};
             Do([&] {
-                char buffer[300];
-                ovGetClassFile(m_path, name, buffer, sizeof(buffer), extensions);
                 ovFindFirstFileInAll(m_path, name, nullptr, nullptr, buffer);
+                ovGetClassFile(m_path, name, buffer, sizeof(buffer), extensions);
             });
+            text += std::string("\nclass ") + name + ": " + buffer;
+        }
         Do([&] {
             ovTimeStamp_tag stamp{};
             ovGetTimeStampFromDir(Find(dirA), "L:\\A\\plot.sv", &stamp);
             ovHasFileChanged(Find(dirA), "L:\\A\\plot.sv", &stamp, ovUpdateTimeStamp, true);
         });
+        return text;
     }
 
     /// The disk changes, and the host wants to know of it in each of the ways there are.
@@ -237,32 +251,13 @@ class Scenario {
         ovRefreshAllDirectories(m_path, state.plan.way == Throws ? ovRefreshCheck : ovRefreshReloadFrozen);
     }
 
-    /// Which of a directory's files comes first depends on what was read when; so does a walk over all.
-    std::string Answers() {
-        std::string text = PathText(m_path);
-        for (const ustring& name : names) {
-            std::vector<std::string> found;
-            Question(name, [&](int match, const ustring& file) {
-                found.push_back(std::to_string(match) + " " + N(file));
-            });
-            if (name.empty())
-                std::sort(found.begin(), found.end());
-            text += "\n" + N(name) + ": " + Join(found);
-        }
-        for (const char* name : classNames) {
-            ustring file;
-            ovGetClassFile(m_path, name, file, extensions);
-            text += std::string("\nclass ") + name + ": " + N(file);
-        }
-        return text;
-    }
-
     test::TempTree m_tree = test::TempTree::InMemory();
     const ustring m_start = fl::filesystem::current_path();
     const std::size_t m_foreign = linux_host::GetCounters().handles;
     ovPath m_owner, m_path;
     ovRegisteredInterest m_interest;
     ovDir m_kept;
+    bool m_isOver = false;
     int m_begun = 0; ///< of what begins and ends, and has not ended
     std::string m_wrong;
 };
