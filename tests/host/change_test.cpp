@@ -268,7 +268,6 @@ TEST_F(ChangeHandles, HearOfTheProbeWhichTouchesNothingThatWasThere) {
     EXPECT_TRUE(Platform().WriteProbeFile(NameOf(tree, "d/probe"), "text"));
     EXPECT_EQ(watch.Poll(1000), "signalled");
     EXPECT_EQ(watch.Poll(), "quiet") << "consumed whole";
-
     EXPECT_TRUE(std::filesystem::is_empty(tree.Path("d")));
 
     tree.Add({"d/link -> ../kept", "d/lost -> ../none", "d/file"});

@@ -76,6 +76,7 @@ TEST_F(Listings, LeaveOutWhatIsNeitherFileNorFolder) {
     ASSERT_EQ(::mkfifo(tree.Path("pipe").c_str(), 0600), 0);
     EXPECT_EQ(Show(ListDirectory(NameOf(tree))), "f file\n");
     EXPECT_EQ(LeftOut(), "0 unspellable, 1 special, 0 ancestors");
+    EXPECT_EQ(Show(ListDirectory(u"C:\\dev")).find(" null\n"), std::string::npos) << "a device";
     EXPECT_EQ(Show(ListDirectory(NameOf(tree, "pipe"))), "nothing") << "and opening a pipe must not wait";
 }
 

@@ -75,4 +75,14 @@ TEST(Names, AreMadeAbsoluteAndCanonicalAgainstABase) {
     EXPECT_THROW(fs::canonical(ustring(u"a\0b", 3), u"C:\\"), fs::InvalidArgument);
 }
 
+TEST(Names, ChangeTheirFormUnitByUnitAndHaveTheirLastSeparatorFound) {
+    EXPECT_EQ(fs::make_native_form(u"C:/a//b\\c/", true), u"C:\\a\\\\b\\c\\");
+    EXPECT_EQ(fs::make_generic_form(u"C:\\a\\\\b/c\\"), u"C:/a//b/c/");
+    EXPECT_EQ(ovsel_pathname_index("a\\b/c", 5), 3);
+    EXPECT_EQ(ovsel_pathname_index("ä:ü", 5), 2);
+    EXPECT_EQ(ovsel_pathname_index("a:", 1), -1);
+    EXPECT_TRUE(IsAll7Bit("a\x7F\x80", 2));
+    EXPECT_FALSE(IsAll7Bit("a\x80", 2));
+}
+
 } // namespace

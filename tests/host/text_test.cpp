@@ -20,6 +20,7 @@ bool Takes(const Converter& convert, const Text& text) {
 TEST(Text, DecodesCharactersAndEscapesOrRefusesTheBytesOfBrokenOnes) {
     const std::tuple<std::string, ustring, bool> table[] = {
         {"", u"", true},
+        {"\xC2\x80", u"\u0080", true},
         {"\xED\x9F\xBF\xEE\x80\x80", u"\uD7FF\uE000", true},
         {"\xF0\x90\x92\x80", {0xD801, 0xDC80}, true}, // the low half lies in the escapes' range
         {std::string(1, '\0'), ustring(1, 0), true},
