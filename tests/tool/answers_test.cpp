@@ -59,12 +59,20 @@ TEST(Tool, SpeaksJson) {
         EXPECT_EQ(world.tool.Json(line)[json::json_pointer(part)], json::parse(answer)) << line;
 }
 
-TEST(Tree, TakesALinkForWhatItLeadsTo) {
-    const TempTree tree{"a/+p/@K/K.p",        "a/private/own.p",       "a/real.p",
+TEST(Folders, AreDrawnAndCountedALinkForWhatItLeadsTo) {
+    const TempTree tree{"a/+p/@K/K.p",        "a/@K/private/own.p",    "a/private/own.p",    "a/real.p",
                         "a/file.p -> real.p", "a/folder.p -> private", "a/gone.p -> nowhere"};
-    EXPECT_EQ(Tool{tree.Root()}("tree --no-cwd -p a").out,
-              "a  (path position 1)\n|-- file.p\n|-- gone.p\n|-- real.p\n|-- +p/\n|   `-- @K/\n"
-              "|       `-- K.p\n|-- private/\n|   `-- own.p\n`-- folder.p/\n");
+    ExpectAnswers(
+        {tree.Root(), tree.Path("a")},
+        {{"tree --no-cwd -p .",
+          "a  (path position 1)\n|-- file.p\n|-- gone.p\n|-- real.p\n|-- +p/\n|   `-- @K/\n"
+          "|       `-- K.p\n|-- @K/\n|   `-- private/\n|       `-- own.p\n"
+          "|-- private/\n|   `-- own.p\n`-- folder.p/\n"},
+         {"dirs -p .",
+          " pos  kind                files classes packages private files sub-folders  folder\n"
+          "   0  current directory       3       2        1             2           1  a\n"
+          "   1  path                    3       2        1             2           1  a\n"
+          "      total                   6       4        2             4           2  1 on the path\n"}});
 }
 
 TEST(Tree, UsesColoursAndBoxesOnATerminalOnly) {
@@ -80,17 +88,6 @@ TEST(Tree, UsesColoursAndBoxesOnATerminalOnly) {
     EXPECT_TRUE(holds("├── +gfx/\r\n"));
     world.tool.before += " LC_ALL=C";
     EXPECT_TRUE(holds("|-- +gfx/\r\n"));
-}
-
-TEST(Dirs, CountsTheDemoWorld) {
-    DemoWorld world;
-    world.tree.Add({"A/sub/", "A/+gfx/@pen/pen.sv", "A/@plot/private/help.sv"});
-    EXPECT_EQ(world.tool("dirs").out,
-              " pos  kind                files classes packages private files sub-folders  folder\n"
-              "   0  current directory       1       0        0             0           0  C\n"
-              "   1  path                    1       2        1             1           1  A\n"
-              "   2  path                    2       0        0             1           0  B\n"
-              "      total                   4       2        1             2           1  2 on the path\n");
 }
 
 } // namespace
