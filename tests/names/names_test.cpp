@@ -133,6 +133,7 @@ TEST(FullPath, ExpandsRelativeNamesThatExistAndLeavesAbsoluteOnesAlone) {
     EXPECT_FALSE(ovFullPath(dst, ustring(5000, u'a'))); // the filesystem layer fails
     EXPECT_EQ(dst, u"old");
     for (const char16_t* name : {u"C:\\x/..\\no such name", u"no such name", u"\\\\server"}) {
+        dst = u"old";
         EXPECT_EQ(ovFullPath(dst, name), *name == u'C');
         EXPECT_EQ(dst, *name == u'C' ? name : u"");
     }
