@@ -50,8 +50,8 @@ class OpenDirectory {
     /// what was read is true, and the next look tells more.
     template <class Visit>
     bool ForEachEntry(Visit visit) const {
-        alignas(::dirent64) std::array<char, 32 * 1024>
-            block; // as large as the C library's, but off the heap
+        // As large as the C library's, but off the heap.
+        alignas(::dirent64) std::array<char, 32 * 1024> block;
         for (bool started = false;; started = true) {
             const ssize_t length = ::getdents64(m_descriptor, block.data(), block.size());
             if (length <= 0) {
@@ -189,8 +189,8 @@ class ListingBuilder {
 
   private:
     struct Entry {
-        std::uint64_t
-            head; ///< the first four units, the first of them foremost: nearly always all to compare
+        /// The first four units, the first of them foremost: nearly always all that need be compared.
+        std::uint64_t head;
         std::size_t begin;
         std::size_t length;
         unsigned short word;

@@ -41,7 +41,8 @@ char16_t ToLower(char16_t c) { return c < 0x80 ? static_cast<char16_t>(std::tolo
 ustring WideExtension(const char* extension) {
     std::array<char16_t, 8> units{};
     std::size_t length = 0;
-    for (; length < units.size() && extension[length] > '\0'; ++length)
+    // Signed, whatever plain char is here: what is not plain is below zero.
+    for (; length < units.size() && static_cast<signed char>(extension[length]) > 0; ++length)
         units[length] = static_cast<char16_t>(extension[length]);
     if (length < units.size() && extension[length] == '\0')
         return {units.data(), length};
