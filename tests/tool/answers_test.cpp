@@ -5,34 +5,7 @@ namespace {
 using namespace test;
 
 /// The pages of the documentation show more of it, and are held to it.
-TEST(Tool, AnswersTheDemoWorldInResolutionOrder) {
-    const DemoWorld world;
-    const std::string mount = " gfx/plot --mount X:=" + world.tree.Root() + ":fixed";
-    ExpectAnswers(
-        world.tool,
-        {{"which -a plot --no-cwd -p ../B --ext sv --from ../A/caller.sv", // which does not see it
-          " 1  constructor (@plot/plot) in path position 2  A/@plot/plot.sv\n"
-          " 2  path position 1                              B/plot.sv\n"
-          " 3  path position 2                              A/plot.sv\n"},
-         {"which plot --scope path --ext .p", "B/plot.p\n"},
-         {"which draw --scope method", "A/@plot/draw.sv\n"},
-         {"which draw --scope all", "A/@plot/draw.sv\n"},
-         {"which plot --scope private --from ../B/x.sv", "B/private/plot.sv\n"},
-         {"which plot --scope dir --from ../A/x.sv", "A/plot.sv\n"},
-         {"which -a --dirs gfx plot", "gfx\n   1  package folder +gfx in path position 1  A/+gfx\n"
-                                      "plot\n   1  class folder @plot in path position 1  A/@plot\n"},
-         {"which @plot/draw draw",
-          "A/@plot/draw.sv\novsel: draw: not found\n"
-          "ovsel: 1 file of that name out of sight from here; --scope all shows it\n-> 1\n"},
-         {"which gfx/plott.sv", "ovsel: gfx/plott.sv: not found\novsel: did you mean gfx/plot.sv?\n-> 1\n"},
-         {"which --no-cwd --scope path PLOT --ignore-case", "A/plot.sv\n"},
-         {"which -a --form system -0" + mount, "X:\\A\\+gfx\\plot.sv\0"s},
-         {"which -p x:/A/../A/" + mount, "A/+gfx/plot.sv\n"},
-         {"tree --depth 0", "C  (current directory)\nA  (path position 1)\nB  (path position 2)\n"},
-         {"tree -0 --depth 1 --no-cwd",
-          "A\0A/plot.sv\0A/+gfx\0A/@plot\0B\0B/plot.p\0B/plot.sv\0B/private\0"s},
-         {"dirs -0 --no-cwd", "A\0B\0"s}});
-}
+TEST(Tool, AnswersTheDemoWorldInResolutionOrder) { ExpectSession(DemoWorld().tool, "demo_world"); }
 
 TEST(Tool, SpeaksJson) {
     // A line, the part of its answer that is looked at, and what that is.
@@ -62,17 +35,7 @@ TEST(Tool, SpeaksJson) {
 TEST(Folders, AreDrawnAndCountedALinkForWhatItLeadsTo) {
     const TempTree tree{"a/+p/@K/K.p",        "a/@K/private/own.p",    "a/private/own.p",    "a/real.p",
                         "a/file.p -> real.p", "a/folder.p -> private", "a/gone.p -> nowhere"};
-    ExpectAnswers(
-        {tree.Root(), tree.Path("a")},
-        {{"tree --no-cwd -p .",
-          "a  (path position 1)\n|-- file.p\n|-- gone.p\n|-- real.p\n|-- +p/\n|   `-- @K/\n"
-          "|       `-- K.p\n|-- @K/\n|   `-- private/\n|       `-- own.p\n"
-          "|-- private/\n|   `-- own.p\n`-- folder.p/\n"},
-         {"dirs -p .",
-          " pos  kind                files classes packages private files sub-folders  folder\n"
-          "   0  current directory       3       2        1             2           1  a\n"
-          "   1  path                    3       2        1             2           1  a\n"
-          "      total                   6       4        2             4           2  1 on the path\n"}});
+    ExpectSession({tree.Root(), tree.Path("a")}, "folders");
 }
 
 TEST(Tree, UsesColoursAndBoxesOnATerminalOnly) {

@@ -130,18 +130,7 @@ TEST(Cache, LeavesTheOldFileAndNothingElseWhenItCannotBeWritten) {
     world.tree.Permit("tb.xml", 0640);
     const std::string before = world.tree.Read("tb.xml");
     const auto entries = EntriesIn(world.tree);
-    for (const auto& [file, message] :
-         {std::pair("../tb.xml", "File too large"),
-          {"../A", "this is a folder"},
-          {"/", "this is a folder"},
-          {"../B/link", "this is a link; give the file that it leads to"},
-          {"../B/pipe", "this is no regular file"},
-          {"/dev/full", "this is no regular file"},
-          {"../missing/tb.xml", "its folder cannot be opened: No such file or directory"},
-          {"../C/plot.p/tb.xml", "its folder cannot be opened: Not a directory"}})
-        ExpectAnswers({world.tool.root, world.tool.cwd, world.tool.before + "\nulimit -f 0"},
-                      {{fmt::format("cache write {}{} 2>&1", file, Prefix),
-                        fmt::format("ovsel: {}: {}\n-> 3\n", file, message)}});
+    ExpectSession({world.tool.root, world.tool.cwd, world.tool.before + "\nulimit -f 0"}, "cache_unwritable");
     EXPECT_EQ(world.tool("cache write /proc/tb.xml" + Prefix).status, 3);
     EXPECT_EQ(world.tree.Read("tb.xml"), before);
     EXPECT_EQ(EntriesIn(world.tree), entries);
@@ -199,7 +188,8 @@ TEST(Cache, IsShownAndVerifiedOnlyAsItIsWritten) {
     for (const auto& [text, message] : cases) {
         world.tree.Write("tb.xml", text);
         const std::string answer = "ovsel: ../tb.xml: " + message + "\n-> 1\n";
-        ExpectAnswers(world.tool, {{"cache show ../tb.xml", answer}, {Verify, answer}});
+        for (const std::string& reader : {"cache show ../tb.xml"s, Verify})
+            EXPECT_EQ(world.tool(reader).All(), answer);
     }
 }
 
@@ -208,34 +198,7 @@ TEST(Cache, IsNotWaitedForWhereItIsNoFileAndItsPrefixIsChecked) {
     ASSERT_EQ(::mkfifo(world.tree.Path("pipe").c_str(), 0600), 0);
     world.tree.Add({"locked"});
     world.tree.Permit("locked", 0);
-    const std::string dirs = "dirs >/dev/null --cache ../tb.xml";
-    ExpectAnswers(
-        world.tool,
-        {{"cache show ../missing", "ovsel: ../missing: No such file or directory\n-> 3\n"},
-         {"cache show ../A", "ovsel: ../A: Is a directory\n-> 3\n"},
-         {"cache show ../locked", "ovsel: ../locked: Permission denied\n-> 3\n"},
-         {"cache show /dev/zero", "ovsel: /dev/zero: this is no regular file\n-> 3\n"},
-         {"cache verify ../pipe" + Prefix, "ovsel: ../pipe: this is no regular file\n-> 3\n"},
-         {"dirs --cache ../pipe" + Prefix, "ovsel: --cache ../pipe: this is no regular file\n-> 3\n"},
-         {dirs + " --prefix ..///", ""},
-         {"dirs --cache ../C/plot.p" + Prefix,
-          "ovsel: --cache ../C/plot.p: line 1: this is no path cache\n-> 3\n"},
-         {dirs + " --prefix " + world.tree.Root() + "/a/../", ""},
-         {dirs + " --prefix ../A",
-          "ovsel: note: no folder of the path lies under --prefix, so that nothing comes from the cache\n"},
-         {"cache verify >/dev/null ../tb.xml --prefix ../B", "-> 1\n"},
-         {dirs + " --prefix /" + std::string(1020, 'x'),
-          "ovsel: --prefix: longer than 1022 characters\n-> 2\n"},
-         {dirs + " --prefix /", "ovsel: --prefix /: a whole root cannot be a prefix\n-> 2\n"},
-         {dirs, "ovsel: --cache needs --prefix DIR, the folder that it was written for\n-> 2\n"},
-         {"dirs --prefix ..", "ovsel: --prefix needs --cache FILE\n-> 2\n"},
-         {"cache verify ../tb.xml",
-          "ovsel: a cache is written and verified with --prefix DIR, the folder that it is about\n-> 2\n"},
-         {"cache write ../n.xml --prefix ../A",
-          "ovsel: note: the folder of --prefix itself is not part of a cache; with the one above as prefix "
-          "it is\novsel: no folder of the path lies under --prefix ../A; nothing is written\n-> 3\n"},
-         {"cache wirte ../n.xml", "ovsel: there is no command wirte\novsel: did you mean write?\n"
-                                  "ovsel: ovsel --help shows how it is used\n-> 2\n"}});
+    ExpectSession(world.tool, "cache_options");
 }
 
 } // namespace

@@ -11,17 +11,7 @@ TEST(Path, KeepsTheOrderOfTheCommandLineAcrossKindsOfSources) {
     tree.Add({"one/", "#two\nlines/"});
     tree.Write("records", "one\0#two\nlines\0"s);
     const Tool tool{.root = tree.Root(), .before = "export OVSEL_PATH=d::./e/:a"};
-    ExpectAnswers(
-        tool,
-        {{"dirs -0 --no-cwd -p c -r b -p a", "c\0b\0b/w\0b/x\0b/x/y\0a\0d\0e\0"s},
-         {"-r b/w --path-file list tree --no-cwd --path=a --depth 0", // options may stand before the command
-          "b/w  (path position 1)\nc  (path position 2)\ne  (path position 3)\na  (path position 4)\n"
-          "d  (path position 5)\n"},
-         {"dirs -0 --no-cwd -p ./a// -p \"$PWD/a\" -p c/../a/.", "a\0d\0e\0"s},
-         {"dirs -0 --no-cwd -p \"C:$PWD/e\"", "e\0d\0a\0"s},
-         {"dirs -0 --no-cwd --path-file - <records", "one\0#two\nlines\0d\0e\0a\0"s},
-         {"dirs --path-file - <records",
-          "ovsel: --path-file -: there is a NUL in it; -0 reads such lists\n-> 2\n"}});
+    ExpectSession(tool, "path_order");
 }
 
 TEST(Path, WarnsOfUnusableFoldersAndGoesOn) {
@@ -50,10 +40,7 @@ TEST(Path, WarnsOfUnusableFoldersAndGoesOn) {
 TEST(Path, TakesTheCurrentDirectoryThatItIsGiven) {
     const TempTree tree{"here/a.p", "there/a.p", "path/b.p"};
     Tool tool{tree.Root(), tree.Path("here")};
-    ExpectAnswers(tool,
-                  {{"which a b --cwd ../there -p ../path",
-                    "there/a.p\npath/b.p\novsel: note: a comes from the current directory\n"},
-                   {"which a --no-cwd -p ../path", "ovsel: a: not found\novsel: did you mean b?\n-> 1\n"}});
+    ExpectSession(tool, "current_directory");
     // The path's first folder must not slip into the place of a current directory that is no more.
     tool.before = "mkdir gone; cd gone; rmdir ../gone";
     EXPECT_EQ(tool("dirs -0 -p " + tree.Path("path") + " -p " + tree.Path("there")).All(),

@@ -46,9 +46,9 @@ struct Tool {
 class RunningTool {
   public:
     RunningTool(const Tool& tool, const std::string& line) : m_root(tool.root + "/") {
-        const std::string script =
-            fmt::format("set -e; unset OVSEL_PATH; exec </dev/null 2>'{}'; cd '{}'\n{}\nexec '{}' {}",
-                        m_files.Path("err"), tool.cwd, tool.before, OVSEL_TOOL, line);
+        const std::string script = fmt::format(
+            "set -e; unset OVSEL_PATH; ROOT='{}'; exec </dev/null 2>'{}'; cd '{}'\n{}\nexec '{}' {}",
+            tool.root, m_files.Path("err"), tool.cwd, tool.before, OVSEL_TOOL, line);
         std::array<int, 2> ends{};
         if ((tool.onTerminal ? ::openpty(&ends[0], &ends[1], nullptr, nullptr, nullptr)
                              : ::pipe2(ends.data(), O_CLOEXEC)) != 0)
@@ -119,11 +119,20 @@ class RunningTool {
 
 inline Outcome Tool::operator()(const std::string& line) const { return RunningTool(*this, line).Finish(); }
 
-/// Compares all that the tool says to each line.
-inline void ExpectAnswers(const Tool& tool,
-                          std::initializer_list<std::pair<std::string, std::string>> answers) {
-    for (const auto& [line, answer] : answers)
-        EXPECT_EQ(tool(line).All(), answer) << line;
+/// Holds the tool to a session: each line with a prompt, and all that is said to it, with `^@` for NUL. A
+/// line that does not end is shown as one that does.
+inline void ExpectSession(const Tool& tool, const std::string& name) {
+    std::ifstream file(OVSEL_SESSIONS + name);
+    std::string told, seen;
+    for (std::string line; std::getline(file, line); told += line + "\n")
+        if (const std::string_view prompt = "$ ovsel"; line.starts_with(prompt)) {
+            seen += line + "\n";
+            for (const char c : tool(line.substr(prompt.size())).All())
+                seen += c == '\0' ? "^@" : std::string(1, c);
+            seen += seen.ends_with('\n') ? "" : "\n";
+        }
+    EXPECT_NE(told, "") << name;
+    EXPECT_EQ(seen, told) << name;
 }
 
 /// The world of scripts/demo-tree.sh, seen from its folder C.

@@ -12,31 +12,7 @@ using namespace test;
 
 TEST(ExitStatus, TellsTheOutcomesApart) {
     const DemoWorld world;
-    const std::string usage = "\novsel: ovsel --help shows how it is used\n-> 2\n";
-    ExpectAnswers(
-        {world.tree.Root(), world.tree.Root(), world.tool.before},
-        {{"tree >/dev/null", ""},
-         {"--version >/dev/null", ""},
-         {"which --help >/dev/null", ""},
-         {"which plot nothing", "A/@plot/plot.sv\novsel: nothing: not found\n-> 1\n"},
-         {"which '[plot].p'", "ovsel: [plot].p: not found\novsel: did you mean plot.p?\n-> 1\n"},
-         {"", "ovsel: A subcommand is required" + usage},
-         {"wich plot", "ovsel: there is no command wich\novsel: did you mean which or watch?" + usage},
-         {"which", "ovsel: NAME is required" + usage},
-         {"which ''", "ovsel: an empty NAME would stand for every file\n-> 2\n"},
-         {"which '[plot]'", "ovsel: a NAME in brackets, [plot], needs its extension\n-> 2\n"},
-         {"which x --scope y", "ovsel: --scope is one of all|dir|method|path|private|visible, not y\n-> 2\n"},
-         {"which plot --scope dir", "ovsel: --scope private and --scope dir need --from FILE\n-> 2\n"},
-         {"tree --depth -1", "ovsel: Could not convert: --depth = -1" + usage},
-         {"tree --mount X", "ovsel: --mount: X is not ROOT=FOLDER[:fixed|remote|detect]\n-> 2\n"},
-         {"tree --mount X:=/:y", "ovsel: --mount: X:=/:y does not end in fixed, remote or detect\n-> 2\n"},
-         {"tree --mount XY=/", "ovsel: --mount: XY is no root such as X: or \\\\server\\share\n-> 2\n"},
-         {"dirs --json -0", "ovsel: --json and -0 exclude each other\n-> 2\n"},
-         {"dirs --ext \xC3\xA4", "ovsel: --ext: extensions are ASCII\n-> 2\n"},
-         {"dirs --path-file missing", "ovsel: --path-file missing: No such file or directory\n-> 3\n"},
-         {"dirs --path-file A", "ovsel: --path-file A: Is a directory\n-> 3\n"},
-         {"dirs --cwd A/plot.sv", "ovsel: --cwd A/plot.sv: Name is nonexistent or not a directory\n-> 3\n"},
-         {"tree >/dev/full", "ovsel: standard output cannot be written: No space left on device\n-> 3\n"}});
+    ExpectSession({world.tree.Root(), world.tree.Root(), world.tool.before}, "exit_status");
 }
 
 TEST(ExitStatus, OfAFaultIsFourUnlessACacheMayBeItsReason) {
@@ -65,15 +41,15 @@ TEST(Output, NeverLetsOddNamesThrough) {
     const TempTree tree{"a/new\nline.p",   "a/bad\xFF.p",          "a/it's $x.p",
                         "a/esc\x1b[31m.p", "a/flip\xE2\x80\xAE.p", "a/\xC3\xA4.p"};
     const Tool tool{tree.Root(), tree.Path("a")};
-    ExpectAnswers(tool, {{"tree --no-cwd -p .", "a  (path position 1)\n"
-                                                "|-- $'bad\\xff.p'\n"
-                                                "|-- $'esc\\x1b[31m.p'\n"
-                                                "|-- $'flip\\xe2\\x80\\xae.p'\n"
-                                                "|-- it's $x.p\n"
-                                                "|-- $'new\\nline.p'\n"
-                                                "`-- \xC3\xA4.p\n"},
-                         {"which 'new\nline' bad\xFF -0", "a/new\nline.p\0a/bad\xFF.p\0"s},
-                         {"which 'no\x1b[2Jsuch\n'", "ovsel: $'no\\x1b[2Jsuch\\n': not found\n-> 1\n"}});
+    EXPECT_EQ(tool("tree --no-cwd -p .").out, "a  (path position 1)\n"
+                                              "|-- $'bad\\xff.p'\n"
+                                              "|-- $'esc\\x1b[31m.p'\n"
+                                              "|-- $'flip\\xe2\\x80\\xae.p'\n"
+                                              "|-- it's $x.p\n"
+                                              "|-- $'new\\nline.p'\n"
+                                              "`-- \xC3\xA4.p\n");
+    EXPECT_EQ(tool("which 'new\nline' bad\xFF -0").out, "a/new\nline.p\0a/bad\xFF.p\0"s);
+    EXPECT_EQ(tool("which 'no\x1b[2Jsuch\n'").err, "ovsel: $'no\\x1b[2Jsuch\\n': not found\n");
     const json answers = tool.Json("which bad\xFF \xC3\xA4")["answers"];
     EXPECT_EQ(answers[0]["query"], json::parse(R"({"bytes": "YmFk/w=="})"));
     EXPECT_TRUE(answers[0]["winner"]["path"].contains("bytes"));
