@@ -40,6 +40,12 @@ class Cache : public PathFixture {
         return text;
     }
 
+    /// What is to be said or written, from a file beside this one.
+    static std::string Told(const std::string& name) {
+        std::ifstream file(OVSEL_TOLD + name);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
     /// A path under the prefix `C:\T`, with its directories frozen.
     ovPath PrefixedPath(const char* name, const std::vector<std::string>& dirs) {
         ovPath made = NewPath(name, ovCaseSensitive, u"C:\\T");

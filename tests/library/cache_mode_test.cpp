@@ -102,59 +102,31 @@ TEST_F(Cache, AnswersThePathsHooks) {
 }
 
 TEST_F(Cache, TellsWhatItIsAskedToTell) {
-    const auto load = "Attempting to load Toolbox Path Cache " + FileName() + "\n";
-    const std::string read = "  Toolbox Path Cache read in 0.00 seconds.\n";
+    std::string told;
+    const auto hear = [&](const std::string& of) { told += "# " + of + "\n" + TakePrinted(); };
     folder.Write("cache.xml", "<Q><D name=\"a\"><D name=\"a/b\"></D></D><D name=\"c\"></D></Q>");
     ovUseToolboxCache(path, U(FileName()), u"C:\\T", true);
-    EXPECT_EQ(read, TakePrinted());
+    hear("a cache that is to be told of");
     CacheReadDirectory(path, u"C:\\T\\nowhere", nullptr);
-    EXPECT_EQ("C:\\T\\nowhere not found in Toolbox Path Cache\n", TakePrinted());
+    hear("a folder that is not in it");
     ovRevertFromToolboxCache(path);
-    EXPECT_EQ("", TakePrinted());
-
+    hear("its end");
     ovEnableToolboxCacheDiagnosticStatusReport(true);
     ovUseToolboxCache(path, u"C:\\missing", u"C:\\T", false);
     EXPECT_FALSE(ovInToolboxCacheMode());
-    EXPECT_EQ("Attempting to load Toolbox Path Cache C:\\missing\nUnable to open Toolbox Path Cache file: "
-              "C:\\missing\n",
-              TakePrinted());
+    hear("with reports: no file");
     Use();
-    EXPECT_EQ(load + read +
-                  "Toolbox Path Cache contains 3 directories.\nRequest to use Toolbox Cache received or "
-                  "confirmed.\nToolbox Path prefix is C:\\T\\\n",
-              TakePrinted());
-
+    hear("with reports: a file");
     ovEnableToolboxCacheDiagnosticTrace(true);
     for (const char* name : {"C:\\T\\a\\b", "C:\\T\\a\\b", "C:\\T\\c", "C:\\T\\x", "D:\\x", "C:\\T\\a\\b.c"})
         CacheIsDirectory(path, U(name));
     CacheGetAccessibility(path, u"C:\\T\\b.c");
     CacheReadDirectory(path, u"D:\\x", nullptr);
-    // The third search compares once in vain from the last hit, and then four times from the root.
-    EXPECT_EQ(R"(Is C:\T\a\b a directory?...
-    Cache search for C:\T\a\b...  Success, 3 compares.
-Is C:\T\a\b a directory?...
-    Cache search for C:\T\a\b...  Cache-Cached  Success, 1 compares.
-Is C:\T\c a directory?...
-    Cache search for C:\T\c...  Success, 5 compares.
-Is C:\T\x a directory?...
-    Cache search for C:\T\x...
-    Cache search failure,     Failed.
-Is C:\T\x a directory?...
-
-    Did not match cache prefix C:\T\ (5)    Failed.
-Is D:\x a directory?...
-Is C:\T\b.c accessible?...
-C:\T\b.c not in cache, using file system IsAccessible.
-Looking for contents of D:\x...
-
-    Did not match cache prefix C:\T\ (5)    Failed.
- not in cache...)",
-              TakePrinted());
+    hear("searches; the third compares once in vain from the last hit, and then four times from the root");
     ovEnableToolboxCacheDiagnosticTrace(false);
     ovRevertFromToolboxCache(path);
-    EXPECT_EQ("Toolbox Path Cache resetting...\n\tTotalDirLookupRequests = 4\n\tTotalDirLookupHits = "
-              "3\n\tNumCompares = 14\n",
-              TakePrinted());
+    hear("with reports: the end");
+    EXPECT_EQ(Told("reports"), told.replace(told.find(FileName()), FileName().size(), "FILE"));
     const auto disable = [&] {
         ovDisableToolboxCache();
         const bool still = ovInToolboxCacheMode();
