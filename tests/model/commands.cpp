@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "model/difference.hpp"
+#include "ovsel/frame/iohooks.hpp"
 #include "support/texts.hpp"
 
 namespace model {
@@ -22,6 +23,9 @@ ovDirRefreshType TypeOf(const Operation& operation, bool one = false) {
 }
 
 const auto nothing = [](World&, const Operation&) {};
+/// What a hook does while callbacks interfere. @return whether it did anything.
+std::function<bool()> g_disturb;
+
 auto Change(DiskChange change) {
     return [=](World& world, const Operation& operation) { world.ChangeDisk(change, operation); };
 }
@@ -159,7 +163,12 @@ void System::Mark(const Step& step) {
                                           [&] { ovSetDirChanged(ovFindDirFullName(m_path, name)); },
                                           [&] { ovSetDirChanged(m_path, name); },
                                           [&] { ovSetDirRemoved(m_path, name); },
-                                          [&] { ovSetFullnameChanged(m_path, name + u"\\plot.sv"); }};
+                                          [&] { ovSetFullnameChanged(m_path, name + u"\\plot.sv"); },
+                                          [&] { // takes the times of now for those of the last look
+                                              ovNonNotifiedRemotePathRefreshPolicy(m_path,
+                                                                                   ovRefreshByTimeStamp);
+                                              ovSetAllChanged(m_path);
+                                          }};
     ways[step.operation.b % std::size(ways)]();
 }
 
@@ -195,11 +204,27 @@ void System::WalkABit(const Operation& operation) {
         i % 2 == 0 ? search.Step() : search.Step(&ovFindNextUnspecified);
 }
 
+/// Lets hooks do at every message and every look at a time what callbacks do.
+void System::HearOfAll(bool on) {
+    static const auto disturb = [](const char*) { g_disturb(); };
+    const auto time = [](ovPath path, const ustring& name) {
+        g_disturb();
+        return IOHooks::Defaults().m_fileTimeFcn(path, name);
+    };
+    const ovMessageFcn hear = on ? +disturb : nullptr;
+    ovSetMessageFcns(hear, hear, hear);
+    ovSetNotificationHandleWarnings(m_path, on ? ovWarnCNHAlways : ovWarnCNHNever);
+    ovSetDirectoryReloadMessages(m_path, on);
+    ovSetIOFcns(m_path, nullptr, nullptr, nullptr, nullptr, on ? +time : nullptr);
+}
+
 /// In the middle of a change of the disk, callbacks do at every event what they like, throw, and let the path
-/// itself go for another. What the path is then depends on the order of the events; but nothing is broken,
-/// and the next refresh makes all right. All is new after it.
+/// itself go for another; hooks for messages and times do the same, but do not throw. What the path is then
+/// depends on the order of the events; but nothing is broken, and the next refresh makes all right. All is
+/// new after it.
 void System::Interfere(const Step& step) {
-    const auto& [operation, before, after] = step;
+    const Operation& operation = step.operation;
+    const World &before = step.before, &after = step.after;
     const bool freezes = operation.b % 2 == 0;
     std::vector<std::size_t> commands;
     for (std::size_t i = 0; i < Commands.size(); ++i)
@@ -214,23 +239,31 @@ void System::Interfere(const Step& step) {
     }
     std::minstd_rand random(operation.a ^ operation.b ^ operation.c);
     const auto number = [&] { return static_cast<unsigned>(random()); };
-    const auto act = [&, &world = after] {
-        Apply({{commands[number() % commands.size()], number(), number(), number()}, world, world});
+    const auto act = [&] {
+        Apply({{commands[number() % commands.size()], number(), number(), number()}, after, after});
     };
     m_isPredictable = false;
     int left = 40;
-    m_interference = ovRegisterPathInterest(m_path, [&](ovEventType event, ovDir) {
-        if (event == ovEventPathRemoved || left <= 0 || number() % 3 == 0)
-            return;
+    g_disturb = [&] {
+        if (left <= 0 || number() % 3 == 0)
+            return false;
         --left;
         act();
+        return true;
+    };
+    m_interference = ovRegisterPathInterest(m_path, [&](ovEventType event, ovDir) {
+        if (event == ovEventPathRemoved || !g_disturb())
+            return;
         if (operation.c % 4 == 0 && number() % 8 == 0)
             return ReplacePath(after, operation.c % 8 == 0); // with all that is captured here
         if (number() % 8 == 0)
             throw std::runtime_error("a callback has enough");
     });
+    HearOfAll(operation.a % 2 == 0);
     for (int i = 0; i < 3; ++i)
         act();
+    HearOfAll(false);
+    g_disturb = [] { return false; };
     ovCancelPathInterest(m_interference);
     ovSetFreezeAllAddedDirectories(m_path, false); // a callback's may have ended in the middle
     ovHideCWD(m_path, false);

@@ -83,6 +83,7 @@ class System {
     void Listen();
     void StopListening();
     void WalkABit(const Operation& operation);
+    void HearOfAll(bool on);
     void Interfere(const Step& step);
 
     ovPath m_owner, m_path;

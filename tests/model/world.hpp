@@ -22,7 +22,8 @@ using Names = std::vector<std::string>;
 inline const Names PathPool{"R:\\A", "R:\\B", "R:\\C\\A", "R:\\D", "R:\\C"};
 /// One is on the path as well, one is a package.
 inline const Names CWDPool{"R:\\cwd", "R:\\other", "R:\\B", "R:\\C\\+K"};
-inline const Names FilePool{"plot.sv", "plot.p", "Plot.sv", "draw.sv", "K.sv", "n", "n.", "n.longext", "a.b.sv"};
+inline const Names FilePool{"plot.sv", "plot.p", "Plot.sv",   "draw.sv", "K.sv",
+                            "n",       "n.",     "n.longext", "a.b.sv"};
 inline const Names FolderPool{"@K", "@plot", "+p", "+K", "private", "sub", "n"};
 /// What stands in lists for a whole path: folders, and what must be left out.
 inline const Names TokenPool{"R:\\A",     "R:\\B",          "R:\\C\\A",    "R:\\D",
