@@ -1,7 +1,8 @@
 // Text between bytes and UTF-16 as the Linux host converts it: strict conversions against ICU's, lenient ones
-// there and back, and steps back over characters. The input is taken as bytes, and as units.
+// there and back, and characters one by one. The input is taken as bytes, and as units.
 
 #include <unicode/ustring.h>
+#include <unicode/utf16.h>
 #include <unicode/utf8.h>
 
 #include "fuzz/body.hpp"
@@ -50,9 +51,10 @@ void CheckBytes(const std::string& bytes) {
     Expect(!isAscii || ascii == lenient, "ASCII reads alike everywhere");
 }
 
-/// Both directions meet the same characters.
-void CheckSteps(const std::string& bytes) {
+/// Both directions meet the same characters, and each byte of none has a unit of its own.
+void CheckCharacters(const std::string& bytes) {
     const Block text = Terminated(bytes);
+    ustring units;
     for (std::size_t at = 0; at < bytes.size();) {
         const char* const p = text.get() + at;
         std::int32_t step = 0;
@@ -60,9 +62,15 @@ void CheckSteps(const std::string& bytes) {
         U8_NEXT(reinterpret_cast<const std::uint8_t*>(p), step, static_cast<std::int32_t>(bytes.size() - at),
                 character);
         at += character < 0 ? 1 : static_cast<std::size_t>(step); // bytes of no character stand alone
+        if (character > 0xFFFF)
+            units += {U16_LEAD(character), U16_TRAIL(character)};
+        else
+            units +=
+                static_cast<char16_t>(character < 0 ? 0xDC00 | static_cast<std::uint8_t>(*p) : character);
         Expect(host::Platform().PreviousCharacter(text.get(), text.get() + at) == p,
                "a step back undoes one");
     }
+    Expect(codecvt_narrow_string_to_ustring()(bytes) == units, "bytes of no character escape one by one");
 }
 
 void CheckUnits(const ustring& units) {
@@ -80,7 +88,7 @@ void CheckUnits(const ustring& units) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string bytes(data, data + size);
     CheckBytes(bytes);
-    CheckSteps(bytes);
+    CheckCharacters(bytes);
     ustring units(size / 2, u'\0');
     if (size > 1)
         std::memcpy(units.data(), data, units.size() * sizeof(char16_t));

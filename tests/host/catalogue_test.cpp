@@ -1,5 +1,5 @@
 // The message catalogue: every message has a text in every language, and a stranger's message is still
-// readable.
+// readable; and the conversions of text.
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -61,6 +61,25 @@ TEST(Catalogue, RaisesMessagesInTheGlobalLocale) {
     EXPECT_EQ(Locale::set_global(before).name(), "de");
     EXPECT_STREQ(exception.what(), "Verzeichnis wurde neu gelesen: x\uFFFD");
     EXPECT_EQ(exception.identifier(), "SORVEN:ovsel:reloadDirCheck");
+}
+
+/// What bytes and units read as is held to ICU by the fuzzed conversions.
+TEST(Text, RefusesWhatHasNoBytesAndEncodingsThatItDoesNotHave) {
+    for (const ustring& units : {ustring{0xD800}, ustring{0xDC00}, ustring{0xDC7F}, ustring{0xDD00},
+                                 ustring{u'a', 0xD800, u'b'}, ustring{0xD800, 0xD800, 0xDC80}}) {
+        EXPECT_THROW(codecvt_ustring_to_narrow_string()(units), CvtInvalidCharacter);
+        EXPECT_THROW(codecvt_ustring_to_string("UTF-8")(units), CvtInvalidCharacter);
+    }
+    for (const char* encoding : {"", "UTF-16", "UTF-81", "ISO-8859-1"}) {
+        EXPECT_THROW(codecvt_ustring_to_string{encoding}, CvtInvalidCharacter);
+        EXPECT_THROW(codecvt_string_to_ustring{encoding}, CvtInvalidCharacter);
+    }
+    EXPECT_EQ(codecvt_ustring_to_string("utf8")(u"\u00e4"), "\xC3\xA4");
+    EXPECT_EQ(to_ustring(nullptr), u"");
+    EXPECT_EQ(codecvt_ascii_to_ustring()("a\x7F"), u"a\x7F");
+    EXPECT_EQ(codecvt_ustring_to_ascii()(u"a\x7F"), "a\x7F");
+    EXPECT_THROW(codecvt_ascii_to_ustring()("a\x80"), CvtInvalidCharacter);
+    EXPECT_THROW(codecvt_ustring_to_ascii()(u"a\x80"), CvtInvalidCharacter);
 }
 
 } // namespace

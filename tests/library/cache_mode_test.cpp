@@ -1,65 +1,14 @@
 #include "cache_fixture.hpp"
 
-#include <algorithm>
 #include <functional>
-#include <random>
 
 #include "ovsel/cache/cachehooks.hpp"
-#include "ovsel/cache/cachetree.hpp"
-#include "ovsel/names/nameequality.hpp"
 #include "ovsel/reading/diritemsiteratorfactory.hpp"
 #include "ovsel/reading/idiritemsiterator.hpp"
 #include "ovsel/reading/vfsmode.hpp"
 
 using namespace Quorrant::ovsel;
 namespace vfs = foundation::storage::vfs;
-
-namespace {
-
-/// A node, what is below it and its later siblings, in the order of a walk.
-void Walk(const CacheDirNode* node, std::vector<const CacheDirNode*>& met) {
-    for (; node; node = node->m_nextSibling.get()) {
-        met.push_back(node);
-        Walk(node->m_firstChild.get(), met);
-    }
-}
-
-} // namespace
-
-TEST(CacheTree, FindsWhatAWalkWouldFind) {
-    std::mt19937 random(7);
-    const std::vector<ustring> names{u"a", u"A", u"b", u"k", u"a\\b", u"", u"CachePath"};
-    const std::vector<ustring> asked{u"a", u"A",         u"b",      u"\u212A", u"a\\b", u"A\\B",
-                                     u"",  u"CachePath", u"\uFB01", u"none",   u"K"};
-    for (int round = 0; round < 50; ++round) {
-        auto root = std::make_unique<CacheDirNode>(u"CachePath");
-        std::vector<CacheDirNode*> all{root.get()};
-        for (std::size_t count = random() % 12; count > 0; --count) {
-            std::unique_ptr<CacheDirNode>* end = &all[random() % all.size()]->m_firstChild;
-            while (*end)
-                end = &(*end)->m_nextSibling;
-            *end = std::make_unique<CacheDirNode>(names[random() % names.size()]);
-            all.push_back(end->get());
-        }
-        std::vector<const CacheDirNode*> nodes;
-        Walk(root.get(), nodes);
-        CacheTree tree(std::move(root));
-        for (std::size_t start = 0; start < nodes.size(); ++start)
-            for (const ustring& name : asked)
-                for (const bool exact : {true, false}) {
-                    std::vector<const CacheDirNode*> met;
-                    Walk(nodes[start], met);
-                    const auto found = std::ranges::find_if(
-                        met, [&](auto* node) { return NamesEqual(node->m_name, name, exact); });
-                    const auto answer = tree.Find(static_cast<CacheTree::Place>(start), name, exact);
-                    ASSERT_EQ(found == met.end() ? nullptr : *found,
-                              answer.found ? &tree.At(*answer.found) : nullptr)
-                        << N(name);
-                    ASSERT_EQ(found - met.begin() + (found == met.end() ? 0 : 1), answer.compares)
-                        << N(name) << " from " << start;
-                }
-    }
-}
 
 TEST_F(Cache, AnswersThePathsHooks) {
     disk.Put("C:", "T/ { unlisted/ { u.sv } disk.d/ } other/ { o.sv }");
