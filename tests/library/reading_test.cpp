@@ -83,12 +83,19 @@ TEST_F(Records, SurviveReloadsAsTheSameObjects) {
     EXPECT_EQ("C.sv", Reload(dir, "C.sv")) << "another spelling is another file";
 }
 
-TEST_F(Records, SplitNamesAtTheLastDot) {
+TEST_F(Records, SplitNamesAtTheLastDotAndKnowTheirSentinel) {
     disk.Put("C:\\A", "foo.;x a.b/");
     const ovDir dir = Add("C:\\A");
     EXPECT_EQ("foo. a.b", Contents(dir)) << "an extension that begins with the mark reads as empty";
     EXPECT_EQ(u".b", ustring(dir->GetSubDirs().at(0)->GetExtension())) << "with its dot, unlike a file's";
     EXPECT_FALSE(path->GetNullDir()->MatchesDiskName(u""));
+    Reload(dir, "@K/ +K/");
+    const auto matching = [&](const char16_t* name) {
+        return std::string(dir->GetClassDirs().at(0)->MatchesDiskName(name) ? "class " : "") +
+               (dir->GetPackageDirs().at(0)->MatchesDiskName(name) ? "package " : "");
+    };
+    EXPECT_EQ("class package ", matching(u"@K") + matching(u"+K") + matching(u"@k") + matching(u"+k") +
+                                    matching(u"K") + matching(u""));
 }
 
 } // namespace
