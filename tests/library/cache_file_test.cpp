@@ -139,9 +139,7 @@ TEST_F(CacheFile, IsReadByHandAsFarAsItsShapesGo) {
     const auto nested = [](int depth) {
         return "<Q>" + Repeat("<D name=\"d\">", depth) + Repeat("</D>", depth) + "</Q>";
     };
-    const struct {
-        std::string text, tree;
-    } rows[] = {
+    const std::pair<std::string, std::string> rows[] = {
         {small, "CachePath{D:a a{D:+p C:x.sv d:s a\\+p{}}}"},
         {root + "</", "CachePath{}"},
         {"", "-"},
@@ -165,8 +163,8 @@ TEST_F(CacheFile, IsReadByHandAsFarAsItsShapesGo) {
         {nested(2049), "-"},
         {std::string(1, '\0') + "\n" + root + std::string(9000, ' ') + "<F name=\"x\"/></", "CachePath{F:x}"},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(row.tree, ByHand(row.text)) << row.text.substr(0, 200);
+    for (const auto& [text, tree] : rows)
+        EXPECT_EQ(tree, ByHand(text)) << text.substr(0, 200);
     EXPECT_NE("-", ByHand(nested(2048)));
     // Behind the slash of the root's end nothing is looked at.
     for (std::size_t length = 0; length <= small.rfind('/'); ++length)
@@ -176,9 +174,7 @@ TEST_F(CacheFile, IsReadByHandAsFarAsItsShapesGo) {
 TEST_F(CacheFile, IsReadAsXmlForWhatItsElementsSay) {
     const std::string parseError = "SORVEN:ovsel:pathCacheXMLParseError";
     const std::string unable = "SORVEN:ovsel:unableToLoadCache";
-    const struct {
-        std::string text, map;
-    } rows[] = {
+    const std::pair<std::string, std::string> rows[] = {
         {small, "a/+p[][][][][] a[a/+p s][][x.sv][][]"},
         {"<Quorrant><Dxyz name=\"a\"><Fine name=\"f\"/></Dxyz><F name=\"g\"/></Quorrant>", "a[][f g][][][]"},
         {"<Quorrant><D name=\"a&amp;\xC3\xA4\"><U name=\"u\"/><N name=\"n\"/></D></Quorrant>",
@@ -198,9 +194,9 @@ TEST_F(CacheFile, IsReadAsXmlForWhatItsElementsSay) {
         {Repeat("<D name=\"a\">", 100000), parseError},
         {"<Quorrant>" + Repeat("<Quorrant>", 1000000), parseError},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(row.map, ByXml(row.text)) << row.text.substr(0, 200);
-        if (row.map == unable)
+    for (const auto& [text, map] : rows) {
+        EXPECT_EQ(map, ByXml(text)) << text.substr(0, 200);
+        if (map == unable)
             EXPECT_EQ(2u, lastArguments.size()) << "the file and the reason";
     }
     // As deep as by hand, and no deeper by what a name says.

@@ -57,9 +57,7 @@ TEST(Descriptors, AbsolutizeANameOrRaiseItsMessage) {
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(tree.Path("a"));
     const std::string lost = "SORVEN:ovsel:cannotAbsolutizePath ";
-    const struct {
-        std::string name, answer;
-    } rows[] = {
+    const std::pair<std::string, std::string> rows[] = {
         {"b", tree.Path("a/b")},
         {".", tree.Path("a")},
         {"b/../+pkg", tree.Path("a/+pkg")},
@@ -70,8 +68,8 @@ TEST(Descriptors, AbsolutizeANameOrRaiseItsMessage) {
         {"Q:\\a", lost + "Q:\\a"},
         {std::string("b\0c", 3), lost + std::string("b\0c", 3)},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(Absolutized(row.name), row.answer) << row.name;
+    for (const auto& [name, answer] : rows)
+        EXPECT_EQ(Absolutized(name), answer) << name;
     std::filesystem::current_path(before);
 }
 

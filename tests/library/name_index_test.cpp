@@ -1,22 +1,6 @@
 #include "support/path_fixture.hpp"
 
-#include "ovsel/names/nameequality.hpp"
-
 namespace {
-
-TEST(NameEquality, FoldsOnlyNamesOfEqualLength) {
-    const std::tuple<const char16_t*, const char16_t*, bool> rows[] = {
-        {u"plot", u"PLOT", true},
-        {u"plot", u"plo", false},
-        {u"\u00c4rger", u"\u00e4rger", true},
-        {u"stra\u00dfe", u"STRASSE", false},
-        {u"\u212a", u"k", true},
-        {u"\u0130", u"i", false},
-        {u"\u00dfs", u"s\u00df", true},
-    };
-    for (const auto& [a, b, equal] : rows)
-        EXPECT_EQ(equal, NamesEqual(a, b, false)) << N(a) << " " << N(b);
-}
 
 class NameIndex : public PathFixture {};
 
