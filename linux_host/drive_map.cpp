@@ -79,14 +79,6 @@ bool StaysBelow(std::string_view path) {
     });
 }
 
-/// The same for what stands behind the root of a name.
-bool StaysBelowRoot(View rest) {
-    std::string path;
-    AppendNarrow(path, rest);
-    std::replace(path.begin(), path.end(), '\\', '/');
-    return StaysBelow(path);
-}
-
 /// Without doubled separators, `.` and a separator at the end.
 std::string Tidied(std::string_view path) {
     std::string tidy;
@@ -201,63 +193,85 @@ const char* TextOf(PathFault fault) {
 
 namespace {
 
-/// Bytes are searched and replaced faster than units, so what can be done on them waits until there are some.
-void UseSlashes(std::string& path, std::size_t from) {
-    while ((from = path.find('\\', from)) != std::string::npos) {
-        path[from++] = '/';
+/// What a path holds behind its root that needs a closer look.
+struct PathMarks {
+    bool dots = false; ///< two in a row
+    bool nul = false;
+};
+
+/// Turns its separators into the system's. One pass without a jump that depends on what is found, since every
+/// question about the disk begins with it.
+PathMarks UseSlashes(std::string& path, std::size_t from) {
+    char* const bytes = path.data();
+    unsigned char dots = 0;
+    unsigned char nul = 0;
+    for (std::size_t i = from; i < path.size(); ++i) {
+        const char byte = bytes[i];
+        dots |= static_cast<unsigned char>((byte == '.') & (bytes[i + 1] == '.')); // NUL stands at the end
+        nul |= static_cast<unsigned char>(byte == '\0');
+        bytes[i] = byte == '\\' ? '/' : byte;
+    }
+    return {dots != 0, nul != 0};
+}
+
+void ResolveAbsolute(const ustring& name, ResolvedPath& result) {
+    const auto refuse = [&](PathFault fault) {
+        result.fault = name.find(u'\0') != ustring::npos ? PathFault::NulInside : fault;
+    };
+    const Root* root = Roots::Get().Find(name);
+    if (root == nullptr) {
+        refuse(PathFault::NoRoot);
+        return;
+    }
+    const std::size_t rootLength = root->folder.size();
+    const View rest = View(name).substr(root->name.size());
+    // The rest begins with the separator that the folder lacks, so that the two only need joining.
+    result.path.reserve(rootLength + rest.size() + 1);
+    result.path = root->folder;
+    const bool isConverted = AppendNarrow(result.path, rest);
+    const PathMarks marks = UseSlashes(result.path, rootLength);
+    if (!isConverted || marks.nul) {
+        refuse(PathFault::Unconvertible);
+        return;
+    }
+    result.fault = PathFault::None;
+    // `..` above the root vanishes; on the disk it would lead out of a folder that a root stands for.
+    if (rootLength != 0 && marks.dots && !StaysBelow(std::string_view(result.path).substr(rootLength))) {
+        ResolveAbsolute(fl::filesystem::canonical(name, {}), result);
+    } else if (result.path.empty()) {
+        result.path.push_back('/');
     }
 }
 
 } // namespace
 
-ResolvedPath ResolveAbsolute(const ustring& name) {
-    const auto refused = [&name](PathFault fault) {
-        return ResolvedPath{{}, name.find(u'\0') != ustring::npos ? PathFault::NulInside : fault};
-    };
-    const Root* root = Roots::Get().Find(name);
-    if (root == nullptr) {
-        return refused(PathFault::NoRoot);
-    }
-    const std::size_t rootLength = root->folder.size();
-    const View rest = View(name).substr(root->name.size());
-    // The rest begins with the separator that the folder lacks, so that the two only need joining.
-    ResolvedPath result;
-    result.path.reserve(rootLength + rest.size() + 1);
-    result.path = root->folder;
-    if (!AppendNarrow(result.path, rest) || result.path.find('\0') != std::string::npos) {
-        return refused(PathFault::Unconvertible);
-    }
-    // `..` above the root vanishes; on the disk it would lead out of a folder that a root stands for.
-    if (rootLength != 0 && result.path.find("..", rootLength) != std::string::npos && !StaysBelowRoot(rest)) {
-        return ResolveAbsolute(fl::filesystem::canonical(name, {}));
-    }
-    UseSlashes(result.path, rootLength);
-    if (result.path.empty()) {
-        result.path.push_back('/');
-    }
-    return result;
-}
-
-ResolvedPath ResolveName(const ustring& name) {
-    ResolvedPath result = ResolveAbsolute(name);
+void ResolveName(const ustring& name, ResolvedPath& result) {
+    ResolveAbsolute(name, result);
     if (result.fault != PathFault::NoRoot || name.empty()) {
-        return result;
+        return;
     }
     // An absolute name without a root stays so; only a relative one is worth asking for the current
     // directory.
     const ustring native = fl::filesystem::make_native_form(name, true);
     if (fl::filesystem::is_absolute(native)) {
-        return result;
+        return;
     }
     try {
-        return ResolveAbsolute(fl::filesystem::absolute(native, {}));
+        ResolveAbsolute(fl::filesystem::absolute(native, {}), result);
     } catch (const fl::filesystem::Failure&) {
-        return result;
+        return;
     }
 }
 
+ResolvedPath ResolveName(const ustring& name) {
+    ResolvedPath result;
+    ResolveName(name, result);
+    return result;
+}
+
 std::optional<std::string> DriveMap::ToPath(const ustring& name) {
-    ResolvedPath result = ResolveAbsolute(name);
+    ResolvedPath result;
+    ResolveAbsolute(name, result);
     return result.fault == PathFault::None ? std::optional(std::move(result.path)) : std::nullopt;
 }
 

@@ -27,12 +27,12 @@ struct ResolvedPath {
     PathFault fault = PathFault::None;
 };
 
-/// The POSIX path of an absolute name, telling the faults apart.
-ResolvedPath ResolveAbsolute(const ustring& name);
-
-/// The same for any name: a relative one is taken against the process's current directory. A name for which
-/// that cannot be had has no root.
+/// The POSIX path of a name, telling the faults apart. A relative one is taken against the process's current
+/// directory; one for which that cannot be had has no root.
 ResolvedPath ResolveName(const ustring& name);
+
+/// The same into @p result, whose memory is used again.
+void ResolveName(const ustring& name, ResolvedPath& result);
 
 /// A drive type of host_interfaces/platform.hpp for `X:\`, `\\server\share` or `\\server\`; a server alone
 /// is remote if any of its mapped shares is.

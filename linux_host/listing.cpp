@@ -270,7 +270,8 @@ class ListingBuilder {
 };
 
 bool Status(const ustring& name, struct stat& status) {
-    const ResolvedPath resolved = ResolveName(name);
+    static thread_local ResolvedPath resolved; // keeps its memory, since thousands are asked in a row
+    ResolveName(name, resolved);
     return resolved.fault == PathFault::None && ::stat(resolved.path.c_str(), &status) == 0;
 }
 

@@ -74,7 +74,14 @@ std::size_t AsciiLength(Source source) {
 template <typename Text, typename Source>
 std::size_t AppendAscii(Text& out, Source source) {
     const std::size_t length = AsciiLength(source);
-    out.append(source.begin(), source.begin() + static_cast<std::ptrdiff_t>(length));
+    const std::size_t before = out.size();
+    out.resize(before + length);
+    // A plain loop between plain pointers, which compilers turn into a few wide steps.
+    auto* const to = out.data() + before;
+    const auto* const from = source.data();
+    for (std::size_t i = 0; i < length; ++i) {
+        to[i] = static_cast<typename Text::value_type>(from[i]);
+    }
     return length;
 }
 
