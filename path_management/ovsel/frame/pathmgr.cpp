@@ -141,13 +141,11 @@ void PathMgr::SetIOFcns(ovReadDirectoryFcn readDirectory, ovDirAccessibilityFcn 
 // of service gets a null handle.
 
 char16_t* PathMgr::ReadDirectory(const ustring& name, unsigned short** attributes) {
-    const ovPath self(this);
-    return m_hooks.m_readDirectoryFcn(self, name, attributes);
+    return m_hooks.m_readDirectoryFcn(ovPath(this), name, attributes);
 }
 
 ovDirAccessibility PathMgr::GetDirAccessibility(const ustring& name) {
-    const ovPath self(this);
-    return m_hooks.m_dirAccessibilityFcn(self, name);
+    return m_hooks.m_dirAccessibilityFcn(ovPath(this), name);
 }
 
 bool PathMgr::DirExistsIRI(const vfs::AbsoluteIRI& location) {
@@ -160,14 +158,10 @@ bool PathMgr::DirExists(const ustring& name) {
         return m_dirItemsIteratorFactory &&
                m_dirItemsIteratorFactory->FolderExists(vfs::toAbsoluteIRI(u"file", native));
     }
-    const ovPath self(this);
-    return m_hooks.m_dirExistsFcn(self, name);
+    return m_hooks.m_dirExistsFcn(ovPath(this), name);
 }
 
-long PathMgr::GetFileTime(const ustring& name) {
-    const ovPath self(this);
-    return m_hooks.m_fileTimeFcn(self, name);
-}
+long PathMgr::GetFileTime(const ustring& name) { return m_hooks.m_fileTimeFcn(ovPath(this), name); }
 
 int PathMgr::RegisterInterest(InterestFcn callback) { return m_interests.Register(std::move(callback)); }
 

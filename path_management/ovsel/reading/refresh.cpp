@@ -98,10 +98,30 @@ class KeptFrozen {
 /// Visits the children that there are now and that no callback has taken away when their turn comes.
 template <class Child, class Visit>
 void ForEachChild(const std::vector<Child*>& children, Visit visit) {
+    if (children.empty())
+        return;
     const std::vector<ovDir> held(children.begin(), children.end());
     for (const ovDir& child : held)
         if (*child && child->IsLinked())
             visit(static_cast<Child&>(**child));
+}
+
+/// The same for all directories of a path. A question to the disk ends the processor's own looking ahead, and
+/// thousands of records do not lie in its caches, so what the next visits touch is fetched during this one.
+template <class Visit>
+void ForEachEntry(const std::vector<PathDirItemInfo*>& entries, Visit visit) {
+    const std::vector<ovDir> held(entries.begin(), entries.end());
+    const auto entry = [&held](std::size_t at) {
+        return at < held.size() ? static_cast<PathDirItemInfo*>(*held[at]) : nullptr;
+    };
+    for (std::size_t i = 0; i < held.size(); ++i) {
+        if (const PathDirItemInfo* afterNext = entry(i + 2))
+            afterNext->FetchAhead();
+        if (const PathDirItemInfo* next = entry(i + 1))
+            next->FetchNameAhead();
+        if (PathDirItemInfo* const current = entry(i); current && current->IsLinked())
+            visit(*current);
+    }
 }
 
 /// What of @p entries is among @p present too, in their order. Looks at none, since the others may have gone.
@@ -171,7 +191,6 @@ bool PathAllDirItemInfo::Refresh(const RefreshOptions& options) {
     }
     const DirState before = m_state;
     const KeptFrozen kept(m_state);
-    const UnsettledByThrow unsettled(GetManager());
     const bool checks = IsCheck(options.type);
     const bool wanted = checks ? before != DirFrozen && IsChanged()
                                : options.type == ovRefreshReloadFrozen ||
@@ -214,6 +233,7 @@ void PathAllDirItemInfo::RefreshDirectory(ovDirRefreshType type) {
     if (m_dirType == ovDirTypeNull || !IsLinked())
         return;
     const ChangeChecks checks;
+    const UnsettledByThrow unsettled(GetManager());
     const Placing placing(GetPathDir());
     Refresh(OptionsFor(type, false));
 }
@@ -238,7 +258,7 @@ void PathInfo::RefreshAllDirectories(ovDirRefreshType type) {
 void PathInfo::RefreshAllEntries(ovDirRefreshType type) {
     const UnsettledByThrow unsettled(m_manager);
     m_manager->SetSettled(true);
-    ForEachChild(m_entries, [&](PathDirItemInfo& entry) { entry.RefreshTree(type); });
+    ForEachEntry(m_entries, [&](PathDirItemInfo& entry) { entry.RefreshTree(type); });
 }
 
 /// @pre the path is settled
@@ -316,6 +336,7 @@ void PathAllDirItemInfo::SetFrozenOne(bool freeze, const RefreshOptions& options
         return;
     }
     if (m_state != DirLoaded) {
+        const UnsettledByThrow unsettled(GetManager());
         const Placing placing(GetPathDir());
         Refresh(options);
     }
