@@ -8,6 +8,7 @@
 #include <optional>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "host_interfaces/filesystem.hpp"
 #include "host_interfaces/text.hpp"
@@ -40,10 +41,10 @@ class LineSource {
 
     /// The next byte, or EndOfFile. What stands behind a NUL in its line is not seen.
     int Take() {
-        while (m_line[m_index] == '\0')
-            if (!FillLine())
+        while (m_next == m_seenEnd)
+            if (!BeginLine())
                 return EndOfFile;
-        return static_cast<unsigned char>(m_line[m_index++]);
+        return static_cast<unsigned char>(*m_next++);
     }
 
     /// Passes everything up to @p wanted and that too. @return false at the end of the file.
@@ -56,14 +57,14 @@ class LineSource {
     template <class Use>
     bool TakePast(char wanted, Use use) {
         do {
-            const char* const rest = m_line.data() + m_index;
-            if (const char* const found = std::strchr(rest, wanted)) {
-                m_index = static_cast<std::size_t>(found - m_line.data()) + 1;
+            const char* const rest = m_next;
+            if (const char* const found = Find(wanted, m_seenEnd)) {
+                m_next = found + 1;
                 return use(std::string_view(rest, found));
             }
-            if (!use(std::string_view(rest)))
+            if (!use(std::string_view(rest, m_seenEnd)))
                 return false;
-        } while (FillLine());
+        } while (BeginLine());
         return false;
     }
 
@@ -76,17 +77,52 @@ class LineSource {
     }
 
   private:
-    bool FillLine() {
-        m_index = 0;
-        m_line[0] = '\0';
-        return std::fgets(m_line.data(), LineBytes, m_file.get()) != nullptr;
+    /// Longer lines count as several.
+    static constexpr std::ptrdiff_t MostLineBytes = 4094;
+    static constexpr std::size_t BlockBytes = 64 * 1024;
+
+    /// The first @p wanted from here to @p end, or null.
+    const char* Find(char wanted, const char* end) const {
+        return static_cast<const char*>(std::memchr(m_next, wanted, static_cast<std::size_t>(end - m_next)));
     }
 
-    static constexpr int LineBytes = 4095;
+    const char* FindLineEnd() const {
+        const char* const most = m_next + std::min(m_filled - m_next, MostLineBytes);
+        const char* const found = Find('\n', most);
+        return found ? found + 1 : most;
+    }
+
+    /// @return false at the end of the file.
+    bool BeginLine() {
+        m_next = m_lineEnd;
+        if (!m_isReadWhole && m_filled - m_next < MostLineBytes)
+            FillBlock();
+        m_lineEnd = FindLineEnd();
+        const char* const nul = m_holdsNul ? Find('\0', m_lineEnd) : nullptr;
+        m_seenEnd = nul ? nul : m_lineEnd;
+        return m_next != m_lineEnd;
+    }
+
+    /// Moves what is left of the block to its beginning, and fills the rest from the file.
+    void FillBlock() {
+        const auto left = static_cast<std::size_t>(m_filled - m_next);
+        std::memmove(m_block.data(), m_next, left);
+        const std::size_t room = m_block.size() - left;
+        const std::size_t taken = std::fread(m_block.data() + left, 1, room, m_file.get());
+        m_isReadWhole = taken < room;
+        m_next = m_block.data();
+        m_filled = m_next + left + taken;
+        m_holdsNul = Find('\0', m_filled) != nullptr;
+    }
 
     FileHandle m_file;
-    std::array<char, LineBytes + 1> m_line{};
-    std::size_t m_index = 0;
+    std::vector<char> m_block = std::vector<char>(BlockBytes);
+    const char* m_filled = m_block.data(); ///< the end of what has been read
+    const char* m_next = m_filled;         ///< what is taken next
+    const char* m_seenEnd = m_filled;      ///< the end of what is seen of the line
+    const char* m_lineEnd = m_filled;      ///< where the next line begins
+    bool m_holdsNul = false;               ///< the block does, somewhere
+    bool m_isReadWhole = false;
 };
 
 /// Recursive descent over directory blocks. Every step answers false for contents that are not a cache's.
