@@ -81,10 +81,15 @@ Turn PollOften(const Watcher& watcher, const std::vector<std::uint8_t>& flags) {
     });
 }
 
-/// From the creation of a file in one of the path's folders, another one each time, to the answer about it.
-Turn FollowNewFile(const ovPath& path, const Workload& work) {
+/// Another one each time, so that neither side finds its folder in the caches.
+const std::string& NextFolder(const Workload& work) {
     static std::size_t next = 0;
-    const std::string file = work.folders[next++ % work.folders.size()] + newFile;
+    return work.folders[next++ % work.folders.size()];
+}
+
+/// From the creation of a file in one of the path's folders to the answer about it.
+Turn FollowNewFile(const ovPath& path, const Workload& work) {
+    const std::string file = NextFolder(work) + newFile;
     const ustring name = u"newcomer";
     ::mknod(file.c_str(), S_IFREG | 0600, 0);
     Turn turn = Measure(1, [&] {
@@ -97,8 +102,10 @@ Turn FollowNewFile(const ovPath& path, const Workload& work) {
     return turn;
 }
 
-/// What a program has to do that follows one folder and nothing else.
-Turn FollowNewFileBare(const Watcher& watcher, const std::string& folder) {
+/// What a program has to do that follows the same folders and keeps nothing.
+/// @pre @p watcher has nothing to read
+Turn FollowNewFileBare(const Watcher& watcher, const ovPath& path, const Workload& work) {
+    const std::string& folder = NextFolder(work);
     const std::string file = folder + newFile;
     ::mknod(file.c_str(), S_IFREG | 0600, 0);
     const Turn turn = Measure(filesPerFolder + 1, [&]() -> std::size_t {
@@ -108,6 +115,7 @@ Turn FollowNewFileBare(const Watcher& watcher, const std::string& folder) {
         return ListBare({folder});
     });
     ::unlink(file.c_str());
+    ovRefreshAllDirectories(path, ovRefreshCheck);
     watcher.Read();
     return turn;
 }
@@ -122,7 +130,7 @@ Turn StatEach(const std::vector<std::string>& folders) {
     });
 }
 
-void PrintNotified(Table& rows, const Tree& tree, const Workload& work) {
+void PrintNotified(Table& rows, const Workload& work) {
     constexpr int refreshes = 20;
     const ovPath path = NewPath();
     AddFolders(path, work.folderNames);
@@ -137,11 +145,15 @@ void PrintNotified(Table& rows, const Tree& tree, const Workload& work) {
     rows.PrintRatio("quiet_notified", {15, 100}, ours, limit(0));
     rows.PrintRatio("quiet_and_walk", {}, ours, limit(folderCount));
 
-    // A folder like the others beside the path, since the library is not to notice it.
-    tree.AddFiles("beside", NumberedNames(filesPerFolder));
-    watcher.Watch(tree.Path("beside"));
-    rows.PrintRatio("new_file", {6, 15}, {1, [&] { return FollowNewFile(path, work); }},
-                    {1, [&] { return FollowNewFileBare(watcher, tree.Path("beside")); }});
+    for (const std::string& folder : work.folders)
+        watcher.Watch(folder);
+    const auto follow = [&] {
+        const Turn turn = FollowNewFile(path, work);
+        watcher.Read();
+        return turn;
+    };
+    rows.PrintRatio("new_file", {6, 15}, {1, follow},
+                    {1, [&] { return FollowNewFileBare(watcher, path, work); }});
 }
 
 /// The same folders on a drive that reports no changes.
@@ -198,7 +210,7 @@ void PrintReload(Table& rows, const Tree& tree) {
 void RunChanges(Table& rows) {
     const Tree tree;
     const Workload work(tree, "followed", {folderCount, filesPerFolder, 0, 0, 0});
-    PrintNotified(rows, tree, work);
+    PrintNotified(rows, work);
     PrintByTime(rows, tree, work);
     PrintReload(rows, tree);
 }
