@@ -105,8 +105,9 @@ class DirScopeNameIteratorImpl final : public NameIteratorImpl {
 /// One of the three, in place: a lookup allocates no iterator.
 class NameIterator {
   public:
-    template <class Impl>
-    explicit NameIterator(Impl impl) : m_impl(std::move(impl)) {}
+    template <class Impl, class... Arguments>
+    explicit NameIterator(std::in_place_type_t<Impl> impl, Arguments&&... arguments)
+        : m_impl(impl, std::forward<Arguments>(arguments)...) {}
 
     PathItemInfo* Next(CategoryMask categories, std::uint32_t itemKinds) {
         return std::visit([&](auto& impl) { return impl.Next(categories, itemKinds); }, m_impl);

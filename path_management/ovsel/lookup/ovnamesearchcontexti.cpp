@@ -23,8 +23,8 @@ void ovNameSearchContextI::BuildIterators() {
 void ovNameSearchContextI::AppendIterators() {
     IPathManager& manager = **m_path;
     const auto general = [&] {
-        m_iterators.emplace_back(
-            GeneralNameIteratorImpl(manager, m_nameInfo, m_name, m_scope, m_caseSensitive));
+        m_iterators.emplace_back(std::in_place_type<GeneralNameIteratorImpl>, manager, m_nameInfo, m_name,
+                                 m_scope, m_caseSensitive);
     };
     const auto ownPrivate = [&] {
         if (*m_dir && m_dir->GetPrivateDir())
@@ -38,7 +38,8 @@ void ovNameSearchContextI::AppendIterators() {
         break;
     case SearchScopeVisible:
         ownPrivate();
-        m_iterators.emplace_back(ConstructorNameIteratorImpl(manager, m_nameInfo, m_name, m_caseSensitive));
+        m_iterators.emplace_back(std::in_place_type<ConstructorNameIteratorImpl>, manager, m_nameInfo, m_name,
+                                 m_caseSensitive);
         general();
         break;
     case SearchScopePrivate:
@@ -52,7 +53,8 @@ void ovNameSearchContextI::AppendIterators() {
 }
 
 void ovNameSearchContextI::AppendDirScope(const ovDir& dir) {
-    m_iterators.emplace_back(DirScopeNameIteratorImpl(**m_path, m_nameInfo, m_name, dir, m_caseSensitive));
+    m_iterators.emplace_back(std::in_place_type<DirScopeNameIteratorImpl>, **m_path, m_nameInfo, m_name, dir,
+                             m_caseSensitive);
 }
 
 PathItemInfo* ovNameSearchContextI::NextItem() {

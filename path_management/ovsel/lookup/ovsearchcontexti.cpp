@@ -1,7 +1,6 @@
 #include "ovsel/lookup/ovsearchcontexti.hpp"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <utility>
 
@@ -37,16 +36,25 @@ constexpr char16_t separatorUnit = fl::filesystem::PATHNAME_SEPARATOR[0];
 
 char16_t ToLower(char16_t c) { return c < 0x80 ? static_cast<char16_t>(std::tolower(c)) : c; }
 
-/// As the text layer converts it, which is asked only about what is long or not plain.
-ustring WideExtension(const char* extension) {
-    std::array<char16_t, 8> units{};
-    std::size_t length = 0;
+/// Has it nothing but ASCII? Then every text layer converts it alike.
+bool IsPlain(const char* text) {
     // Signed, whatever plain char is here: what is not plain is below zero.
-    for (; length < units.size() && static_cast<signed char>(extension[length]) > 0; ++length)
-        units[length] = static_cast<char16_t>(extension[length]);
-    if (length < units.size() && extension[length] == '\0')
-        return {units.data(), length};
-    return fl::i18n::codecvt_ascii_to_ustring()(extension);
+    while (static_cast<signed char>(*text) > 0)
+        ++text;
+    return *text == '\0';
+}
+
+/// Written in place unit by unit: to copy units that were only just written, several at a time, the processor
+/// has to wait for them.
+template <class Texts>
+void AddExtension(Texts& extensions, const char* extension) {
+    if (!IsPlain(extension)) {
+        extensions.push_back(fl::i18n::codecvt_ascii_to_ustring()(extension));
+        return;
+    }
+    ustring& wide = extensions.emplace_back();
+    for (; *extension != '\0'; ++extension)
+        wide.push_back(static_cast<char16_t>(*extension));
 }
 
 bool ResolveRule(ovCaseSensitivity rule, const ovPath& path) {
@@ -66,7 +74,7 @@ ovSearchContextI::ovSearchContextI(const SearchQuestion& question)
 
 const ovSearchContextI::Extensions& ovSearchContextI::GetExtensions() const {
     for (ovExtensionList next = std::exchange(m_givenExtensions, nullptr); next && *next; ++next)
-        m_extensions.push_back(WideExtension(**next == '.' ? *next + 1 : *next));
+        AddExtension(m_extensions, **next == '.' ? *next + 1 : *next);
     return m_extensions;
 }
 
@@ -74,7 +82,8 @@ const ovSearchContextI::Extensions& ovSearchContextI::GetExtensions() const {
 void ovSearchContextI::TakeName(std::u16string_view name) {
     m_text.assign(name.begin(), name.end());
     m_name = {m_text.data(), m_text.size()};
-    if (HoldsAny(m_name, u'.', u'/', separatorUnit)) {
+    // Looked for where it has been for a while, see AddExtension.
+    if (HoldsAny(name, u'.', u'/', separatorUnit)) {
         std::replace(m_text.begin(), m_text.end(), u'/', separatorUnit);
         m_name = SplitName(m_name);
     }

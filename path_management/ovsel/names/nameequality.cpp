@@ -27,6 +27,19 @@ bool FoldedEqual(std::u16string_view a, std::u16string_view b) {
     return U_SUCCESS(status) && order == 0;
 }
 
+/// @pre @p a and @p b have the same length
+bool HaveSameUnits(std::u16string_view a, std::u16string_view b) {
+    constexpr std::size_t fewUnits = 4;
+    if (a.size() > fewUnits)
+        return std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
+    // The extensions that a search wants were written unit by unit a moment ago, and a processor cannot read
+    // several such in one step before they have left for the caches.
+    for (std::size_t i = 0; i < a.size(); ++i)
+        if (a[i] != b[i])
+            return false;
+    return true;
+}
+
 char16_t LowerAscii(char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c; }
 
 } // namespace
@@ -34,9 +47,7 @@ char16_t LowerAscii(char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<ch
 bool NamesEqual(std::u16string_view a, std::u16string_view b, bool caseSensitive) {
     if (a.size() != b.size())
         return false;
-    if (a.empty())
-        return true;
-    const bool same = std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
+    const bool same = HaveSameUnits(a, b);
     if (same || caseSensitive)
         return same;
     // ASCII folds to ASCII, so the full comparison is needed only from the first other unit on; but folding
