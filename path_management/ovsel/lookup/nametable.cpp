@@ -13,7 +13,7 @@ PathNameInfo* NameTable::Add(std::u16string_view name, std::int32_t& spelling) {
         return found->info;
     }
     auto info = PathNameInfo::Create(m_pool, name);
-    m_slots.insert({key.GetHash(), info.get()});
+    m_slots.emplace(key.GetHash(), info.get());
     m_isAscii = m_isAscii && key.IsAscii();
     spelling = 0;
     return info.release();

@@ -41,6 +41,12 @@ class NameTable {
   private:
     /// The hash stands in the slot, so that neither a growing table nor a miss looks at an entry.
     struct Slot {
+        Slot(std::uint64_t nameHash, PathNameInfo* entry) : hash(nameHash), info(entry) {}
+        /// By the fields, as it was made: in one step, a processor would wait for both to leave for the
+        /// caches.
+        Slot(const Slot& other) : hash(other.hash), info(other.info) {}
+        Slot& operator=(const Slot& other) = default;
+
         std::uint64_t hash;
         PathNameInfo* info;
     };

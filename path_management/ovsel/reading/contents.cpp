@@ -12,7 +12,7 @@
 #include "ovsel/model/pathprivatediriteminfo.hpp"
 #include "ovsel/model/pathsubdiriteminfo.hpp"
 #include "ovsel/names/makeroom.hpp"
-#include "ovsel/names/pathnames.hpp"
+#include "ovsel/names/unitwords.hpp"
 #include "ovsel/reading/dirreader.hpp"
 #include "ovsel/reading/idiritemsiterator.hpp"
 #include "ovsel/reading/reloadindex.hpp"
@@ -194,7 +194,7 @@ void PathAllDirItemInfo::ReloadContents(IDirItemsIterator& items, const RefreshO
 void PathAllDirItemInfo::AddFile(const DirItemInfo& entry, std::uint32_t fileKind) {
     MakeRoom(m_files);
     const std::u16string_view name = entry.name;
-    if (LastNameSplit(name) == std::u16string_view::npos) {
+    if (!HoldsAny(name, u'\\', u'/', u':')) {
         const std::u16string_view stem = name.substr(0, name.rfind(u'.'));
         m_files.push_back(new (GetManager())
                               PathFileItemInfo(GetManager(), this, stem, name, entry.confirmed, fileKind));
