@@ -81,7 +81,7 @@ Turn PollOften(const Watcher& watcher, const std::vector<std::uint8_t>& flags) {
     });
 }
 
-/// Another one each time, so that neither side finds its folder in the caches.
+/// Another one each time, so that the processor has no side's folder in its caches.
 const std::string& NextFolder(const Workload& work) {
     static std::size_t next = 0;
     return work.folders[next++ % work.folders.size()];

@@ -199,13 +199,14 @@ struct PathMarks {
     bool nul = false;
 };
 
-/// Turns its separators into the system's. One pass without a jump that depends on what is found, since every
-/// question about the disk begins with it.
+/// Turns its separators into the system's. Every question about the disk begins with it, so the loop is one
+/// that compilers turn into a few wide steps: no jump depends on what is found, and no store moves its end.
 PathMarks UseSlashes(std::string& path, std::size_t from) {
     char* const bytes = path.data();
+    const std::size_t size = path.size();
     unsigned char dots = 0;
     unsigned char nul = 0;
-    for (std::size_t i = from; i < path.size(); ++i) {
+    for (std::size_t i = from; i < size; ++i) {
         const char byte = bytes[i];
         dots |= static_cast<unsigned char>((byte == '.') & (bytes[i + 1] == '.')); // NUL stands at the end
         nul |= static_cast<unsigned char>(byte == '\0');
@@ -234,38 +235,36 @@ void ResolveAbsolute(const ustring& name, ResolvedPath& result) {
         refuse(PathFault::Unconvertible);
         return;
     }
-    result.fault = PathFault::None;
     // `..` above the root vanishes; on the disk it would lead out of a folder that a root stands for.
     if (rootLength != 0 && marks.dots && !StaysBelow(std::string_view(result.path).substr(rootLength))) {
         ResolveAbsolute(fl::filesystem::canonical(name, {}), result);
-    } else if (result.path.empty()) {
+        return;
+    }
+    if (result.path.empty()) {
         result.path.push_back('/');
     }
+    result.fault = PathFault::None;
 }
 
 } // namespace
 
-void ResolveName(const ustring& name, ResolvedPath& result) {
+ResolvedPath ResolveName(const ustring& name) {
+    ResolvedPath result;
     ResolveAbsolute(name, result);
     if (result.fault != PathFault::NoRoot || name.empty()) {
-        return;
+        return result;
     }
     // An absolute name without a root stays so; only a relative one is worth asking for the current
     // directory.
     const ustring native = fl::filesystem::make_native_form(name, true);
     if (fl::filesystem::is_absolute(native)) {
-        return;
+        return result;
     }
     try {
         ResolveAbsolute(fl::filesystem::absolute(native, {}), result);
     } catch (const fl::filesystem::Failure&) {
-        return;
+        result.fault = PathFault::NoRoot;
     }
-}
-
-ResolvedPath ResolveName(const ustring& name) {
-    ResolvedPath result;
-    ResolveName(name, result);
     return result;
 }
 

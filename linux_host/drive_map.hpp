@@ -31,9 +31,6 @@ struct ResolvedPath {
 /// directory; one for which that cannot be had has no root.
 ResolvedPath ResolveName(const ustring& name);
 
-/// The same into @p result, whose memory is used again.
-void ResolveName(const ustring& name, ResolvedPath& result);
-
 /// A drive type of host_interfaces/platform.hpp for `X:\`, `\\server\share` or `\\server\`; a server alone
 /// is remote if any of its mapped shares is.
 std::uint32_t RootType(const ustring& root);

@@ -270,8 +270,7 @@ class ListingBuilder {
 };
 
 bool Status(const ustring& name, struct stat& status) {
-    static thread_local ResolvedPath resolved; // keeps its memory, since thousands are asked in a row
-    ResolveName(name, resolved);
+    const ResolvedPath resolved = ResolveName(name);
     return resolved.fault == PathFault::None && ::stat(resolved.path.c_str(), &status) == 0;
 }
 

@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
-#include <new>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -92,12 +93,20 @@ class LineSource {
         return found ? found + 1 : most;
     }
 
+    /// May the line have been longer? A file that cannot be read to its end ends before such a line.
+    bool IsCutShort() const {
+        return m_lineEnd == m_filled && m_lineEnd - m_next < MostLineBytes &&
+               (m_lineEnd == m_next || m_lineEnd[-1] != '\n');
+    }
+
     /// @return false at the end of the file.
     bool BeginLine() {
         m_next = m_lineEnd;
         if (!m_isReadWhole && m_filled - m_next < MostLineBytes)
             FillBlock();
         m_lineEnd = FindLineEnd();
+        if (std::ferror(m_file.get()) && IsCutShort())
+            m_filled = m_lineEnd = m_next;
         const char* const nul = m_holdsNul ? Find('\0', m_lineEnd) : nullptr;
         m_seenEnd = nul ? nul : m_lineEnd;
         return m_next != m_lineEnd;

@@ -137,8 +137,8 @@ void PathMgr::SetIOFcns(ovReadDirectoryFcn readDirectory, ovDirAccessibilityFcn 
         IOHooks::Merge({readDirectory, dirAccessibility, reserved, dirExists, fileTime}, IOHooks::Defaults());
 }
 
-// In each of the calls of a hook, the handle keeps this object alive while the hook runs; a hook called out
-// of service gets a null handle.
+// In each of the calls of a hook, its handle keeps this object alive until it returns or lets go, so nothing
+// here is touched behind it; a hook called out of service gets a null handle.
 
 char16_t* PathMgr::ReadDirectory(const ustring& name, unsigned short** attributes) {
     return m_hooks.m_readDirectoryFcn(ovPath(this), name, attributes);

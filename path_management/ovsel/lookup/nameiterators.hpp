@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <span>
+#include <utility>
 #include <variant>
 
 #include <ovsel/handles.hpp>

@@ -44,8 +44,8 @@ bool IsPlain(const char* text) {
     return *text == '\0';
 }
 
-/// Written in place unit by unit: to copy units that were only just written, several at a time, the processor
-/// has to wait for them.
+/// Written where it stays. A copy would read several units in one step that were written one by one a moment
+/// ago, and the processor would have to wait until they are in its caches.
 template <class Texts>
 void AddExtension(Texts& extensions, const char* extension) {
     if (!IsPlain(extension)) {
@@ -82,7 +82,8 @@ const ovSearchContextI::Extensions& ovSearchContextI::GetExtensions() const {
 void ovSearchContextI::TakeName(std::u16string_view name) {
     m_text.assign(name.begin(), name.end());
     m_name = {m_text.data(), m_text.size()};
-    // Looked for where it has been for a while, see AddExtension.
+    // In the caller's text: the copy was only just written, and several units of it are read in one step
+    // here.
     if (HoldsAny(name, u'.', u'/', separatorUnit)) {
         std::replace(m_text.begin(), m_text.end(), u'/', separatorUnit);
         m_name = SplitName(m_name);

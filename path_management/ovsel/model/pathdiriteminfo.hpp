@@ -48,19 +48,19 @@ class PathDirItemInfo : public PathAllDirItemInfo {
     /// Takes the record out of the index of full names, before it leaves its chain.
     void LeaveFullNameIndex();
 
-    /// Notes an item that stands at the head of its chain and has not been put in its place.
     /// Has the processor fetch what a check will touch, the name's text not included, and go on meanwhile.
     void FetchAhead() const {
-        for (std::size_t at = 0; at < sizeof *this; at += CacheLine)
+        for (std::size_t at = 0; at <= sizeof *this; at += CacheLine)
             __builtin_prefetch(reinterpret_cast<const char*>(this) + at);
     }
-    /// The same for the text, which can only be found once the rest is there.
+    /// The same for the text of the name, which can only be found once the rest is there.
     void FetchNameAhead() const {
         const char* const text = reinterpret_cast<const char*>(m_fullName.data());
         __builtin_prefetch(text);
         __builtin_prefetch(text + CacheLine);
     }
 
+    /// Notes an item that stands at the head of its chain and has not been put in its place.
     void AddPendingItem(PathItemInfo* item) { m_pendingItems.push_back(item); }
     /// So that the next item can be noted without fail.
     void MakeRoomForPendingItem() { MakeRoom(m_pendingItems, 64); }

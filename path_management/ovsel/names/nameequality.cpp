@@ -32,8 +32,7 @@ bool HaveSameUnits(std::u16string_view a, std::u16string_view b) {
     constexpr std::size_t fewUnits = 4;
     if (a.size() > fewUnits)
         return std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
-    // The extensions that a search wants were written unit by unit a moment ago, and a processor cannot read
-    // several such in one step before they have left for the caches.
+    // Unit by unit, as a search has only just written the extensions that it wants.
     for (std::size_t i = 0; i < a.size(); ++i)
         if (a[i] != b[i])
             return false;
