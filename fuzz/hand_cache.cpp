@@ -59,12 +59,36 @@ void CheckFinding(std::unique_ptr<CacheDirNode> root, std::vector<ustring> names
             }
 }
 
+/// The lines that can be read although the reading fails at the end. Longer ones count as several.
+std::string WholeLines(const std::string& bytes) {
+    constexpr std::size_t mostLineBytes = 4094;
+    for (std::size_t at = 0;;) {
+        const std::size_t end = std::min(bytes.find('\n', at), at + mostLineBytes - 1);
+        if (end >= bytes.size())
+            return bytes.substr(0, at);
+        at = end + 1;
+    }
+}
+
+void CheckFailing() {
+    cache_session::g_readingFails = true;
+    const auto failing = Quorrant::ovsel::ReadCacheFileByHand("cache");
+    cache_session::g_readingFails = false;
+    const std::string whole = std::exchange(cache_session::g_file, WholeLines(cache_session::g_file));
+    const auto cut = Quorrant::ovsel::ReadCacheFileByHand("cache");
+    cache_session::g_file = whole;
+    Expect(failing.reachedContents == cut.reachedContents && failing.directoryCount == cut.directoryCount &&
+               (failing.root == nullptr) == (cut.root == nullptr),
+           "a file that cannot be read to its end ends behind its last whole line");
+}
+
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static cache_session::Session session("");
     cache_session::g_file.assign(data, data + size);
     auto reading = Quorrant::ovsel::ReadCacheFileByHand("cache");
+    CheckFailing();
     if (!reading.root)
         return 0;
     std::vector<ustring> dirs;

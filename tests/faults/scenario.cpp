@@ -35,6 +35,7 @@ class Scenario {
                    "L/cwd/private/plot.sv L/other/plot.sv L/other/K.p L/other/@K/K.sv L/A/plot.sv L/A/plot.p "
                    "L/A/K.sv L/A/data/ L/A/@K/K.sv L/A/@K/draw.sv L/A/@K/private/draw.sv L/A/+pkg/plot.sv "
                    "L/A/+pkg/@K/K.sv L/A/+pkg/+in/draw.sv L/A/private/draw.sv R/B/plot.sv R/B/extra.sv "
+                   "L/A/+pkg/private/draw.sv L/A/+pkg/+in/@K/K.sv "
                    "R/B/@K/K.sv R/B/@K/K.p L/tool/\u00e9/tone.sv L/tool/\u00e9/K.sv "
                    "L/tool/\u00e9/+wave/plot.sv L/A/@K/" +
                    longName + " " + inF + "plot.sv");
