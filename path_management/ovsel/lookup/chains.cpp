@@ -138,7 +138,8 @@ void PathDirItemInfo::PlacePendingItems() {
         return;
     for (PathItemInfo* item : m_pendingItems)
         item->PlaceInChain();
-    m_pendingItems = {}; // a directory is filled once; the room would stay for good
+    // With its room, which an assigned {} would leave: a directory is filled once.
+    std::vector<PathItemInfo*>().swap(m_pendingItems);
 }
 
 /// All of them lose their places before the first gets a new one: none that is still where its directory was
