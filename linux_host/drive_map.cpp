@@ -215,42 +215,39 @@ PathMarks UseSlashes(std::string& path, std::size_t from) {
     return {dots != 0, nul != 0};
 }
 
-void ResolveAbsolute(const ustring& name, ResolvedPath& result) {
-    const auto refuse = [&](PathFault fault) {
-        result.fault = name.find(u'\0') != ustring::npos ? PathFault::NulInside : fault;
+ResolvedPath ResolveAbsolute(const ustring& name) {
+    const auto refused = [&name](PathFault fault) {
+        return ResolvedPath{{}, name.find(u'\0') != ustring::npos ? PathFault::NulInside : fault};
     };
     const Root* root = Roots::Get().Find(name);
     if (root == nullptr) {
-        refuse(PathFault::NoRoot);
-        return;
+        return refused(PathFault::NoRoot);
     }
     const std::size_t rootLength = root->folder.size();
     const View rest = View(name).substr(root->name.size());
     // The rest begins with the separator that the folder lacks, so that the two only need joining.
+    ResolvedPath result;
     result.path.reserve(rootLength + rest.size() + 1);
     result.path = root->folder;
     const bool isConverted = AppendNarrow(result.path, rest);
     const PathMarks marks = UseSlashes(result.path, rootLength);
     if (!isConverted || marks.nul) {
-        refuse(PathFault::Unconvertible);
-        return;
+        return refused(PathFault::Unconvertible);
     }
     // `..` above the root vanishes; on the disk it would lead out of a folder that a root stands for.
     if (rootLength != 0 && marks.dots && !StaysBelow(std::string_view(result.path).substr(rootLength))) {
-        ResolveAbsolute(fl::filesystem::canonical(name, {}), result);
-        return;
+        return ResolveAbsolute(fl::filesystem::canonical(name, {}));
     }
     if (result.path.empty()) {
         result.path.push_back('/');
     }
-    result.fault = PathFault::None;
+    return result;
 }
 
 } // namespace
 
 ResolvedPath ResolveName(const ustring& name) {
-    ResolvedPath result;
-    ResolveAbsolute(name, result);
+    ResolvedPath result = ResolveAbsolute(name);
     if (result.fault != PathFault::NoRoot || name.empty()) {
         return result;
     }
@@ -261,16 +258,14 @@ ResolvedPath ResolveName(const ustring& name) {
         return result;
     }
     try {
-        ResolveAbsolute(fl::filesystem::absolute(native, {}), result);
+        return ResolveAbsolute(fl::filesystem::absolute(native, {}));
     } catch (const fl::filesystem::Failure&) {
-        result.fault = PathFault::NoRoot;
+        return result;
     }
-    return result;
 }
 
 std::optional<std::string> DriveMap::ToPath(const ustring& name) {
-    ResolvedPath result;
-    ResolveAbsolute(name, result);
+    ResolvedPath result = ResolveAbsolute(name);
     return result.fault == PathFault::None ? std::optional(std::move(result.path)) : std::nullopt;
 }
 
