@@ -264,6 +264,35 @@ ResolvedPath ResolveName(const ustring& name) {
     }
 }
 
+DiskPath::DiskPath(const ustring& name) {
+    const Root* const root = Roots::Get().Find(name);
+    m_isUsual = root != nullptr && TakeUsual(View(name).substr(root->name.size()), root->folder);
+    if (!m_isUsual) {
+        m_long = ResolveName(name);
+    }
+}
+
+/// @return false for what needs a closer look. As in UseSlashes, nothing in the loop hangs on what is found.
+bool DiskPath::TakeUsual(View rest, const std::string& folder) {
+    if (rest.empty() || folder.size() + rest.size() >= m_usual.size()) {
+        return false;
+    }
+    char* const bytes = std::copy(folder.begin(), folder.end(), m_usual.begin());
+    const char16_t* const units = rest.data(); // with a NUL behind the last
+    // Of the units' own width, so that as many as can be go in one step.
+    std::uint16_t odd = 0;
+    for (std::size_t i = 0; i < rest.size(); ++i) {
+        const std::uint16_t unit = units[i];
+        const std::uint16_t next = units[i + 1];
+        const auto dots = static_cast<std::uint16_t>((unit == u'.') & (next == u'.'));
+        const auto nul = static_cast<std::uint16_t>(unit == 0);
+        odd |= static_cast<std::uint16_t>((unit & 0xFF80U) | dots | nul);
+        bytes[i] = static_cast<char>(unit == u'\\' ? std::uint16_t{u'/'} : unit);
+    }
+    bytes[rest.size()] = '\0';
+    return odd == 0;
+}
+
 std::optional<std::string> DriveMap::ToPath(const ustring& name) {
     ResolvedPath result = ResolveAbsolute(name);
     return result.fault == PathFault::None ? std::optional(std::move(result.path)) : std::nullopt;

@@ -9,6 +9,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include "linux_host/collected_names.hpp"
 #include "linux_host/counters.hpp"
 #include "linux_host/drive_map.hpp"
 #include "linux_host/encoding.hpp"
@@ -23,15 +24,15 @@ namespace {
 class OpenDirectory {
   public:
     /// Opening through O_DIRECTORY also keeps a pipe from making the process wait.
-    explicit OpenDirectory(const std::string& path) {
+    explicit OpenDirectory(const char* path) {
         ::open_how how{};
         how.flags = Flags;
         how.resolve = RESOLVE_NO_SYMLINKS;
-        m_descriptor = static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how));
+        m_descriptor = static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, path, &how, sizeof how));
         // A link on the way, or a system that knows no such question, which then counts as one.
         if (m_descriptor < 0 && errno != ENOENT && errno != ENOTDIR && errno != EACCES) {
             m_reachedThroughLinks = true;
-            m_descriptor = ::open(path.c_str(), Flags);
+            m_descriptor = ::open(path, Flags);
         }
     }
     ~OpenDirectory() {
@@ -48,15 +49,19 @@ class OpenDirectory {
 
     /// @return false if not even the first entries could be read. One that fails in the middle ends early:
     /// what was read is true, and the next look tells more.
-    template <class Visit>
-    bool ForEachEntry(Visit visit) const {
+    /// @p begin is told how many bytes of entries come next.
+    template <class Begin, class Visit>
+    bool ForEachEntry(Begin begin, Visit visit) const {
         // As large as the C library's, but off the heap.
-        alignas(::dirent64) std::array<char, 32 * 1024> block;
+        constexpr std::size_t size = 32 * 1024;
+        alignas(::dirent64) std::array<char, size + CollectedNames::Slack> block;
         for (bool started = false;; started = true) {
-            const ssize_t length = ::getdents64(m_descriptor, block.data(), block.size());
+            const ssize_t length = ::getdents64(m_descriptor, block.data(), size);
             if (length <= 0) {
                 return length == 0 || started;
             }
+            std::fill_n(block.begin() + length, CollectedNames::Slack, '\0');
+            begin(static_cast<std::size_t>(length));
             for (ssize_t at = 0; at < length;) {
                 const auto& entry = *reinterpret_cast<const ::dirent64*>(block.data() + at);
                 visit(entry);
@@ -131,6 +136,10 @@ constexpr int MostSpecialLinks = 3;
 
 bool IsSpecial(std::string_view name) { return name[0] == '@' || name[0] == '+' || name == "private"; }
 
+bool IsSelfOrParent(const char* name) {
+    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
+}
+
 int CountSpecialLinks(const std::string& path) {
     int count = 0;
     for (std::size_t begin = 1; begin < path.size();) {
@@ -145,56 +154,42 @@ int CountSpecialLinks(const std::string& path) {
     return count;
 }
 
-/// One listing in the making: takes the entries in the order of the disk, gives them back sorted.
+/// One listing in the making: decides which entries are taken.
 class ListingBuilder {
   public:
-    ListingBuilder(const OpenDirectory& directory, const std::string& path)
-        : m_directory(directory), m_path(path) {
-        m_names.reserve(usualEntries * 16);
-        m_entries.reserve(usualEntries);
-    }
+    ListingBuilder(const OpenDirectory& directory, const char* path) : m_directory(directory), m_path(path) {}
+
+    void Expect(std::size_t bytes) { m_names.Expect(bytes); }
 
     void Take(const ::dirent64& entry) {
-        const std::string_view name = entry.d_name;
-        if (name == "." || name == "..") {
+        if (IsSelfOrParent(entry.d_name)) {
             return;
         }
-        // find_first_of would search the set anew for each byte.
-        if (name.find('\\') != std::string_view::npos || name.find(':') != std::string_view::npos) {
+        const bool isUsual = IsFileDirectoryOrUnknown(entry.d_type) && !MayBeSpecial(entry.d_name);
+        if ((isUsual || IsTaken(entry)) && !m_names.Add(entry.d_name, WordOf(entry.d_type))) {
             ++CountersInForce().unspellable;
-        } else if (!IsFileDirectoryOrUnknown(entry.d_type)) {
-            ++CountersInForce().specialFiles;
-        } else if (LeadsAstray(entry)) {
-            ++CountersInForce().ancestorLinks;
-        } else {
-            Append(name, WordOf(entry.d_type));
         }
     }
 
-    Listing Finish() {
-        // By UTF-16 unit, as the library compares names; the order of the bytes differs beyond U+FFFF.
-        std::sort(m_entries.begin(), m_entries.end(), [this](const Entry& a, const Entry& b) {
-            return a.head != b.head ? a.head < b.head : NameOf(a) < NameOf(b);
-        });
-        Listing listing;
-        listing.names.reserve(m_names.size() + m_entries.size() + 1);
-        listing.words.reserve(m_entries.size());
-        for (const Entry& entry : m_entries) {
-            listing.names.append(NameOf(entry)).push_back(u'\0');
-            listing.words.push_back(entry.word);
-        }
-        listing.names.push_back(u'\0');
-        return listing;
-    }
+    Listing Finish() { return m_names.Sorted(); }
 
   private:
-    struct Entry {
-        /// The first four units, the first of them foremost: nearly always all that need be compared.
-        std::uint64_t head;
-        std::size_t begin;
-        std::size_t length;
-        unsigned short word;
-    };
+    static bool MayBeSpecial(const char* name) { return name[0] == '@' || name[0] == '+' || name[0] == 'p'; }
+
+    bool IsTaken(const ::dirent64& entry) {
+        if (!CollectedNames::IsSpellable(entry.d_name)) {
+            return true; // to be refused, which comes before what it is
+        }
+        if (!IsFileDirectoryOrUnknown(entry.d_type)) {
+            ++CountersInForce().specialFiles;
+            return false;
+        }
+        if (LeadsAstray(entry)) {
+            ++CountersInForce().ancestorLinks;
+            return false;
+        }
+        return true;
+    }
 
     static bool IsFileDirectoryOrUnknown(unsigned char type) {
         return type == DT_REG || type == DT_DIR || type == DT_LNK || type == DT_UNKNOWN;
@@ -238,40 +233,16 @@ class ListingBuilder {
                 S_ISLNK(status.st_mode));
     }
 
-    void Append(std::string_view name, unsigned short word) {
-        const std::size_t begin = m_names.size();
-        AppendWide(m_names, name);
-        const Entry entry{0, begin, m_names.size() - begin, word};
-        m_entries.push_back(entry);
-        m_entries.back().head = HeadOf(NameOf(entry));
-    }
-
-    /// No unit of a name is 0, so that a shorter name comes before what it begins.
-    static std::uint64_t HeadOf(std::u16string_view name) {
-        std::uint64_t head = 0;
-        for (std::size_t i = 0; i < 4; ++i) {
-            head = head << 16 | (i < name.size() ? name[i] : 0U);
-        }
-        return head;
-    }
-
-    std::u16string_view NameOf(const Entry& entry) const {
-        return std::u16string_view(m_names).substr(entry.begin, entry.length);
-    }
-
-    static constexpr std::size_t usualEntries = 128;
-
     const OpenDirectory& m_directory;
-    const std::string& m_path;
-    ustring m_names;
-    std::vector<Entry> m_entries;         ///< ranges of m_names, so that sorting moves no text
+    const char* m_path;
+    CollectedNames m_names;
     std::optional<Ancestors> m_ancestors; ///< found out at the first special link
     int m_linksAbove = 0;                 ///< special links that the directory's own name goes through
 };
 
 bool Status(const ustring& name, struct stat& status) {
-    const ResolvedPath resolved = ResolveName(name);
-    return resolved.fault == PathFault::None && ::stat(resolved.path.c_str(), &status) == 0;
+    const DiskPath path(name);
+    return path.IsGood() && ::stat(path.Get(), &status) == 0;
 }
 
 /// The number that a failed look at a directory amounts to.
@@ -291,18 +262,19 @@ int AccessibilityOf(int error) {
 } // namespace
 
 std::optional<Listing> ListDirectory(const ustring& name) {
-    const ResolvedPath resolved = ResolveName(name);
-    if (resolved.fault != PathFault::None) {
+    const DiskPath path(name);
+    if (!path.IsGood()) {
         return std::nullopt;
     }
-    const OpenDirectory directory(resolved.path);
+    const OpenDirectory directory(path.Get());
     if (!directory.IsOpen()) {
         return std::nullopt;
     }
     ++CountersInForce().listings;
     RememberListing(directory.GetDescriptor());
-    ListingBuilder builder(directory, resolved.path);
-    if (!directory.ForEachEntry([&builder](const ::dirent64& entry) { builder.Take(entry); })) {
+    ListingBuilder builder(directory, path.Get());
+    if (!directory.ForEachEntry([&builder](std::size_t bytes) { builder.Expect(bytes); },
+                                [&builder](const ::dirent64& entry) { builder.Take(entry); })) {
         return std::nullopt;
     }
     return builder.Finish();

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <boost/container/vector.hpp>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "linux_host/linux_host.hpp"
+
+namespace linux_host {
+
+/// The entries of one directory while it is listed: taken as bytes in the order of the disk, given out as a
+/// listing, which is sorted by UTF-16 unit as the library compares names. The order of the bytes differs
+/// beyond U+FFFF.
+class CollectedNames {
+  public:
+    /// So many bytes may be read behind the NUL of a name.
+    static constexpr std::size_t Slack = 7;
+
+    /// Names of so many bytes together, their NULs included, come next.
+    void Expect(std::size_t bytes);
+    /// @return false, and takes nothing, for a name that the grammar cannot spell.
+    /// @pre the name was expected.
+    bool Add(const char* name, unsigned short word);
+
+    static bool IsSpellable(std::string_view name);
+
+    Listing Sorted() const;
+
+  private:
+    struct Entry {
+        /// The first eight bytes, the first of them foremost: nearly always all that need be compared.
+        std::uint64_t head;
+        std::size_t begin;
+        std::uint32_t length; ///< the NUL not counted
+        unsigned short word;
+    };
+
+    /// An entry's head above its place in m_entries.
+    __extension__ using HeadAndPlace = unsigned __int128;
+
+    std::vector<HeadAndPlace> InOrder() const;
+    const Entry& At(HeadAndPlace place) const { return m_entries[static_cast<std::size_t>(place)]; }
+    bool AddUnusual(std::string_view name, unsigned short word);
+    std::u16string_view NameOf(const Entry& entry) const {
+        return {m_units.data() + entry.begin, entry.length};
+    }
+
+    boost::container::vector<char16_t> m_units; ///< names with a NUL behind each
+    std::size_t m_used = 0;                     ///< of them
+    std::vector<Entry> m_entries;               ///< ranges of m_units, so that sorting moves no text
+    bool m_isAscii = true;
+};
+
+} // namespace linux_host
