@@ -171,7 +171,8 @@ TEST_F(Cache, FeedsTheStorageLayersSources) {
         const auto source = factory.CreateDirItemsIterator(at(name));
         for (source->First(); !source->IsDone(); source->Next()) {
             const DirItemInfo& item = source->CurrentItem();
-            texts.push_back(N(item.name) + ":" + std::to_string(item.kind) + (item.confirmed ? "" : "?") +
+            texts.push_back(N(ustring(item.name)) + ":" + std::to_string(item.kind) +
+                            (item.confirmed ? "" : "?") +
                             (item.fileKind ? "k" + std::to_string(item.fileKind) : ""));
         }
         return Join(texts, " ");

@@ -55,12 +55,12 @@ const std::vector<ustring>& PathToolboxCacheDirItemsIterator::CurrentList() cons
     }
 }
 
-DirItemInfo PathToolboxCacheDirItemsIterator::ItemOf(const ustring& entry) const {
+DirItemInfo PathToolboxCacheDirItemsIterator::ItemOf(const ustring& entry) {
     if (m_stage > 0)
         return {entry, DirItemFile, m_stage != 4, m_stage == 2 ? 1U : m_stage == 3 ? 2U : 0U};
     // A nested directory stands under its name from the prefix on, a plain one under its bare name.
-    const ustring name = fl::filesystem::extract_stem(fl::filesystem::make_native_form(entry, true));
-    return {name, ClassifyDirEntryName(name), true, 0};
+    m_subdirName = fl::filesystem::extract_stem(fl::filesystem::make_native_form(entry, true));
+    return {m_subdirName, ClassifyDirEntryName(m_subdirName), true, 0};
 }
 
 } // namespace Quorrant::ovsel

@@ -23,11 +23,12 @@ class PathToolboxCacheDirItemsIterator final : public IDirItemsIterator {
   private:
     void SeekCurrentItem();
     const std::vector<ustring>& CurrentList() const;
-    DirItemInfo ItemOf(const ustring& entry) const;
+    DirItemInfo ItemOf(const ustring& entry);
     /// A name that nothing is left of, and a special directory that has come before.
     bool IsPassedOver(const DirItemInfo& item);
 
     std::shared_ptr<const CachedDirContents> m_contents;
+    ustring m_subdirName; ///< of m_item, if that is a directory
     DirItemInfo m_item;
     SpecialNames m_specialNames{true};
     std::size_t m_listIndex = 0;

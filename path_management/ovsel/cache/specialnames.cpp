@@ -18,10 +18,10 @@ ustring FoldedName(std::u16string_view name) {
     return folded;
 }
 
-bool SpecialNames::IsRepeated(const ustring& name) {
+bool SpecialNames::IsRepeated(std::u16string_view name) {
     const DirItemKind kind = ClassifyDirEntryName(name);
     const bool isSpecial = kind == DirItemClassDir || kind == DirItemPackageDir || kind == DirItemPrivateDir;
-    return isSpecial && !m_names.insert(m_caseSensitive ? name : FoldedName(name)).second;
+    return isSpecial && !m_names.insert(m_caseSensitive ? ustring(name) : FoldedName(name)).second;
 }
 
 } // namespace Quorrant::ovsel

@@ -17,7 +17,7 @@ class SpecialNames {
   public:
     explicit SpecialNames(bool caseSensitive) : m_caseSensitive(caseSensitive) {}
     /// Notes the name. False for a name that is no special directory's, however often it comes.
-    bool IsRepeated(const ustring& name);
+    bool IsRepeated(std::u16string_view name);
 
   private:
     bool m_caseSensitive;

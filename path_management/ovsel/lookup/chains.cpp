@@ -11,7 +11,7 @@
 // whole directory, run by run. A run is all neighbours of one path directory.
 
 void PathItemInfo::LinkAtHead() {
-    m_pathDir->MakeRoomForPendingItem();
+    GetPathDir()->MakeRoomForPendingItem();
     const NameCategory category = GetCategory();
     const PathNameInfo::Chain chain = m_nameInfo->GetEnds(category);
     // The last that may run out of memory.
@@ -19,12 +19,12 @@ void PathItemInfo::LinkAtHead() {
     m_next = chain.first;
     if (m_next)
         m_next->m_prev = this;
-    m_pathDir->AddPendingItem(this);
+    GetPathDir()->AddPendingItem(this);
     m_pending = true;
 }
 
 void PathItemInfo::LinkAtHead(std::u16string_view name) {
-    m_pathDir->MakeRoomForPendingItem(); // first, so that a new name entry does not stay without an item
+    GetPathDir()->MakeRoomForPendingItem(); // first, so that a new name entry does not stay without an item
     m_nameInfo = GetManager()->AddNameInfo(name, m_spelling);
     LinkAtHead();
 }
@@ -38,7 +38,7 @@ void PathItemInfo::Unlink() {
     m_prev = nullptr;
     m_linked = false;
     if (m_pending)
-        m_pathDir->RemovePendingItem(this);
+        GetPathDir()->RemovePendingItem(this);
     m_pending = false;
 }
 
@@ -51,6 +51,10 @@ void PathItemInfo::UnlinkFromNameInfo() {
 void PathItemInfo::PlaceInChain() {
     if (!m_pending)
         return; // went with another of its run
+    if (!m_prev && !m_next) {
+        m_pending = false;
+        return;
+    }
     const Run run = TakeRun();
     const std::int32_t order = GetOrderNumber();
     if (!run.first->m_prev && order == 0)
@@ -65,10 +69,11 @@ void PathItemInfo::PlaceInChain() {
 /// The neighbours of one path directory, none of which is pending any more. Not the orders are compared: a
 /// directory that is still being read may have that of another for a while.
 PathItemInfo::Run PathItemInfo::TakeRun() {
+    const PathDirItemInfo* const pathDir = GetPathDir();
     Run run{this, this};
-    while (run.first->m_prev && run.first->m_prev->m_pathDir == m_pathDir)
+    while (run.first->m_prev && run.first->m_prev->GetPathDir() == pathDir)
         run.first = run.first->m_prev;
-    for (run.last = run.first; run.last->m_next && run.last->m_next->m_pathDir == m_pathDir;
+    for (run.last = run.first; run.last->m_next && run.last->m_next->GetPathDir() == pathDir;
          run.last = run.last->m_next)
         run.last->m_pending = false;
     run.last->m_pending = false;

@@ -32,10 +32,11 @@ void* BlockPool::Allocate(std::size_t size) {
     if (block) {
         m_free[sizeClass] = m_free[sizeClass]->next;
     } else {
-        if (sizeClass * Grain > static_cast<std::size_t>(m_pageEnd - m_next))
+        const std::size_t room = sizeClass * Grain;
+        if (GapBefore(room) + room > static_cast<std::size_t>(m_pageEnd - m_next))
             BeginPage();
-        block = m_next;
-        m_next += sizeClass * Grain;
+        block = m_next + GapBefore(room);
+        m_next = static_cast<std::byte*>(block) + room;
     }
     ++m_blockCount;
     return block;
@@ -55,6 +56,12 @@ void BlockPool::Free(void* block, std::size_t size) noexcept {
     }
     FreeBlock*& first = pool.m_free[SizeClass(size)];
     first = new (block) FreeBlock{first};
+}
+
+/// What is left of the present line, unless that is room enough.
+std::size_t BlockPool::GapBefore(std::size_t room) const {
+    const std::size_t left = CacheLine - reinterpret_cast<std::uintptr_t>(m_next) % CacheLine;
+    return room <= left ? 0 : left % CacheLine;
 }
 
 void BlockPool::BeginPage() {

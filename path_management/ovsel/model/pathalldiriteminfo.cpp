@@ -88,8 +88,10 @@ void MarkStale(const std::vector<Child*>& children) {
 
 } // namespace
 
-PathAllDirItemInfo::PathAllDirItemInfo(IPathManager* manager, const ustring& fullName, ovDirType type)
+PathAllDirItemInfo::PathAllDirItemInfo(IPathManager* manager, PathDirItemInfo* self, const ustring& fullName,
+                                       ovDirType type)
     : PathItemInfo(manager, nullptr, {}, true, ItemClassOf(type)),
+      m_pathDir(self),
       m_manager(manager),
       m_dirType(type),
       m_changeSeen(false),
@@ -103,6 +105,7 @@ PathAllDirItemInfo::PathAllDirItemInfo(IPathManager* manager, const ustring& ful
 PathAllDirItemInfo::PathAllDirItemInfo(IPathManager* manager, PathAllDirItemInfo* parent,
                                        std::u16string_view name, bool confirmed, ovDirType type)
     : PathItemInfo(manager, parent, name, confirmed, ItemClassOf(type)),
+      m_pathDir(parent->GetPathDir()),
       m_manager(manager),
       m_dirType(type),
       m_changeSeen(false),

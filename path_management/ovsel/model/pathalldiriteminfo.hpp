@@ -65,6 +65,8 @@ class PathAllDirItemInfo : public PathItemInfo {
 
     /// What GetManager answers for the record and for all that it owns.
     IPathManager* GetOwnManager() const { return m_manager; }
+    /// The same for GetPathDir.
+    PathDirItemInfo* GetOwnPathDir() const { return m_pathDir; }
 
     /// ovDirTypeCWD for the path-level record at position 0, else the kind it was made with.
     ovDirType GetDirType() const;
@@ -146,7 +148,8 @@ class PathAllDirItemInfo : public PathItemInfo {
     template <class Visit>
     void ForEachChained(Visit visit);
     /// A path-level record.
-    PathAllDirItemInfo(IPathManager* manager, const ustring& fullName, ovDirType type);
+    /// @p self is the record that is being made.
+    PathAllDirItemInfo(IPathManager* manager, PathDirItemInfo* self, const ustring& fullName, ovDirType type);
     /// A record below another.
     PathAllDirItemInfo(IPathManager* manager, PathAllDirItemInfo* parent, std::u16string_view name,
                        bool confirmed, ovDirType type);
@@ -157,7 +160,7 @@ class PathAllDirItemInfo : public PathItemInfo {
     /// @p index is what the directory holds already.
     virtual void ReloadContents(IDirItemsIterator& items, const RefreshOptions& options, ReloadIndex& index);
 
-    void AddFile(const DirItemInfo& entry, std::uint32_t fileKind);
+    void AddFile(std::u16string_view name, bool confirmed, std::uint32_t fileKind);
     /// Null in a class directory, which has no class directories.
     PathClassDirItemInfo* AddClassDir(std::u16string_view name, bool freeze, bool confirmed);
     PathPackageDirItemInfo* AddPackageDir(std::u16string_view name, bool freeze, bool confirmed);
@@ -210,6 +213,7 @@ class PathAllDirItemInfo : public PathItemInfo {
     std::unique_ptr<Child, Discard> LoadedChild(std::u16string_view name, bool freeze, bool confirmed);
 
     // What a check of thousands of quiet directories looks at stands together.
+    PathDirItemInfo* const m_pathDir;
     IPathManager* const m_manager;
     ovDirType m_dirType;
     DirState m_state = DirUnloaded;

@@ -26,7 +26,7 @@ void PathClassDirItemInfo::ReadContents(IDirItemsIterator& items, bool freeze) {
     for (items.First(); !items.IsDone() && IsLinked(); items.Next()) {
         const DirItemInfo& entry = items.CurrentItem();
         if (entry.kind == DirItemFile)
-            AddFile(entry, entry.fileKind);
+            AddFile(entry.name, entry.confirmed, entry.fileKind);
         else if (entry.kind == DirItemPrivateDir)
             AddPrivateDir(entry.name, freeze, entry.confirmed);
     }

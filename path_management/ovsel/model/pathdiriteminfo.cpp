@@ -33,7 +33,7 @@ ustring NativeNameOf(const vfs::AbsoluteIRI& location) {
 
 PathDirItemInfo::PathDirItemInfo(IPathManager* manager, const ustring& fullName, std::u16string_view leaf,
                                  std::int32_t position, ovDirType type)
-    : PathAllDirItemInfo(manager, fullName, type), m_order(position), m_fullName(fullName) {
+    : PathAllDirItemInfo(manager, this, fullName, type), m_order(position), m_fullName(fullName) {
     if (IsVFSMode())
         m_directoryIRI = LocationOf(fullName);
     Prepare();
@@ -45,7 +45,7 @@ PathDirItemInfo::PathDirItemInfo(IPathManager* manager, const ustring& fullName,
 
 PathDirItemInfo::PathDirItemInfo(IPathManager* manager, const vfs::AbsoluteIRI& location,
                                  std::int32_t position, ovDirType type)
-    : PathAllDirItemInfo(manager, NativeNameOf(location), type),
+    : PathAllDirItemInfo(manager, this, NativeNameOf(location), type),
       m_order(position),
       m_fullName(vfs::fromAbsoluteIRI(location)),
       m_directoryIRI(location) {
@@ -56,7 +56,6 @@ PathDirItemInfo::PathDirItemInfo(IPathManager* manager, const vfs::AbsoluteIRI& 
 void PathDirItemInfo::Prepare() {
     m_positions.reserve(1);
     m_preFrozen = ComputePreFrozen();
-    SetPathDir(this);
 }
 
 /// The last step of construction.

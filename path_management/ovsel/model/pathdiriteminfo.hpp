@@ -100,3 +100,10 @@ class PathDirItemInfo : public PathAllDirItemInfo {
     bool m_preFrozen = false;
     std::vector<PathItemInfo*> m_pendingItems;
 };
+
+PathDirItemInfo* PathItemInfo::GetPathDir() const {
+    if (IsDirRecord())
+        return static_cast<const PathAllDirItemInfo*>(this)->GetOwnPathDir();
+    // Without a look at the parent where that is the one: what stands in a chain comes from many.
+    return IsDirect() ? static_cast<PathDirItemInfo*>(m_parent) : m_parent->GetOwnPathDir();
+}

@@ -10,19 +10,35 @@
 namespace {
 /// A usual absolute name fits; longer ones grow.
 constexpr std::size_t fullNameCapacity = 1024;
+
+NameCategory CategoryOf(ItemClass itemClass, const PathAllDirItemInfo* parent) {
+    const bool isDirect = parent && parent->IsPathDir();
+    switch (itemClass) {
+    case ItemClass::File:
+        if (isDirect)
+            return NameFile;
+        return parent->GetItemClass() == ItemClass::PrivateDir ? NamePrivateFile : NameNestedFile;
+    case ItemClass::SubDir:
+        return isDirect ? NameSubDir : NameNestedSubDir;
+    case ItemClass::PackageDir:
+        return isDirect ? NamePackageDir : NameNestedPackageDir;
+    case ItemClass::ClassDir:
+        return isDirect ? NameClassDir : NameNestedClassDir;
+    case ItemClass::PrivateDir:
+        return NamePrivateDir;
+    case ItemClass::PathDir:
+        break;
+    }
+    return NamePathDir;
+}
+
 } // namespace
 
 PathItemInfo::PathItemInfo(IPathManager* manager, PathAllDirItemInfo* parent, std::u16string_view name,
                            bool verified, ItemClass itemClass)
     : m_parent(parent),
-      m_pathDir(parent ? parent->GetPathDir() : nullptr),
-      m_linked(true),
-      m_stale(false),
       m_verified(verified),
-      m_pending(false),
-      m_itemClass(static_cast<std::uint32_t>(itemClass) & 7u),
-      m_fileKind(0) {
-    m_direct = m_parent == m_pathDir;
+      m_category(static_cast<std::uint8_t>(CategoryOf(itemClass, parent))) {
     if (m_parent)
         m_nameInfo = manager->AddNameInfo(name, m_spelling);
 }
@@ -74,31 +90,14 @@ void PathItemInfo::AppendFullName(ustring& out) const {
 foundation::storage::vfs::AbsoluteIRI PathItemInfo::GetAbsoluteIRI() const {
     ustring fullName;
     GetFullName(fullName);
-    return foundation::storage::vfs::toAbsoluteIRI(m_pathDir->GetDirectoryAbsoluteIRI().getScheme(),
+    return foundation::storage::vfs::toAbsoluteIRI(GetPathDir()->GetDirectoryAbsoluteIRI().getScheme(),
                                                    fl::filesystem::make_native_form(fullName, true));
 }
 
-NameCategory PathItemInfo::GetCategory() const {
-    switch (GetItemClass()) {
-    case ItemClass::File:
-        if (m_direct)
-            return NameFile;
-        return m_parent->GetItemClass() == ItemClass::PrivateDir ? NamePrivateFile : NameNestedFile;
-    case ItemClass::SubDir:
-        return m_direct ? NameSubDir : NameNestedSubDir;
-    case ItemClass::PackageDir:
-        return m_direct ? NamePackageDir : NameNestedPackageDir;
-    case ItemClass::ClassDir:
-        return m_direct ? NameClassDir : NameNestedClassDir;
-    case ItemClass::PrivateDir:
-        return NamePrivateDir;
-    case ItemClass::PathDir:
-        break;
-    }
-    return NamePathDir;
+std::int32_t PathItemInfo::GetOrderNumber() const {
+    const PathDirItemInfo* const pathDir = GetPathDir();
+    return pathDir ? pathDir->GetOrder() : 0;
 }
-
-std::int32_t PathItemInfo::GetOrderNumber() const { return m_pathDir ? m_pathDir->GetOrder() : 0; }
 
 void PathItemInfo::Release() {
     if (--m_refCount == 0 && !m_linked)

@@ -48,26 +48,29 @@ class PathItemInfo {
     foundation::storage::vfs::AbsoluteIRI GetAbsoluteIRI() const;
 
     PathAllDirItemInfo* GetParent() const { return m_parent; }
-    PathDirItemInfo* GetPathDir() const { return m_pathDir; }
+    /// The path directory under which the item lies, which may be the item itself. Defined with
+    /// PathDirItemInfo.
+    inline PathDirItemInfo* GetPathDir() const;
     PathNameInfo* GetNameInfo() const { return m_nameInfo; }
     IPathManager* GetManager() const;
     PathItemInfo* GetNext() const { return m_next; }
     PathItemInfo* GetPrev() const { return m_prev; }
 
     bool IsLinked() const { return m_linked; }
-    bool IsDirect() const { return m_direct; }
+    /// Of a file or a plain sub-directory: does it lie in a path directory itself?
+    bool IsDirect() const { return m_category == NameFile || m_category == NameSubDir; }
     bool IsStale() const { return m_stale; }
     void SetStale(bool stale) { m_stale = stale; }
     bool IsVerified() const { return m_verified; }
     void SetVerified(bool verified) { m_verified = verified; }
 
-    ItemClass GetItemClass() const { return static_cast<ItemClass>(m_itemClass); }
+    ItemClass GetItemClass() const { return classOf[m_category]; }
     bool IsFile() const { return GetItemClass() == ItemClass::File; }
     bool IsSubDir() const { return GetItemClass() == ItemClass::SubDir; }
     /// Is this a PathAllDirItemInfo?
     bool IsDirRecord() const { return GetItemClass() >= ItemClass::PathDir; }
     bool IsPathDir() const { return GetItemClass() == ItemClass::PathDir; }
-    NameCategory GetCategory() const;
+    NameCategory GetCategory() const { return static_cast<NameCategory>(m_category); }
 
     /// Position on the path of the directory that the item lies under; 0 if there is none.
     std::int32_t GetOrderNumber() const;
@@ -105,12 +108,17 @@ class PathItemInfo {
 
     /// Links a path-level record under the name.
     void LinkAtHead(std::u16string_view name);
-    void SetPathDir(PathDirItemInfo* pathDir) { m_pathDir = pathDir; }
     /// For a record that is in no chain.
     void MarkUnlinked() { m_linked = false; }
 
   private:
     friend class PathDirItemInfo;
+
+    /// By NameCategory.
+    static constexpr ItemClass classOf[NameCategoryCount] = {
+        ItemClass::File,       ItemClass::File,       ItemClass::File,     ItemClass::SubDir,
+        ItemClass::PrivateDir, ItemClass::PackageDir, ItemClass::ClassDir, ItemClass::SubDir,
+        ItemClass::PackageDir, ItemClass::ClassDir,   ItemClass::PathDir};
 
     void AppendFullName(ustring& out) const;
     void Unlink();
@@ -129,19 +137,16 @@ class PathItemInfo {
     PathItemInfo* m_prev = nullptr;
     PathAllDirItemInfo* m_parent;
     PathNameInfo* m_nameInfo = nullptr;
-    PathDirItemInfo* m_pathDir = nullptr;
     std::int32_t m_refCount = 0;
-    std::uint32_t m_linked : 1;
-    std::uint32_t m_direct : 1;
-    std::uint32_t m_stale : 1;
-    std::uint32_t m_verified : 1;
-    std::uint32_t m_pending : 1; ///< in m_pendingItems of the path directory
-    std::uint32_t m_itemClass : 3;
+    std::int32_t m_spelling = 0;
+    // Whole bytes: to set bits next to others, the processor would wait for the memory of a record that is
+    // only being made.
+    bool m_linked = true;
+    bool m_stale = false;
+    bool m_verified;
+    bool m_pending = false;        ///< in m_pendingItems of the path directory
+    const std::uint8_t m_category; ///< a NameCategory
 
   protected:
-    /// Belongs to files; stands here to share their flag word.
-    std::uint32_t m_fileKind : 2;
-
-  private:
-    std::int32_t m_spelling = 0;
+    std::uint8_t m_fileKind = 0; ///< belongs to files; stands here where there is room for it
 };

@@ -14,9 +14,11 @@ PathPrivateDirItemInfo::PathPrivateDirItemInfo(IPathManager* manager, PathAllDir
 // A private file defines no class, whatever the source says of it.
 
 void PathPrivateDirItemInfo::ReadContents(IDirItemsIterator& items, bool) {
-    for (items.First(); !items.IsDone() && IsLinked(); items.Next())
-        if (items.CurrentItem().kind == DirItemFile)
-            AddFile(items.CurrentItem(), FileKindNoClass);
+    for (items.First(); !items.IsDone() && IsLinked(); items.Next()) {
+        const DirItemInfo& entry = items.CurrentItem();
+        if (entry.kind == DirItemFile)
+            AddFile(entry.name, entry.confirmed, FileKindNoClass);
+    }
 }
 
 void PathPrivateDirItemInfo::ReloadContents(IDirItemsIterator& items, const RefreshOptions&,

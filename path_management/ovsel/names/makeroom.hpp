@@ -7,6 +7,6 @@
 /// built that must not be left without its owner. @p first is the room that an empty one gets.
 template <class T>
 void MakeRoom(std::vector<T>& items, std::size_t first = 4) {
-    if (items.size() == items.capacity())
+    if (items.size() == items.capacity()) [[unlikely]]
         items.reserve(std::max(first, 2 * items.capacity()));
 }

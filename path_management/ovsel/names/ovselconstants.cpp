@@ -36,14 +36,14 @@ const Char* FindPackage(std::basic_string_view<Char> name) {
 }
 
 /// Is what follows the sentinel fit to be the name of a class or a package?
-bool NamesScope(const ustring& name) {
+bool NamesScope(std::u16string_view name) {
     return name.size() > 1 &&
            std::all_of(name.begin(), name.end(), [](char16_t unit) { return unit < 128 && unit != u'.'; });
 }
 
 } // namespace
 
-DirItemKind ClassifyDirEntryName(const ustring& name) {
+DirItemKind ClassifyDirEntryName(std::u16string_view name) {
     switch (name.empty() ? u'\0' : name.front()) {
     case OvselConstants::U16_OBJPKGSENTINEL[0]:
         return NamesScope(name) ? DirItemPackageDir : DirItemSubdir;

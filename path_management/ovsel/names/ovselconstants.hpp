@@ -35,4 +35,4 @@ enum DirItemKind : std::uint32_t {
 /// What a directory of that name would be; never DirItemUnknown or DirItemFile. A class or package has a
 /// name behind its sentinel, pure ASCII and without a dot; `@a.b` is an ordinary sub-directory.
 /// Runs once for each entry of each listing: no allocation, one pass.
-DirItemKind ClassifyDirEntryName(const ustring& name);
+DirItemKind ClassifyDirEntryName(std::u16string_view name);

@@ -31,9 +31,7 @@ void ForEachEntry(const PathAllDirItemInfo& dir, IDirItemsIterator& items, Visit
 }
 
 /// A class or package entry's name without its sentinel.
-std::u16string_view WithoutSentinel(const DirItemInfo& entry) {
-    return std::u16string_view(entry.name).substr(1);
-}
+std::u16string_view WithoutSentinel(const DirItemInfo& entry) { return entry.name.substr(1); }
 
 } // namespace
 
@@ -103,7 +101,7 @@ void PathAllDirItemInfo::ReadContents(IDirItemsIterator& items, bool freeze) {
                 AddSubDir(entry.name, entry.confirmed);
             break;
         case DirItemFile:
-            AddFile(entry, entry.fileKind);
+            AddFile(entry.name, entry.confirmed, entry.fileKind);
             break;
         case DirItemClassDir:
             AddClassDir(WithoutSentinel(entry), freeze, entry.confirmed);
@@ -191,21 +189,18 @@ void PathAllDirItemInfo::ReloadContents(IDirItemsIterator& items, const RefreshO
 
 /// The name is split at its last dot. A name with separators or a drive in it comes from a hook that lists
 /// more than leaves; the file system layer then says what its directory is.
-void PathAllDirItemInfo::AddFile(const DirItemInfo& entry, std::uint32_t fileKind) {
-    MakeRoom(m_files);
-    const std::u16string_view name = entry.name;
+void PathAllDirItemInfo::AddFile(std::u16string_view name, bool confirmed, std::uint32_t fileKind) {
+    MakeRoom(m_files, 8);
     if (!HoldsAny(name, u'\\', u'/', u':')) {
         const std::u16string_view stem = name.substr(0, name.rfind(u'.'));
-        m_files.push_back(new (GetManager())
-                              PathFileItemInfo(GetManager(), this, stem, name, entry.confirmed, fileKind));
+        m_files.push_back(new (m_manager) PathFileItemInfo(m_manager, this, stem, name, confirmed, fileKind));
         return;
     }
-    const ustring native = fl::filesystem::make_native_form(entry.name, true);
+    const ustring native = fl::filesystem::make_native_form(ustring(name), true);
     const ustring stem = fl::filesystem::extract_stem(native);
     const ustring parent = fl::filesystem::extract_parent_path(native);
     const ustring itemName = parent.empty() ? stem : parent + fl::filesystem::PATHNAME_SEPARATOR + stem;
-    m_files.push_back(new (GetManager())
-                          PathFileItemInfo(GetManager(), this, itemName, name, entry.confirmed, fileKind));
+    m_files.push_back(new (m_manager) PathFileItemInfo(m_manager, this, itemName, name, confirmed, fileKind));
 }
 
 /// @return null if this directory has been removed meanwhile, and the child with it.
@@ -263,7 +258,7 @@ void PathAllDirItemInfo::AddSubDir(std::u16string_view name, bool confirmed) {
 void PathAllDirItemInfo::FindOrAddFile(const DirItemInfo& entry, std::uint32_t fileKind, ReloadIndex& index) {
     PathFileItemInfo* file = index.FindFile(entry.name);
     if (!file) {
-        AddFile(entry, fileKind);
+        AddFile(entry.name, entry.confirmed, fileKind);
         index.Enter(m_files.back());
         return;
     }

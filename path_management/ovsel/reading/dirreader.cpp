@@ -1,12 +1,12 @@
 #include "ovsel/reading/dirreader.hpp"
 
 #include <ovsel/cwd.hpp>
-#include <ovsel/names.hpp>
 
 #include "host_interfaces/diagnostics.hpp"
 #include "ovsel/frame/ipathmanager.hpp"
 #include "ovsel/frame/messages.hpp"
 #include "ovsel/model/pathfileiteminfo.hpp"
+#include "ovsel/names/pathnames.hpp"
 #include "ovsel/reading/vfsmode.hpp"
 
 namespace {
@@ -87,14 +87,14 @@ void DirReader::Classify() {
         m_item.kind = ClassifyDirEntryName(m_item.name);
         if (m_item.kind ==
             DirItemSubdir) // a plain name of which nothing is known: a file until somebody asks
-            m_item = {std::move(m_item.name), DirItemFile, false, FileKindUnknown};
+            m_item = {m_item.name, DirItemFile, false, FileKindUnknown};
     }
     if (m_item.kind == DirItemSubdir || m_item.kind == DirItemFile)
         return;
     ustring fullName = m_dirName;
-    ovConcatPathSubdir(fullName, m_item.name);
+    AppendElement(fullName, m_item.name);
     if (!m_manager->DirExists(fullName))
-        m_item = {std::move(m_item.name), DirItemFile, false, FileKindUnknown};
+        m_item = {m_item.name, DirItemFile, false, FileKindUnknown};
 }
 
 void DirReader::ClassifyByAttributes(unsigned short word) {

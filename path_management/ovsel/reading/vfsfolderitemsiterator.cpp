@@ -16,12 +16,18 @@ bool IsThere(const vfs::Folder& folder) {
     }
 }
 
-/// An entry of the listing as an item source delivers it.
+/// An entry of the listing as an item source delivers it; @p name takes the text.
 struct ItemOfEntry {
-    DirItemInfo operator()(const vfs::File& file) const { return {file.getName(), DirItemFile, true, 0}; }
+    ustring& name;
+
+    DirItemInfo operator()(const vfs::File& file) const {
+        name = file.getName();
+        return {name, DirItemFile, true, 0};
+    }
 
     DirItemInfo operator()(const vfs::Folder& folder) const {
-        DirItemInfo item{folder.getName(), DirItemUnknown, true, 0};
+        name = folder.getName();
+        DirItemInfo item{name, DirItemUnknown, true, 0};
         if (IsThere(folder)) {
             item.kind = ClassifyDirEntryName(item.name);
         } else {
@@ -61,5 +67,5 @@ void VFSFolderItemsIterator::LoadEntry() {
     if (m_position == m_listing.end())
         m_atEnd = true;
     else
-        m_item = std::visit(ItemOfEntry(), *m_position);
+        m_item = std::visit(ItemOfEntry{m_name}, *m_position);
 }

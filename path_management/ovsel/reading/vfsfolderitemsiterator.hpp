@@ -21,6 +21,7 @@ class VFSFolderItemsIterator final : public IDirItemsIterator {
 
     foundation::storage::vfs::AbsoluteIRI m_location;
     const foundation::storage::vfs::StorageSystemReference* m_reference;
+    ustring m_name; ///< of m_item
     DirItemInfo m_item;
     bool m_atEnd = false;
     foundation::storage::vfs::FolderListing m_listing;
