@@ -1,9 +1,12 @@
 #include "ovsel/cache/cachedirnode.hpp"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <new>
 
 #include "host_interfaces/utility.hpp"
+#include "ovsel/names/makeroom.hpp"
 
 namespace Quorrant::ovsel {
 
@@ -23,6 +26,39 @@ void Reserve(char*& block, std::size_t& capacity, std::size_t needed) {
     capacity = grown;
 }
 
+using Word = std::uint64_t;
+
+constexpr Word InEachByte(unsigned char byte) { return byte * Word{0x0101'0101'0101'0101}; }
+
+/// Every `/` among eight bytes becomes a `\`.
+constexpr Word WithBackslashes(Word bytes) {
+    const Word difference = bytes ^ InEachByte('/');
+    const Word low = (difference & InEachByte(0x7f)) + InEachByte(0x7f);
+    const Word slashes = ~(low | difference | InEachByte(0x7f)) >> 7; // 1 in each
+    return bytes ^ slashes * ('/' ^ '\\');
+}
+
+void CopyWord(const char* from, char* to) {
+    Word bytes = 0;
+    std::memcpy(&bytes, from, sizeof bytes);
+    bytes = WithBackslashes(bytes);
+    std::memcpy(to, &bytes, sizeof bytes);
+}
+
+/// With `\` for each `/`. @return the end of the copy.
+char* CopyName(std::string_view name, char* to) {
+    if (name.size() < sizeof(Word))
+        return std::replace_copy(name.begin(), name.end(), to, '/', '\\');
+    // The last word goes back into what has been copied already.
+    const std::size_t last = name.size() - sizeof(Word);
+    for (std::size_t at = 0; at < last; at += sizeof(Word))
+        CopyWord(name.data() + at, to + at);
+    CopyWord(name.data() + last, to + last);
+    return to + name.size();
+}
+
+bool IsFile(char letter) { return letter == 'F' || letter == 'C' || letter == 'N'; }
+
 } // namespace
 
 CacheDirNode::~CacheDirNode() {
@@ -37,10 +73,14 @@ void CacheDirNode::AddName(std::string_view name, char letter) {
     // Room for the empty name at the end too.
     Reserve(m_names, m_namesCapacity, m_namesLength + name.size() + 2);
     Reserve(m_letters, m_lettersCapacity, m_lettersCount + 1);
-    std::memcpy(m_names + m_namesLength, name.data(), name.size());
+    if (!IsFile(letter)) {
+        MakeRoom(m_noFiles);
+        m_noFiles.push_back(m_namesLength);
+    }
+    char* const end = CopyName(name, m_names + m_namesLength);
+    end[0] = '\0';
+    end[1] = '\0';
     m_namesLength += name.size() + 1;
-    m_names[m_namesLength - 1] = '\0';
-    m_names[m_namesLength] = '\0';
     m_letters[m_lettersCount++] = letter;
 }
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 #include "host_interfaces/ustring.hpp"
 
@@ -16,7 +17,7 @@ struct CacheDirNode {
     CacheDirNode(const CacheDirNode&) = delete;
     CacheDirNode& operator=(const CacheDirNode&) = delete;
 
-    /// Adds an entry with the letter of its element. @throws std::bad_alloc
+    /// Adds an entry with the letter of its element; a `/` in the name becomes `\`. @throws std::bad_alloc
     void AddName(std::string_view name, char letter);
     /// Ends the list of names with an empty one; nothing may be added afterwards. @throws std::bad_alloc
     void CompleteNames();
@@ -31,6 +32,7 @@ struct CacheDirNode {
     std::size_t m_lettersCapacity = 0;
     std::size_t m_lettersCount = 0;
     std::unique_ptr<CacheDirNode> m_nextSibling;
+    std::vector<std::size_t> m_noFiles; ///< where the names of other entries than files begin in m_names
 };
 
 } // namespace Quorrant::ovsel

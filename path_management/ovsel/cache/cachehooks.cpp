@@ -48,26 +48,37 @@ unsigned short WordOf(char letter) {
 /// A byte as a unit, with its sign, as it has always been: what is beyond ASCII is not that name any more.
 char16_t UnitOf(char byte) { return static_cast<char16_t>(static_cast<signed char>(byte)); }
 
+/// Takes what comes again of special directories out of a listing, in place.
+void DropRepeated(char16_t* names, unsigned short* words, std::size_t count, bool caseSensitive) {
+    SpecialNames special(caseSensitive);
+    char16_t* end = names;
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::u16string_view name(names);
+        names += name.size() + 1;
+        if ((words[i] & FileWord) == 0 && special.IsRepeated(name))
+            continue;
+        std::memmove(end, name.data(), (name.size() + 1) * sizeof(char16_t));
+        end += name.size() + 1;
+        words[kept++] = words[i];
+    }
+    *end = u'\0';
+}
+
+bool HasRepeated(const CacheDirNode& node, const char16_t* names, bool caseSensitive) {
+    SpecialNames special(caseSensitive);
+    return std::any_of(node.m_noFiles.begin(), node.m_noFiles.end(),
+                       [&](std::size_t begin) { return special.IsRepeated(names + begin); });
+}
+
 /// What a listing hook hands out for a directory of the cache.
 char16_t* HandOut(const CacheDirNode& node, bool caseSensitive, unsigned short** attributes) {
     auto names = AllocateUnits<char16_t>(node.m_namesLength);
     auto words = AllocateUnits<unsigned short>(node.m_lettersCount);
-    SpecialNames special(caseSensitive);
-    char16_t* end = names.get();
-    std::size_t count = 0;
-    const char* name = node.m_names;
-    for (std::size_t i = 0; i < node.m_lettersCount; ++i, name += std::strlen(name) + 1) {
-        char16_t* const begin = end;
-        end = std::transform(name, name + std::strlen(name), begin, UnitOf);
-        const unsigned short word = WordOf(node.m_letters[i]);
-        if ((word & FileWord) == 0 && special.IsRepeated(ustring(begin, end))) {
-            end = begin;
-            continue;
-        }
-        *end++ = u'\0';
-        words[count++] = word;
-    }
-    *end = u'\0';
+    std::transform(node.m_names, node.m_names + node.m_namesLength, names.get(), UnitOf);
+    std::transform(node.m_letters, node.m_letters + node.m_lettersCount, words.get(), WordOf);
+    if (HasRepeated(node, names.get(), caseSensitive))
+        DropRepeated(names.get(), words.get(), node.m_lettersCount, caseSensitive);
     if (attributes)
         *attributes = words.release();
     return names.release();

@@ -9,6 +9,7 @@
 #include "ovsel/cache/cachestate.hpp"
 #include "ovsel/cache/loadtoolboxcache.hpp"
 #include "ovsel/frame/handlecheck.hpp"
+#include "ovsel/frame/ipathmanager.hpp"
 #include "ovsel/reading/vfsmode.hpp"
 
 using namespace Quorrant::ovsel;
@@ -26,6 +27,8 @@ void ovUseToolboxCache(ovPath path, const ustring& cacheFile, const ustring& pre
     const std::string fileName = fl::i18n::codecvt_ustring_to_narrow_string()(cacheFile);
     if (!LoadToolboxCache(path, fileName.c_str(), state.prefix))
         return;
+    if (state.tree && path != nullptr)
+        path->ExpectNames(state.tree->GetEntryCount());
     // What is loaded is in use before anything is printed about it, which takes memory.
     if (!IsVFSMode())
         ovSetIOFcns(path, CacheReadDirectory, CacheGetAccessibility, nullptr, CacheIsDirectory,

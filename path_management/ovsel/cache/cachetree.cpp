@@ -12,6 +12,7 @@ CacheTree::CacheTree(std::unique_ptr<CacheDirNode> root) : m_root(std::move(root
 
 /// As deep as the file is, which its reader limits.
 void CacheTree::NumberChildren(const CacheDirNode& parent) {
+    m_entryCount += parent.m_lettersCount;
     std::vector<Place> children;
     for (const CacheDirNode* child = parent.m_firstChild.get(); child; child = child->m_nextSibling.get()) {
         children.push_back(static_cast<Place>(m_nodes.size()));

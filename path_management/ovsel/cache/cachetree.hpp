@@ -1,8 +1,8 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -10,6 +10,7 @@
 #include <boost/unordered/unordered_flat_map.hpp>
 
 #include "ovsel/cache/cachedirnode.hpp"
+#include "ovsel/names/unitwords.hpp"
 
 namespace Quorrant::ovsel {
 
@@ -33,6 +34,8 @@ class CacheTree {
     Answer Find(Place start, std::u16string_view name, bool caseSensitive);
 
     const CacheDirNode& At(Place place) const { return *m_nodes[place].node; }
+    /// Of all directories together.
+    std::size_t GetEntryCount() const { return m_entryCount; }
 
   private:
     struct Node {
@@ -41,9 +44,8 @@ class CacheTree {
     };
     struct Hash {
         using is_transparent = void;
-        std::size_t operator()(std::u16string_view name) const {
-            return std::hash<std::u16string_view>()(name);
-        }
+        using is_avalanching = void;
+        std::size_t operator()(std::u16string_view name) const { return HashUnits(name); }
     };
     struct Equal {
         using is_transparent = void;
@@ -62,6 +64,7 @@ class CacheTree {
 
     std::unique_ptr<CacheDirNode> m_root;
     std::vector<Node> m_nodes;
+    std::size_t m_entryCount = 0;
     std::array<std::optional<Index>, 2> m_indexes; ///< by case rule, made at the first search
 };
 

@@ -50,23 +50,34 @@ class LineSource {
 
     /// Passes everything up to @p wanted and that too. @return false at the end of the file.
     bool SkipPast(char wanted) {
-        return TakePast(wanted, [](std::string_view) { return true; });
-    }
-
-    /// Hands what comes before @p wanted to @p use, a piece at a time, and passes that too. @return false at
-    /// the end of the file, or when @p use wants no more.
-    template <class Use>
-    bool TakePast(char wanted, Use use) {
         do {
-            const char* const rest = m_next;
-            if (const char* const found = Find(wanted, m_seenEnd)) {
-                m_next = found + 1;
-                return use(std::string_view(rest, found));
-            }
-            if (!use(std::string_view(rest, m_seenEnd)))
-                return false;
+            // What is passed over is short, and in a cache as we write it always as long.
+            while (m_next != m_seenEnd)
+                if (*m_next++ == wanted)
+                    return true;
         } while (BeginLine());
         return false;
+    }
+
+    /// What comes before @p wanted, and passes that too: nearly always a part of one line, else joined in
+    /// @p room. Stays until more is taken. @return nothing at the end of the file, or for more than @p most
+    /// bytes.
+    std::optional<std::string_view> TakeUntil(char wanted, std::size_t most, std::string& room) {
+        room.clear();
+        do {
+            const char* const found = Find(wanted, m_seenEnd);
+            const std::string_view piece(m_next, found ? found : m_seenEnd);
+            if (room.size() + piece.size() > most)
+                return std::nullopt;
+            if (found)
+                m_next = found + 1;
+            if (found && room.empty())
+                return piece;
+            room.append(piece);
+            if (found)
+                return room;
+        } while (BeginLine());
+        return std::nullopt;
     }
 
     /// Is what comes next exactly this? Takes as much as agrees and one more.
@@ -105,7 +116,7 @@ class LineSource {
         if (!m_isReadWhole && m_filled - m_next < MostLineBytes)
             FillBlock();
         m_lineEnd = FindLineEnd();
-        if (std::ferror(m_file.get()) && IsCutShort())
+        if (m_hasFailed && IsCutShort())
             m_filled = m_lineEnd = m_next;
         const char* const nul = m_holdsNul ? Find('\0', m_lineEnd) : nullptr;
         m_seenEnd = nul ? nul : m_lineEnd;
@@ -119,6 +130,7 @@ class LineSource {
         const std::size_t room = m_block.size() - left;
         const std::size_t taken = std::fread(m_block.data() + left, 1, room, m_file.get());
         m_isReadWhole = taken < room;
+        m_hasFailed = std::ferror(m_file.get()) != 0;
         m_next = m_block.data();
         m_filled = m_next + left + taken;
         m_holdsNul = Find('\0', m_filled) != nullptr;
@@ -132,6 +144,7 @@ class LineSource {
     const char* m_lineEnd = m_filled;      ///< where the next line begins
     bool m_holdsNul = false;               ///< the block does, somewhere
     bool m_isReadWhole = false;
+    bool m_hasFailed = false;
 };
 
 /// Recursive descent over directory blocks. Every step answers false for contents that are not a cache's.
@@ -170,17 +183,19 @@ class ContentsReader {
 
   private:
     bool ReadEntry(CacheDirNode& node, char letter) {
-        if (!ReadName())
+        const auto name = ReadName();
+        if (!name)
             return false;
-        node.AddName(Name(), letter);
+        node.AddName(*name, letter);
         return m_source.Expect("/>");
     }
 
     /// @p end is where the next child of @p parent goes.
     bool ReadDirectory(CacheDirNode& parent, std::unique_ptr<CacheDirNode>*& end, int depth) {
-        if (depth > MostCacheDepth || !ReadName())
+        const auto text = depth > MostCacheDepth ? std::nullopt : ReadName();
+        if (!text)
             return false;
-        std::optional<ustring> name = AsciiName();
+        std::optional<ustring> name = AsciiName(*text);
         if (!name)
             return true; // not entered: the lines of the block are read as the parent's
         *end = std::make_unique<CacheDirNode>(*std::move(name));
@@ -193,33 +208,24 @@ class ContentsReader {
         return m_source.Expect("D>");
     }
 
-    /// The text between the next two double quotes, with `/` turned into `\`.
-    bool ReadName() {
-        if (!m_source.SkipPast('"'))
-            return false;
-        m_nameLength = 0;
-        return m_source.TakePast('"', [this](std::string_view piece) {
-            if (m_nameLength + piece.size() > MostNameBytes)
-                return false;
-            std::replace_copy(piece.begin(), piece.end(), m_name.begin() + m_nameLength, '/', '\\');
-            m_nameLength += piece.size();
-            return true;
-        });
+    /// The text between the next two double quotes; it stays until more is read.
+    std::optional<std::string_view> ReadName() {
+        return m_source.SkipPast('"') ? m_source.TakeUntil('"', MostNameBytes, m_room) : std::nullopt;
     }
 
-    std::string_view Name() const { return {m_name.data(), m_nameLength}; }
-
-    std::optional<ustring> AsciiName() const {
+    /// With `/` turned into `\`.
+    static std::optional<ustring> AsciiName(std::string_view text) {
         try {
-            return fl::i18n::codecvt_ascii_to_ustring()(Name());
+            ustring name = fl::i18n::codecvt_ascii_to_ustring()(text);
+            std::replace(name.begin(), name.end(), u'/', u'\\');
+            return name;
         } catch (const fl::i18n::CvtInvalidCharacter&) {
             return std::nullopt;
         }
     }
 
     LineSource& m_source;
-    std::array<char, MostNameBytes> m_name;
-    std::size_t m_nameLength = 0;
+    std::string m_room; ///< for a name that goes over lines
     int m_directoryCount = 0;
 };
 

@@ -92,6 +92,8 @@ class IPathManager {
     /// Where name entries and file records live.
     virtual BlockPool& GetBlockPool() = 0;
     virtual PathNameInfo* AddNameInfo(std::u16string_view name, std::int32_t& spelling) = 0;
+    /// See NameTable::Expect.
+    virtual void ExpectNames(std::size_t count) = 0;
     /// See NameTable::IsAscii.
     virtual bool HasAsciiNamesOnly() const = 0;
     /// Deletes @p info, whose chains must be empty.

@@ -121,6 +121,8 @@ PathNameInfo* PathMgr::AddNameInfo(std::u16string_view name, std::int32_t& spell
 
 void PathMgr::RemoveNameInfo(PathNameInfo* info) { m_nameIndex->Remove(info); }
 
+void PathMgr::ExpectNames(std::size_t count) { m_nameIndex->Expect(count); }
+
 bool PathMgr::HasAsciiNamesOnly() const { return m_nameIndex->IsAscii(); }
 
 void PathMgr::EnterFullName(PathDirItemInfo* record) { m_fullNameIndex->Enter(record); }

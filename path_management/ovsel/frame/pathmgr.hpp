@@ -73,6 +73,7 @@ class PathMgr final : public IPathManager {
     PathNameInfo* FindNameInfo(std::u16string_view name) const override;
     BlockPool& GetBlockPool() override { return *m_blocks; }
     PathNameInfo* AddNameInfo(std::u16string_view name, std::int32_t& spelling) override;
+    void ExpectNames(std::size_t count) override;
     bool HasAsciiNamesOnly() const override;
     void RemoveNameInfo(PathNameInfo* info) override;
 
