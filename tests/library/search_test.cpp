@@ -48,6 +48,67 @@ TEST_F(SearchFixture, HoldAFileOfTheNextDirectoryBackInABoundedWalk) {
     EXPECT_EQ("2 C:\\A\\plot.sv", all.Step());
 }
 
+template <class Find>
+std::string AnswerOf(Find find) {
+    ovDir dir;
+    ustring name = u"left over";
+    const int match = find(&dir, name);
+    return std::to_string(match) + " " + N(name) + " in " + N(ovGetDirName(dir));
+}
+
+/// The first step of a search, and what is asked once, which may be answered without a search.
+template <class Create, class Once>
+void ExpectSame(Create create, Once once) {
+    const std::string answer = AnswerOf(once); // before the search has looked at the disk for it
+    EXPECT_EQ(AnswerOf([&](ovDir* dir, ustring& name) {
+                  const Search search(create());
+                  return ovFindNextFile(search.Get(), dir, name);
+              }),
+              answer);
+}
+
+TEST_F(PathFixture, SearchesAnswerASingleQuestionAlike) {
+    const Extensions lists[] = {{".p", "sv"}, {".SV", "sv", "P"}, {"", "x"}, {"k"}};
+    const char* const names[] = {"plot",  "Plot",    "PLOT",   "own",     "only", "draw",    "deep",
+                                 "twice", "@plot",   "+twice", "plot.sv", ".sv",  "k",       "A\\plot",
+                                 "C/own", "twice",   "inpack", "bare",    "none", "private", "dot.",
+                                 "dot",   "assumed", "umlaut", "folder",  "@x",   ""};
+    for (const ovCaseSensitivity rule : {ovCaseSensitive, ovCaseInsensitive})
+        for (const char* hidden : {"own.p deep.sv", "own.p deep.sv \u212a.sv"}) {
+            disk.Put(
+                "C:",
+                "A/ { plot.sv Plot.P PLOT.txt own.sv folder? @plot/ { plot.sv draw.sv only.p } private/ } "
+                "A/folder/ B/ { twice.txt k.k k.\u212a umlaut.\u00e4 bare dot. x.@x assumed? "
+                "+pack/ { inpack.sv plot.p } } C/ { twice.sv own.p private/ { own.sv } }");
+            disk.Put("C:\\A\\private", hidden);
+            disk.Put("C:\\A\\folder", "");
+            path = NewPath(hidden, rule);
+            Add("C:\\A"), Add("C:\\B"), Add("C:\\C");
+            ustring none;
+            EXPECT_THROW(ovFindFirstFileInAll(path, u"own", Extensions{"sv", "\u00e4"}, nullptr, none),
+                         fl::i18n::CvtInvalidCharacter);
+            for (const char* name : names)
+                for (std::size_t i = std::size(lists) + 1; i-- > 0;) {
+                    const ovExtensionList wanted = i < std::size(lists) ? ovExtensionList(lists[i]) : nullptr;
+                    SCOPED_TRACE(std::string(name) + " with list " + std::to_string(i));
+                    ExpectSame([&] { return ovCreateAllSearchIterator(path, U(name), wanted, ovCaseOfPath); },
+                               [&](ovDir* dir, ustring& full) {
+                                   return ovFindFirstFileInAll(path, U(name), wanted, dir, full);
+                               });
+                    for (const char* from : {"C:\\A", "C:\\C", "C:\\A\\private", "C:\\A\\@plot", "C:\\no"})
+                        ExpectSame(
+                            [&] {
+                                return ovCreateDirnameVisibleSearchIterator(path, U(from), U(name), wanted,
+                                                                            ovCaseOfPath);
+                            },
+                            [&](ovDir* dir, ustring& full) {
+                                return ovFindFirstFileVisibleToFile(path, U(from) + u"\\q.sv", U(name),
+                                                                    wanted, dir, full);
+                            });
+                }
+        }
+}
+
 TEST_F(SearchFixture, TakesMissingNamesSearchesAndOutputs) {
     Search onPath(ovCreatePathOnlySearchIterator(path, owner, "@plot\\draw", pAndSv, ovCaseOfPath));
     EXPECT_EQ("2 A\\@plot\\draw.sv", Short(onPath.All()));

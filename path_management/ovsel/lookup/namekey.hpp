@@ -14,31 +14,34 @@ class NameKey {
     explicit NameKey(std::u16string_view name)
         : m_words((name.size() + UnitsPerWord - 1) / UnitsPerWord, boost::container::default_init),
           m_size(name.size()),
-          m_hash(MixBits(name.size() + 1)) {
-        std::uint64_t* next = m_words.data();
-        ForEachWord(name, [&](std::uint64_t word) {
-            *next = Lowered(word);
-            m_seen |= *next;
-            m_hash = MixBits(m_hash ^ *next++);
-        });
-    }
+          m_digest(name, [next = m_words.data()](std::uint64_t word) mutable { *next++ = word; }) {}
 
     /// What a key of the name would answer. Takes no memory: what is removed must be found without fail.
     struct Digest {
-        explicit Digest(std::u16string_view name) : hash(MixBits(name.size() + 1)) {
-            ForEachWord(name, [this](std::uint64_t word) {
-                seen |= Lowered(word);
-                hash = MixBits(hash ^ Lowered(word));
+        explicit Digest(std::u16string_view name) : Digest(name, [](std::uint64_t) {}) {}
+        /// @p use gets each word, lowered.
+        template <class Use>
+        Digest(std::u16string_view name, Use use) {
+            // Not in the fields, which would be written and read again at each word.
+            std::uint64_t allHash = MixBits(name.size() + 1);
+            std::uint64_t allSeen = 0;
+            ForEachWord(name, [&](std::uint64_t word) {
+                const std::uint64_t lowered = Lowered(word);
+                use(lowered);
+                allSeen |= lowered;
+                allHash = MixBits(allHash ^ lowered);
             });
+            hash = allHash;
+            seen = allSeen;
         }
         bool IsAscii() const { return (seen & beyondAscii) == 0; }
 
         std::uint64_t hash;
-        std::uint64_t seen = 0; ///< every bit that any word has
+        std::uint64_t seen; ///< every bit that any word has
     };
 
-    std::uint64_t GetHash() const { return m_hash; }
-    bool IsAscii() const { return (m_seen & beyondAscii) == 0; }
+    std::uint64_t GetHash() const { return m_digest.hash; }
+    bool IsAscii() const { return m_digest.IsAscii(); }
 
     /// Is this the key of @p name?
     bool IsKeyOf(std::u16string_view name) const {
@@ -66,6 +69,5 @@ class NameKey {
 
     boost::container::small_vector<std::uint64_t, usualWords> m_words;
     std::size_t m_size;
-    std::uint64_t m_hash;
-    std::uint64_t m_seen = 0; ///< every bit that any word has
+    Digest m_digest;
 };

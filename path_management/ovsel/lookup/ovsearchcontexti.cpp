@@ -57,16 +57,12 @@ void AddExtension(Texts& extensions, const char* extension) {
         wide.push_back(static_cast<char16_t>(*extension));
 }
 
-bool ResolveRule(ovCaseSensitivity rule, const ovPath& path) {
-    return rule == ovCaseOfPath ? path->IsCaseSensitive() : rule == ovCaseSensitive;
-}
-
 } // namespace
 
 ovSearchContextI::ovSearchContextI(const SearchQuestion& question)
     : m_path(question.path),
       m_scope(question.scope),
-      m_caseSensitive(ResolveRule(question.rule, question.path)),
+      m_caseSensitive(question.IsCaseSensitive()),
       m_givenExtensions(question.extensions) {
     TakeName(question.name);
     m_path->SearchBegins(); // last, since the end is told by the destructor only

@@ -19,6 +19,10 @@ struct SearchQuestion {
     PathAllDirItemInfo* dir; ///< the place that the search looks from; null for none
     SearchScope scope;
     ovCaseSensitivity rule;
+
+    bool IsCaseSensitive() const {
+        return rule == ovCaseOfPath ? path->IsCaseSensitive() : rule == ovCaseSensitive;
+    }
 };
 
 /// What both kinds of search share: the question taken apart, and the loop that filters candidates.

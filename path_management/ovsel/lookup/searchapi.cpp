@@ -11,6 +11,7 @@
 #include "ovsel/lookup/fullnamelookup.hpp"
 #include "ovsel/lookup/ovnamesearchcontexti.hpp"
 #include "ovsel/lookup/ovsearchallcontexti.hpp"
+#include "ovsel/lookup/straightanswer.hpp"
 #include "ovsel/model/nulldiriteminfo.hpp"
 #include "ovsel/model/pathwalk.hpp"
 #include "ovsel/names/pathnames.hpp"
@@ -79,8 +80,10 @@ int FirstFile(ovSearch& search, ovDir* dir, ustring& fullName) {
     return match;
 }
 
-/// One question, one answer: the search stays on the stack.
+/// One question, one answer: a search stays on the stack.
 int AnswerOnce(const SearchQuestion& question, ovDir* dir, ustring& fullName) {
+    if (const auto match = AnswerStraight(question, dir, fullName))
+        return *match;
     if (question.name.empty()) {
         ovSearchAllContextI search(question);
         return FirstFile(search, dir, fullName);
