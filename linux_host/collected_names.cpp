@@ -77,7 +77,7 @@ bool CollectedNames::Add(const char* name, unsigned short word) {
             break;
         }
     }
-    entry.length = static_cast<std::uint32_t>(units - m_units.data() - m_used);
+    entry.length = static_cast<std::uint32_t>(units - (m_units.data() + m_used));
     m_used += entry.length + 1;
     m_entries.push_back(entry);
     return true;

@@ -30,9 +30,13 @@ const CacheTree::Index& CacheTree::IndexFor(bool caseSensitive) {
     Index made;
     made.first.reserve(m_nodes.size());
     made.next.resize(m_nodes.size(), Nowhere);
+    if (!caseSensitive)
+        made.folded.reserve(m_nodes.size()); // all of them, since the names are looked at where they are
     for (auto place = static_cast<Place>(m_nodes.size()); place-- > 0;) {
-        const ustring& name = m_nodes[place].node->m_name;
-        Place& first = made.first.try_emplace(caseSensitive ? name : FoldedName(name), Nowhere).first->second;
+        std::u16string_view name = m_nodes[place].node->m_name;
+        if (!caseSensitive)
+            name = made.folded.emplace_back(FoldedName(name));
+        Place& first = made.first.try_emplace(name, Nowhere).first->second;
         made.next[place] = first;
         first = place;
     }
@@ -42,7 +46,7 @@ const CacheTree::Index& CacheTree::IndexFor(bool caseSensitive) {
 CacheTree::Answer CacheTree::Find(Place start, std::u16string_view name, bool caseSensitive) {
     const Index& index = IndexFor(caseSensitive);
     const Place reach = m_nodes[start].reach;
-    const auto entry = caseSensitive ? index.first.find(name) : index.first.find(FoldedName(name));
+    const auto entry = index.first.find(caseSensitive ? name : std::u16string_view(FoldedName(name)));
     Place place = entry == index.first.end() ? Nowhere : entry->second;
     while (place < start)
         place = index.next[place];

@@ -43,20 +43,16 @@ class CacheTree {
         Place reach = 0; ///< the first place that a search from here does not come to
     };
     struct Hash {
-        using is_transparent = void;
         using is_avalanching = void;
         std::size_t operator()(std::u16string_view name) const { return HashUnits(name); }
-    };
-    struct Equal {
-        using is_transparent = void;
-        bool operator()(std::u16string_view a, std::u16string_view b) const { return a == b; }
     };
     static constexpr Place Nowhere = static_cast<Place>(-1);
 
     /// For one case rule: names as that rule compares them. Places of equal names are linked upwards.
     struct Index {
-        boost::unordered_flat_map<ustring, Place, Hash, Equal> first;
+        boost::unordered_flat_map<std::u16string_view, Place, Hash> first; ///< names of nodes, or folded
         std::vector<Place> next;
+        std::vector<ustring> folded;
     };
 
     void NumberChildren(const CacheDirNode& parent);
