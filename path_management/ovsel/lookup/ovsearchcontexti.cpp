@@ -12,6 +12,7 @@
 #include "ovsel/names/nameequality.hpp"
 #include "ovsel/names/ovselconstants.hpp"
 #include "ovsel/names/pathnames.hpp"
+#include "ovsel/names/plaintext.hpp"
 #include "ovsel/names/unitwords.hpp"
 
 namespace Quorrant::ovsel {
@@ -36,19 +37,11 @@ constexpr char16_t separatorUnit = fl::filesystem::PATHNAME_SEPARATOR[0];
 
 char16_t ToLower(char16_t c) { return c < 0x80 ? static_cast<char16_t>(std::tolower(c)) : c; }
 
-/// Has it nothing but ASCII? Then every text layer converts it alike.
-bool IsPlain(const char* text) {
-    // Signed, whatever plain char is here: what is not plain is below zero.
-    while (static_cast<signed char>(*text) > 0)
-        ++text;
-    return *text == '\0';
-}
-
 /// Written where it stays. A copy would read several units in one step that were written one by one a moment
 /// ago, and the processor would have to wait until they are in its caches.
 template <class Texts>
 void AddExtension(Texts& extensions, const char* extension) {
-    if (!IsPlain(extension)) {
+    if (!IsAscii(extension)) {
         extensions.push_back(fl::i18n::codecvt_ascii_to_ustring()(extension));
         return;
     }

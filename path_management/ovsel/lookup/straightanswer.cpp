@@ -10,6 +10,7 @@
 #include "ovsel/model/pathfileiteminfo.hpp"
 #include "ovsel/model/pathprivatediriteminfo.hpp"
 #include "ovsel/names/ovselconstants.hpp"
+#include "ovsel/names/plaintext.hpp"
 #include "ovsel/names/unitwords.hpp"
 
 namespace Quorrant::ovsel {
@@ -28,12 +29,6 @@ bool IsPlainName(std::u16string_view name) {
 }
 
 constexpr bool IsAsciiLetter(char16_t c) { return (c | 0x20) >= u'a' && (c | 0x20) <= u'z'; }
-
-bool IsAscii(const char* text) {
-    while (static_cast<signed char>(*text) > 0)
-        ++text;
-    return *text == '\0';
-}
 
 /// Of extensions that fold to others beyond ASCII none is equal here: where nothing matches, a search has to
 /// tell.

@@ -15,6 +15,14 @@ inline std::size_t PlainLength(const char* text) {
     return static_cast<std::size_t>(boost::numeric_cast<int>(std::strlen(text)));
 }
 
+/// Has it nothing but ASCII? Then every text layer converts it alike.
+inline bool IsAscii(const char* text) {
+    // Signed, whatever plain char is here: what is beyond ASCII is below zero.
+    while (static_cast<signed char>(*text) > 0)
+        ++text;
+    return *text == '\0';
+}
+
 /// Does the text begin with a drive, `X:`? Letters are those of ASCII, whatever the locale.
 inline bool BeginsWithDrive(const char* name) {
     const bool letter = (name[0] >= 'a' && name[0] <= 'z') || (name[0] >= 'A' && name[0] <= 'Z');
