@@ -44,7 +44,6 @@ void Widen(Word bytes, char16_t* units) {
 } // namespace
 
 bool CollectedNames::IsSpellable(std::string_view name) {
-    // find_first_of would search the set anew for each byte.
     return name.find('\\') == std::string_view::npos && name.find(':') == std::string_view::npos;
 }
 
@@ -97,8 +96,8 @@ bool CollectedNames::AddUnusual(std::string_view name, unsigned short word) {
     return true;
 }
 
-/// By the heads first: whole numbers, which can be sorted without jumps that nobody foresees. Names that
-/// begin alike are then compared whole.
+/// By the heads first: whole numbers, which can be sorted without branches that a processor cannot foresee.
+/// Names that begin alike are then compared whole, and so are all of them if one is not ASCII.
 std::vector<CollectedNames::HeadAndPlace> CollectedNames::InOrder() const {
     std::vector<HeadAndPlace> order;
     order.reserve(m_entries.size());

@@ -15,10 +15,10 @@ namespace linux_host {
 /// beyond U+FFFF.
 class CollectedNames {
   public:
-    /// So many bytes may be read behind the NUL of a name.
+    /// So many bytes may be read behind the NUL of a name, and so many units are kept behind those of names.
     static constexpr std::size_t Slack = 7;
 
-    /// Names of so many bytes together, their NULs included, come next.
+    /// Names of so many bytes together at most, their NULs included, come next.
     void Expect(std::size_t bytes);
     /// @return false, and takes nothing, for a name that the grammar cannot spell.
     /// @pre the name was expected.
@@ -30,7 +30,8 @@ class CollectedNames {
 
   private:
     struct Entry {
-        /// The first eight bytes, the first of them foremost: nearly always all that need be compared.
+        /// The first eight bytes, the first of them foremost: nearly always all that need be compared. Of
+        /// names of ASCII only.
         std::uint64_t head;
         std::size_t begin;
         std::uint32_t length; ///< the NUL not counted

@@ -68,7 +68,7 @@ void ExpectSame(Create create, Once once) {
 }
 
 TEST_F(PathFixture, SearchesAnswerASingleQuestionAlike) {
-    const Extensions lists[] = {{".p", "sv"}, {".SV", "sv", "P"}, {"", "x"}, {"k"}};
+    const Extensions lists[] = {{".p", "sv"}, {".SV", "sv", "P"}, {"", "x"}, {"k"}, {" ["}, {" "}, {"["}};
     const char* const names[] = {"plot",  "Plot",    "PLOT",   "own",     "only", "draw",    "deep",
                                  "twice", "@plot",   "+twice", "plot.sv", ".sv",  "k",       "A\\plot",
                                  "C/own", "twice",   "inpack", "bare",    "none", "private", "dot.",
@@ -78,7 +78,7 @@ TEST_F(PathFixture, SearchesAnswerASingleQuestionAlike) {
             disk.Put(
                 "C:",
                 "A/ { plot.sv Plot.P PLOT.txt own.sv folder? @plot/ { plot.sv draw.sv only.p } private/ } "
-                "A/folder/ B/ { twice.txt k.k k.\u212a umlaut.\u00e4 bare dot. x.@x assumed? "
+                "A/folder/ B/ { twice.txt k.k k.\u212a umlaut.\u00e4 bare dot. x.@x odd.{ assumed? "
                 "+pack/ { inpack.sv plot.p } } C/ { twice.sv own.p private/ { own.sv } }");
             disk.Put("C:\\A\\private", hidden);
             disk.Put("C:\\A\\folder", "");
@@ -107,6 +107,20 @@ TEST_F(PathFixture, SearchesAnswerASingleQuestionAlike) {
                             });
                 }
         }
+}
+
+TEST_F(SearchFixture, AnswerIntoTheTextThatAsks) {
+    disk.Put("C:", "D/ { assumed? }");
+    Add("C:\\D");
+    for (const auto& [name, answer] :
+         {std::pair{u"plot", "-1 C:\\C\\plot.p"}, {u"none", "0 "}, {u"assumed", "-1 C:\\D\\assumed"}}) {
+        ustring text = name;
+        const int match = ovFindFirstFileInAll(path, text, nullptr, nullptr, text);
+        EXPECT_EQ(answer, std::to_string(match) + " " + N(text));
+    }
+    ustring asker = u"C:\\A\\x.sv";
+    EXPECT_EQ(-1, ovFindFirstFileVisibleToFile(path, asker, u"plot", nullptr, nullptr, asker));
+    EXPECT_EQ(u"C:\\C\\plot.p", asker);
 }
 
 TEST_F(SearchFixture, TakesMissingNamesSearchesAndOutputs) {

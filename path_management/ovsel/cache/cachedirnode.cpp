@@ -49,7 +49,7 @@ void CopyWord(const char* from, char* to) {
 char* CopyName(std::string_view name, char* to) {
     if (name.size() < sizeof(Word))
         return std::replace_copy(name.begin(), name.end(), to, '/', '\\');
-    // The last word goes back into what has been copied already.
+    // The last word goes back into what has been copied already, and writes the same there.
     const std::size_t last = name.size() - sizeof(Word);
     for (std::size_t at = 0; at < last; at += sizeof(Word))
         CopyWord(name.data() + at, to + at);

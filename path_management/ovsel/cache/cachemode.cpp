@@ -27,13 +27,13 @@ void ovUseToolboxCache(ovPath path, const ustring& cacheFile, const ustring& pre
     const std::string fileName = fl::i18n::codecvt_ustring_to_narrow_string()(cacheFile);
     if (!LoadToolboxCache(path, fileName.c_str(), state.prefix))
         return;
-    if (state.tree && path != nullptr)
-        path->ExpectNames(state.tree->GetEntryCount());
     // What is loaded is in use before anything is printed about it, which takes memory.
     if (!IsVFSMode())
         ovSetIOFcns(path, CacheReadDirectory, CacheGetAccessibility, nullptr, CacheIsDirectory,
                     CacheGetFileTime);
     state.inMode = true;
+    if (state.tree && path != nullptr)
+        path->ExpectNames(state.tree->GetEntryCount());
     if (state.IsTalkative()) {
         HostPrintf("Request to use Toolbox Cache received or confirmed.\n");
         HostPrintf("Toolbox Path prefix is %s\n", PrintableName(state.prefix).c_str());

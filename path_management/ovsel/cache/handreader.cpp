@@ -51,7 +51,7 @@ class LineSource {
     /// Passes everything up to @p wanted and that too. @return false at the end of the file.
     bool SkipPast(char wanted) {
         do {
-            // What is passed over is short, and in a cache as we write it always as long.
+            // What is passed over is short: to call for a search of blocks would cost more.
             while (m_next != m_seenEnd)
                 if (*m_next++ == wanted)
                     return true;

@@ -1,5 +1,8 @@
 #include "ovsel/lookup/nametable.hpp"
 
+#include <algorithm>
+#include <new>
+
 NameTable::~NameTable() {
     for (const Slot& slot : m_slots)
         PathNameInfo::Deleter()(slot.info);
@@ -17,6 +20,18 @@ PathNameInfo* NameTable::Add(std::u16string_view name, std::int32_t& spelling) {
     m_isAscii = m_isAscii && key.IsAscii();
     spelling = 0;
     return info.release();
+}
+
+void NameTable::Expect(std::size_t count) {
+    constexpr std::size_t most = 1 << 20;
+    const std::size_t wanted = std::min(count, most);
+    if (wanted <= m_slots.max_load())
+        return;
+    try {
+        m_slots.reserve(wanted);
+    } catch (const std::bad_alloc&) {
+        // It grows when the names come.
+    }
 }
 
 void NameTable::Remove(PathNameInfo* info) {

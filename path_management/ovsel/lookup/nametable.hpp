@@ -25,11 +25,9 @@ class NameTable {
     }
     /// The entry of a name, made if it is new; @p spelling gets the index of this exact spelling.
     PathNameInfo* Add(std::u16string_view name, std::int32_t& spelling);
-    /// Makes room for so many names, lest the table grow step by step. @throws std::bad_alloc
-    void Expect(std::size_t count) {
-        if (count > m_slots.max_load())
-            m_slots.reserve(count);
-    }
+    /// Makes room for so many names, lest the table grow step by step. A wish: where memory is short nothing
+    /// happens, and beyond a million names whoever says so has to bring them first.
+    void Expect(std::size_t count);
     /// Deletes an entry.
     void Remove(PathNameInfo* info);
 

@@ -21,7 +21,7 @@ using Rank = std::optional<std::int32_t>;
 
 constexpr char16_t separatorUnit = fl::filesystem::PATHNAME_SEPARATOR[0];
 
-/// Does the name say nothing but itself: no place, no extension?
+/// Does the name say nothing but itself: no place, no extension? @pre it is not empty
 bool IsPlainName(std::u16string_view name) {
     return name.front() != OvselConstants::U16_OOPSENTINEL[0] &&
            name.front() != OvselConstants::U16_OBJPKGSENTINEL[0] &&
@@ -30,8 +30,8 @@ bool IsPlainName(std::u16string_view name) {
 
 constexpr bool IsAsciiLetter(char16_t c) { return (c | 0x20) >= u'a' && (c | 0x20) <= u'z'; }
 
-/// Of extensions that fold to others beyond ASCII none is equal here: where nothing matches, a search has to
-/// tell.
+/// Sees equality within ASCII only. An extension that is equal by folding beyond it counts as another here,
+/// and the question goes to a search.
 bool IsAskedExtension(const char* asked, const char16_t* had, bool caseSensitive) {
     for (;; ++asked, ++had) {
         const auto a = static_cast<char16_t>(*asked);
@@ -43,8 +43,9 @@ bool IsAskedExtension(const char* asked, const char16_t* had, bool caseSensitive
     }
 }
 
-/// As a search ranks it: -1 for no list, else the place in the list; nothing if that is not sure. Of the list
-/// a search takes all, and the text layer may have something to say of what is beyond ASCII there.
+/// As a search ranks it: -1 for no list, else the place in the list; nothing if that is not sure. A search
+/// converts the whole list at its first candidate, and the text layer refuses what is beyond ASCII: so all of
+/// it is looked at here too.
 Rank RankOf(const PathFileItemInfo& file, ovExtensionList extensions, bool caseSensitive) {
     constexpr std::int32_t anyExtension = -1;
     if (!extensions || !*extensions)
@@ -68,7 +69,8 @@ bool LiesInPackage(const PathAllDirItemInfo* dir) {
     return dir != nullptr;
 }
 
-/// Might something come before the files of path directories: a private one of the asker, a constructor?
+/// Might something come before the files of path directories: a private one of the asker, a constructor? A
+/// private one that is equal beyond ASCII would stand under another name of the index.
 bool MayBeShadowed(const SearchQuestion& question, const PathNameInfo& info) {
     if (info.GetChain(NameNestedFile))
         return true;
@@ -90,7 +92,7 @@ Rank Judge(const PathItemInfo& item, const SearchQuestion& question) {
     const bool caseSensitive = question.IsCaseSensitive();
     if (!item.IsVerified() || (caseSensitive && item.GetName() != question.name))
         return std::nullopt;
-    if (!item.IsDirect() && LiesInPackage(item.GetParent()))
+    if (!item.IsDirectLeaf() && LiesInPackage(item.GetParent()))
         return std::nullopt;
     return RankOf(static_cast<const PathFileItemInfo&>(item), question.extensions, caseSensitive);
 }

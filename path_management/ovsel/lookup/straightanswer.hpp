@@ -18,6 +18,7 @@ struct SearchQuestion;
 /// Only reads, and calls nobody: whatever has to be asked of the disk or of the host is left to a search.
 /// @pre the scope is SearchScopeAll or SearchScopeVisible.
 /// @param dir may be null.
+/// @param fullName may be the very text that the question's name is in.
 /// @return the match as a search gives it, and @p dir and @p fullName are set; nothing if a search has to be
 /// made, and neither has been touched.
 std::optional<std::int32_t> AnswerStraight(const SearchQuestion& question, ovDir* dir, ustring& fullName);

@@ -33,10 +33,11 @@ void* BlockPool::Allocate(std::size_t size) {
         m_free[sizeClass] = m_free[sizeClass]->next;
     } else {
         const std::size_t room = sizeClass * Grain;
-        if (GapBefore(room) + room > static_cast<std::size_t>(m_pageEnd - m_next))
-            BeginPage();
-        block = m_next + GapBefore(room);
-        m_next = static_cast<std::byte*>(block) + room;
+        Strip& strip = room <= CacheLine ? m_lines : m_longer;
+        if (GapBefore(strip, room) + room > static_cast<std::size_t>(strip.end - strip.next))
+            BeginPage(strip);
+        block = strip.next + GapBefore(strip, room);
+        strip.next = static_cast<std::byte*>(block) + room;
     }
     ++m_blockCount;
     return block;
@@ -58,21 +59,19 @@ void BlockPool::Free(void* block, std::size_t size) noexcept {
     first = new (block) FreeBlock{first};
 }
 
-/// What is left of the present line, unless that is room enough.
-std::size_t BlockPool::GapBefore(std::size_t room) const {
-    const std::size_t left = CacheLine - reinterpret_cast<std::uintptr_t>(m_next) % CacheLine;
-    return room <= left ? 0 : left % CacheLine;
+/// What is left of the present line, if the block fits into a line but not into that.
+std::size_t BlockPool::GapBefore(const Strip& strip, std::size_t room) {
+    const std::size_t left = CacheLine - reinterpret_cast<std::uintptr_t>(strip.next) % CacheLine;
+    return room <= left || room > CacheLine ? 0 : left;
 }
 
-void BlockPool::BeginPage() {
-    const bool isChunkFull =
-        m_chunks.empty() || m_pageEnd == m_chunks.back().pages + m_chunks.back().count * PageSize;
-    if (isChunkFull)
+void BlockPool::BeginPage(Strip& strip) {
+    if (m_nextPage == m_chunkEnd)
         AddChunk();
-    std::byte* const page = isChunkFull ? m_chunks.back().pages : m_pageEnd;
+    std::byte* const page = m_nextPage;
+    m_nextPage += PageSize;
     new (page) Page{this};
-    m_next = page + sizeof(Page);
-    m_pageEnd = page + PageSize;
+    strip = {page + sizeof(Page), page + PageSize};
 }
 
 /// Chunks grow, so that a small path costs a page and a large one few requests.
@@ -81,6 +80,8 @@ void BlockPool::AddChunk() {
     const std::size_t count = m_chunks.empty() ? 1 : std::min(2 * m_chunks.back().count, MaxChunkPages);
     void* const pages = ::operator new(count* PageSize, std::align_val_t(PageSize));
     m_chunks.push_back({static_cast<std::byte*>(pages), count});
+    m_nextPage = m_chunks.back().pages;
+    m_chunkEnd = m_nextPage + count * PageSize;
 }
 
 void BlockPool::Clear() noexcept {
@@ -88,5 +89,6 @@ void BlockPool::Clear() noexcept {
         ::operator delete(chunk.pages, std::align_val_t(PageSize));
     m_chunks.clear();
     m_free = {};
-    m_next = m_pageEnd = nullptr;
+    m_lines = m_longer = {};
+    m_nextPage = m_chunkEnd = nullptr;
 }

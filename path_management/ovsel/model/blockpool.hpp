@@ -8,9 +8,9 @@
 /// brings them: what a look-up touches together lies together, and none of them pays for a heap's
 /// bookkeeping.
 ///
-/// A block lies in as few lines of the processor's caches as it can. One that is given back serves the next
-/// object of its size. The heap gets its memory again when no block is in use any more, at the latest with
-/// the path. Belongs to the path's thread.
+/// A block that fits into a line of the processor's caches lies in one; longer ones lie close together, apart
+/// from those. One that is given back serves the next object of its size. The heap gets its memory again when
+/// no block is in use any more, at the latest with the path. Belongs to the path's thread.
 ///
 /// A block finds its pool through the page in which it lies, so that whoever gives it back need not know the
 /// pool, which has to be alive. Under the address sanitizer each block comes from the heap: it then sees what
@@ -51,13 +51,21 @@ class BlockPool {
     };
 
     static std::size_t SizeClass(std::size_t size) { return (size + Grain - 1) / Grain; }
-    std::size_t GapBefore(std::size_t room) const;
-    void BeginPage();
+    /// The rest of a page that is being filled.
+    struct Strip {
+        std::byte* next = nullptr;
+        std::byte* end = nullptr;
+    };
+
+    static std::size_t GapBefore(const Strip& strip, std::size_t room);
+    void BeginPage(Strip& strip);
     void AddChunk();
     void Clear() noexcept;
 
-    std::byte* m_next = nullptr;    ///< within the page that is being filled
-    std::byte* m_pageEnd = nullptr; ///< its end; pages of its chunk that were not begun lie behind
+    Strip m_lines;                   ///< for blocks that fit into a line
+    Strip m_longer;                  ///< for others
+    std::byte* m_nextPage = nullptr; ///< of the last chunk, not begun yet
+    std::byte* m_chunkEnd = nullptr;
     std::size_t m_blockCount = 0;
     std::vector<Chunk> m_chunks; ///< the last one is being filled
     std::array<FreeBlock*, MaxSize / Grain + 1> m_free{};

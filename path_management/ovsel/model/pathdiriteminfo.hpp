@@ -104,6 +104,7 @@ class PathDirItemInfo : public PathAllDirItemInfo {
 PathDirItemInfo* PathItemInfo::GetPathDir() const {
     if (IsDirRecord())
         return static_cast<const PathAllDirItemInfo*>(this)->GetOwnPathDir();
-    // Without a look at the parent where that is the one: what stands in a chain comes from many.
-    return IsDirect() ? static_cast<PathDirItemInfo*>(m_parent) : m_parent->GetOwnPathDir();
+    // A parent that is the one is not looked at: neighbours in a chain have different parents, and each would
+    // have to be fetched.
+    return IsDirectLeaf() ? static_cast<PathDirItemInfo*>(m_parent) : m_parent->GetOwnPathDir();
 }

@@ -39,6 +39,6 @@ class PathFileItemInfo final : public PathItemInfo {
     FileExtension m_extension;
 };
 
-// Every file on a path costs one of these, which is one line of the processor's caches, and little more; see
+// Every file on a path has one of these, which fits into one line of the processor's caches; see
 // bench/README.md for bytes per file.
 static_assert(sizeof(PathFileItemInfo) <= 64);

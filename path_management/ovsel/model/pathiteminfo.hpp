@@ -57,8 +57,8 @@ class PathItemInfo {
     PathItemInfo* GetPrev() const { return m_prev; }
 
     bool IsLinked() const { return m_linked; }
-    /// Of a file or a plain sub-directory: does it lie in a path directory itself?
-    bool IsDirect() const { return m_category == NameFile || m_category == NameSubDir; }
+    /// Is it a file or a plain sub-directory that lies in a path directory itself?
+    bool IsDirectLeaf() const { return m_category == NameFile || m_category == NameSubDir; }
     bool IsStale() const { return m_stale; }
     void SetStale(bool stale) { m_stale = stale; }
     bool IsVerified() const { return m_verified; }
