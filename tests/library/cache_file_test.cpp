@@ -155,6 +155,8 @@ TEST_F(CacheFile, IsReadByHandAsFarAsItsShapesGo) {
         {root + "<D name=\"a\"></D><D name=\"a\"><d name=\"s\"/></D></", "CachePath{D:a D:a a{} a{d:s}}"},
         {root + "<F name=\"" + longest + "\"/></", "CachePath{F:" + longest + "}"},
         {root + "<F name=\"" + longest + "n\"/></", "-"},
+        {root + "<F name=\"" + std::string(700, 'n') + "\n" + std::string(580, 'n') + "\"/></", "-"},
+        {root + "<F name=\"abcdefgh/ij/klm\"/></", "CachePath{F:abcdefgh\\ij\\klm}"},
         // A directory beyond ASCII is not entered: its entries and its end are its parent's.
         {root + "<D name=\"a\"><D name=\"\xC3\xA4\"><F name=\"x\"/></D><F name=\"lost\"/></D></",
          "CachePath{D:a F:lost a{F:x}}"},

@@ -1,6 +1,7 @@
 #include "cache_fixture.hpp"
 
 #include <functional>
+#include <sstream>
 
 #include "ovsel/cache/cachehooks.hpp"
 #include "ovsel/reading/diritemsiteratorfactory.hpp"
@@ -134,6 +135,25 @@ TEST_F(Cache, DoesNotMultiply) {
         ovRevertFromToolboxCache(path);
         ovRemovePath(path);
     }
+}
+
+TEST_F(Cache, HandsOutEachSpecialDirectoryOnce) {
+    Use("<Q><D name=\"a\"><d name=\"@K\"/><F name=\"x\"/><d name=\"@K\"/><C name=\"y\"/><U name=\"private\"/>"
+        "<N name=\"@K\"/><U name=\"private\"/></D><D name=\"b\"><d name=\"+pp\"/><d name=\"+PP\"/></D></Q>");
+    const auto listing = [&](const ustring& name) {
+        unsigned short* words = nullptr;
+        char16_t* const names = Quorrant::ovsel::CacheReadDirectory(path, name, &words);
+        std::ostringstream text;
+        const unsigned short* word = words;
+        for (const char16_t* next = names; *next != 0; next += ustring(next).size() + 1)
+            text << N(next) << ':' << std::hex << *word++ << ' ';
+        HostFree(names), HostFree(words);
+        return text.str();
+    };
+    EXPECT_EQ("@K:4000 x:8000 y:8001 private:0 @K:8002 ", listing(u"C:\\T\\a"));
+    EXPECT_EQ("+pp:4000 +PP:4000 ", listing(u"C:\\T\\b"));
+    path = NewPath("without case", ovCaseInsensitive);
+    EXPECT_EQ("+pp:4000 ", listing(u"C:\\t\\B"));
 }
 
 TEST_F(Cache, SurvivesAPrintFunctionThatMeddles) {
