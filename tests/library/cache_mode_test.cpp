@@ -139,7 +139,8 @@ TEST_F(Cache, DoesNotMultiply) {
 
 TEST_F(Cache, HandsOutEachSpecialDirectoryOnce) {
     Use("<Q><D name=\"a\"><d name=\"@K\"/><F name=\"x\"/><d name=\"@K\"/><C name=\"y\"/><U name=\"private\"/>"
-        "<N name=\"@K\"/><U name=\"private\"/></D><D name=\"b\"><d name=\"+pp\"/><d name=\"+PP\"/></D></Q>");
+        "<N name=\"@K\"/><U name=\"private\"/></D><D name=\"b\"><d name=\"+pp\"/><d name=\"+PP\"/></D>"
+        "<D name=\"c\"><U name=\"private\"/><U name=\"private\"/></D></Q>");
     const auto listing = [&](const ustring& name) {
         unsigned short* words = nullptr;
         char16_t* const names = Quorrant::ovsel::CacheReadDirectory(path, name, &words);
@@ -152,6 +153,7 @@ TEST_F(Cache, HandsOutEachSpecialDirectoryOnce) {
     };
     EXPECT_EQ("@K:4000 x:8000 y:8001 private:0 @K:8002 ", listing(u"C:\\T\\a"));
     EXPECT_EQ("+pp:4000 +PP:4000 ", listing(u"C:\\T\\b"));
+    EXPECT_EQ("private:0 ", listing(u"C:\\T\\c"));
     path = NewPath("without case", ovCaseInsensitive);
     EXPECT_EQ("+pp:4000 ", listing(u"C:\\t\\B"));
 }
