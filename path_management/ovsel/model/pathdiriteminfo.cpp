@@ -54,6 +54,7 @@ PathDirItemInfo::PathDirItemInfo(IPathManager* manager, const vfs::AbsoluteIRI& 
 }
 
 void PathDirItemInfo::Prepare() {
+    m_nameAtHand.assign(m_fullName.begin(), m_fullName.end());
     m_positions.reserve(1);
     m_preFrozen = ComputePreFrozen();
 }
@@ -81,7 +82,9 @@ bool PathDirItemInfo::ComputePreFrozen() const {
     return NamesEqual(name.substr(0, prefix->size()), *prefix, GetManager()->IsCaseSensitive());
 }
 
-void PathDirItemInfo::AppendName(ustring& path) const { AppendElement(path, m_fullName); }
+void PathDirItemInfo::AppendName(ustring& path) const {
+    AppendElement(path, {m_nameAtHand.data(), m_nameAtHand.size()});
+}
 
 const vfs::AbsoluteIRI& PathDirItemInfo::GetDirectoryAbsoluteIRI() const {
     if (!m_directoryIRI)

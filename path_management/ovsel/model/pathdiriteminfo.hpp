@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include <boost/container/small_vector.hpp>
+
 #include "ovsel/model/pathalldiriteminfo.hpp"
 #include "ovsel/names/makeroom.hpp"
 
@@ -50,8 +52,9 @@ class PathDirItemInfo : public PathAllDirItemInfo {
 
     /// Has the processor fetch what a check will touch, the name's text not included, and go on meanwhile.
     void FetchAhead() const {
-        for (std::size_t at = 0; at <= sizeof *this; at += CacheLine)
-            __builtin_prefetch(reinterpret_cast<const char*>(this) + at);
+        const auto* const end = reinterpret_cast<const char*>(&m_nameAtHand);
+        for (const char* line = reinterpret_cast<const char*>(this); line < end; line += CacheLine)
+            __builtin_prefetch(line);
     }
     /// The same for the text of the name, which can only be found once the rest is there.
     void FetchNameAhead() const {
@@ -99,6 +102,9 @@ class PathDirItemInfo : public PathAllDirItemInfo {
     std::optional<FullNameEntry> m_fullNameEntry;
     bool m_preFrozen = false;
     std::vector<PathItemInfo*> m_pendingItems;
+    /// The name once more, for full names that are being built: a usual one lies here, so that no further
+    /// page of memory is touched for it. The last field, since a check does not need it.
+    boost::container::small_vector<char16_t, 64> m_nameAtHand;
 };
 
 PathDirItemInfo* PathItemInfo::GetPathDir() const {
