@@ -174,6 +174,7 @@ class ListingBuilder {
     Listing Finish() { return m_names.Sorted(); }
 
   private:
+    /// By the first byte alone, which most names fail at.
     static bool MayBeSpecial(const char* name) { return name[0] == '@' || name[0] == '+' || name[0] == 'p'; }
 
     bool IsTaken(const ::dirent64& entry) {

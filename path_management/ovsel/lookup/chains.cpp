@@ -50,8 +50,8 @@ void PathItemInfo::UnlinkFromNameInfo() {
 
 void PathItemInfo::PlaceInChain() {
     if (!m_pending)
-        return; // went with another of its run
-    if (!m_prev && !m_next) {
+        return;               // went with another of its run
+    if (!m_prev && !m_next) { // alone, as nearly all are
         m_pending = false;
         return;
     }

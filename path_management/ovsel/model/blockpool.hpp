@@ -50,13 +50,13 @@ class BlockPool {
         std::size_t count;
     };
 
-    static std::size_t SizeClass(std::size_t size) { return (size + Grain - 1) / Grain; }
     /// The rest of a page that is being filled.
     struct Strip {
         std::byte* next = nullptr;
         std::byte* end = nullptr;
     };
 
+    static std::size_t SizeClass(std::size_t size) { return (size + Grain - 1) / Grain; }
     static std::size_t GapBefore(const Strip& strip, std::size_t room);
     void BeginPage(Strip& strip);
     void AddChunk();

@@ -52,7 +52,8 @@ class PathDirItemInfo : public PathAllDirItemInfo {
 
     /// Has the processor fetch what a check will touch, the name's text not included, and go on meanwhile.
     void FetchAhead() const {
-        const auto* const end = reinterpret_cast<const char*>(&m_nameAtHand);
+        // A line more, since the record need not begin where one does.
+        const char* const end = reinterpret_cast<const char*>(&m_nameAtHand) + CacheLine;
         for (const char* line = reinterpret_cast<const char*>(this); line < end; line += CacheLine)
             __builtin_prefetch(line);
     }
