@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <linux/magic.h>
 #include <sys/statfs.h>
 #include <vector>
@@ -272,25 +273,54 @@ DiskPath::DiskPath(const ustring& name) {
     }
 }
 
-/// @return false for what needs a closer look. As in UseSlashes, nothing in the loop hangs on what is found.
+namespace {
+
+/// Eight units side by side, which compilers turn into one register wherever there is one.
+constexpr std::size_t Lanes = 8;
+using Unit = std::uint16_t;
+using Units [[gnu::vector_size(Lanes * sizeof(Unit))]] = Unit;
+using Bytes [[gnu::vector_size(Lanes)]] = std::uint8_t;
+
+Units UnitsAt(const char16_t* units) {
+    Units wide;
+    std::memcpy(&wide, units, sizeof wide);
+    return wide;
+}
+
+bool IsAnySet(Units units) {
+    std::array<std::uint64_t, sizeof units / sizeof(std::uint64_t)> words{};
+    std::memcpy(words.data(), &units, sizeof units);
+    return (words[0] | words[1]) != 0;
+}
+
+} // namespace
+
+/// @return false for what needs a closer look. The last step goes back as far as a whole one needs, so that
+/// nothing is left over for single units.
 bool DiskPath::TakeUsual(View rest, const std::string& folder) {
-    if (rest.empty() || folder.size() + rest.size() >= m_usual.size()) {
+    if (rest.size() < Lanes || folder.size() + rest.size() >= m_usual.size()) {
         return false;
     }
+    constexpr Unit Dot = u'.';
+    constexpr Unit Slash = u'/';
+    constexpr Unit Backslash = u'\\';
     char* const bytes = std::copy(folder.begin(), folder.end(), m_usual.begin());
-    const char16_t* const units = rest.data(); // with a NUL behind the last
-    // Of the units' own width, so that as many as can be go in one step.
-    std::uint16_t odd = 0;
-    for (std::size_t i = 0; i < rest.size(); ++i) {
-        const std::uint16_t unit = units[i];
-        const std::uint16_t next = units[i + 1];
-        const auto dots = static_cast<std::uint16_t>((unit == u'.') & (next == u'.'));
-        const auto nul = static_cast<std::uint16_t>(unit == 0);
-        odd |= static_cast<std::uint16_t>((unit & 0xFF80U) | dots | nul);
-        bytes[i] = static_cast<char>(unit == u'\\' ? std::uint16_t{u'/'} : unit);
+    const std::size_t last = rest.size() - Lanes;
+    Units odd{};
+    for (std::size_t at = 0;; at = std::min(at + Lanes, last)) {
+        const Units units = UnitsAt(rest.data() + at);
+        const Units next = UnitsAt(rest.data() + at + 1); // with a NUL behind the last
+        const auto twoDots = static_cast<Units>((units == Dot) & (next == Dot));
+        odd |= (units & 0xFF80) | static_cast<Units>(units == 0) | twoDots;
+        const Units slashes = units ^ (static_cast<Units>(units == Backslash) & (Backslash ^ Slash));
+        const Bytes narrow = __builtin_convertvector(slashes, Bytes);
+        std::memcpy(bytes + at, &narrow, sizeof narrow);
+        if (at == last) {
+            break;
+        }
     }
     bytes[rest.size()] = '\0';
-    return odd == 0;
+    return !IsAnySet(odd);
 }
 
 std::optional<std::string> DriveMap::ToPath(const ustring& name) {
