@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -7,8 +9,8 @@
 #include <string_view>
 
 /// @file
-/// Names looked at four units at a time. What is asked of every name of every look-up must not cost a step
-/// for each unit.
+/// Names looked at four units at a time, or eight if they are as long as that. What is asked of every name of
+/// every look-up must not cost a step for each unit.
 
 static_assert(std::endian::native == std::endian::little, "the first unit is the lowest of a word");
 
@@ -32,7 +34,7 @@ inline std::uint64_t WordAt(const char16_t* units) {
 
 /// Visits a name's words from the first on; in the last, those behind its end are zero.
 template <class Visit>
-void ForEachWord(std::u16string_view name, Visit visit) {
+[[gnu::always_inline]] inline void ForEachWord(std::u16string_view name, Visit visit) {
     constexpr std::size_t unitBits = 16;
     const std::size_t last = name.size() % UnitsPerWord;
     const char16_t* const end = name.data() + name.size() - last;
@@ -50,12 +52,47 @@ void ForEachWord(std::u16string_view name, Visit visit) {
     visit(word);
 }
 
+constexpr std::size_t UnitsPerStep = 2 * UnitsPerWord;
+
+/// Eight units side by side, which compilers keep in one register wherever there is one. What compares two
+/// of them has all bits of a unit set where they are alike.
+using UnitStep [[gnu::vector_size(UnitsPerStep * sizeof(char16_t))]] = std::uint16_t;
+
+/// A step as two words, the first units in the first.
+inline std::array<std::uint64_t, 2> WordsOf(UnitStep step) {
+    std::array<std::uint64_t, 2> words{};
+    std::memcpy(words.data(), &step, sizeof step);
+    return words;
+}
+
+/// Visits a name's steps from the first on. The last goes back as far as a whole one needs, so that some
+/// units come twice. @pre the name has as many units as a step
+template <class Visit>
+[[gnu::always_inline]] inline void ForEachStep(std::u16string_view name, Visit visit) {
+    const std::size_t last = name.size() - UnitsPerStep;
+    for (std::size_t at = 0;; at = std::min(at + UnitsPerStep, last)) {
+        UnitStep step{};
+        std::memcpy(&step, name.data() + at, sizeof step);
+        visit(step);
+        if (at == last)
+            return;
+    }
+}
+
 /// Does any of these units, none of which is NUL, stand in the name?
 template <class... Units>
-bool HoldsAny(std::u16string_view name, Units... units) {
-    std::uint64_t marks = 0;
-    ForEachWord(name, [&](std::uint64_t word) { marks |= (MarksOf(word, units) | ...); });
-    return marks != 0;
+[[gnu::always_inline]] inline bool HoldsAny(std::u16string_view name, Units... units) {
+    if (name.size() < UnitsPerStep) {
+        std::uint64_t marks = 0;
+        ForEachWord(name, [&](std::uint64_t word) { marks |= (MarksOf(word, units) | ...); });
+        return marks != 0;
+    }
+    UnitStep marks{};
+    ForEachStep(name, [&](UnitStep step) {
+        marks |= (static_cast<UnitStep>(step == static_cast<std::uint16_t>(units)) | ...);
+    });
+    const auto words = WordsOf(marks);
+    return (words[0] | words[1]) != 0;
 }
 
 /// Both halves of a product, so that every bit of the value moves every bit of the result.
