@@ -16,29 +16,37 @@ static_assert(std::endian::native == std::endian::little, "the first byte is the
 
 using Word = std::uint64_t;
 
-constexpr Word InEachByte(unsigned char byte) { return byte * Word{0x0101'0101'0101'0101}; }
+/// Sixteen bytes side by side, which compilers keep in one register wherever there is one, and halves of
+/// them. What compares two of them has all bits of a byte set where they are alike.
+constexpr std::size_t StepSize = CollectedNames::Slack + 1;
+using Step [[gnu::vector_size(StepSize)]] = std::uint8_t;
+using HalfStep [[gnu::vector_size(StepSize / 2)]] = std::uint8_t;
+using WideHalf [[gnu::vector_size(StepSize)]] = std::uint16_t;
 
-/// Not zero if such a byte is in the word; the lowest mark is that of the first one.
-constexpr Word MarksOf(Word word, char byte) {
-    const Word differences = word ^ InEachByte(static_cast<unsigned char>(byte));
-    return (differences - InEachByte(1)) & ~differences & InEachByte(0x80);
+Step StepAt(const char* bytes) {
+    Step step{};
+    std::memcpy(&step, bytes, sizeof step);
+    return step;
 }
 
-Word WordAt(const char* bytes) {
-    Word word = 0;
-    std::memcpy(&word, bytes, sizeof word);
-    return word;
+/// The first bytes in the first word.
+std::array<Word, 2> WordsOf(Step step) {
+    std::array<Word, 2> words{};
+    std::memcpy(words.data(), &step, sizeof step);
+    return words;
 }
 
-/// Four bytes as four units.
-constexpr Word Spread(Word bytes) {
-    bytes = (bytes | bytes << 16) & 0x0000'FFFF'0000'FFFF;
-    return (bytes | bytes << 8) & 0x00FF'00FF'00FF'00FF;
-}
+/// All bits below the lowest that is set, or all if none is.
+constexpr Word Below(Word bits) { return (bits & -bits) - 1; }
 
-void Widen(Word bytes, char16_t* units) {
-    const std::array<Word, 2> wide{Spread(bytes & 0xFFFF'FFFF), Spread(bytes >> 32)};
-    std::memcpy(units, wide.data(), sizeof wide);
+/// Bytes as units.
+void Widen(const char* bytes, char16_t* units) {
+    for (std::size_t at = 0; at < StepSize; at += sizeof(HalfStep)) {
+        HalfStep half{};
+        std::memcpy(&half, bytes + at, sizeof half);
+        const auto wide = __builtin_convertvector(half, WideHalf);
+        std::memcpy(units + at, &wide, sizeof wide);
+    }
 }
 
 } // namespace
@@ -55,24 +63,27 @@ void CollectedNames::Expect(std::size_t bytes) {
     }
 }
 
-/// Eight bytes at a time, in one pass that finds the end as well.
+/// Sixteen bytes at a time, in one pass that finds the end as well.
 bool CollectedNames::Add(const char* name, unsigned short word) {
     Entry entry{0, m_used, 0, word};
     char16_t* units = m_units.data() + m_used;
-    for (const char* next = name;; next += sizeof(Word), units += sizeof(Word)) {
-        const Word bytes = WordAt(next);
-        const Word end = MarksOf(bytes, '\0');
-        const Word inName = ((end & -end) >> 7) - 1; // all of it if the end is not in it
-        const Word odd = (bytes & InEachByte(0x80)) | MarksOf(bytes, '\\') | MarksOf(bytes, ':');
-        if ((odd & inName) != 0) {
+    for (const char* next = name;; next += StepSize, units += StepSize) {
+        const Step bytes = StepAt(next);
+        const auto [end, laterEnd] = WordsOf(static_cast<Step>(bytes == 0));
+        const auto [odd, laterOdd] =
+            WordsOf(static_cast<Step>((bytes >= 0x80) | (bytes == '\\') | (bytes == ':')));
+        // What lies behind the end is not the name's.
+        const Word inName = Below(end);
+        const Word laterInName = end != 0 ? 0 : Below(laterEnd);
+        if (((odd & inName) | (laterOdd & laterInName)) != 0) {
             return AddUnusual(name, word);
         }
-        Widen(bytes, units);
+        Widen(next, units);
         if (next == name) {
-            entry.head = __builtin_bswap64(bytes & inName);
+            entry.head = __builtin_bswap64(WordsOf(bytes)[0] & inName);
         }
-        if (end != 0) {
-            units += std::countr_zero(end) / 8;
+        if ((end | laterEnd) != 0) {
+            units += (end != 0 ? std::countr_zero(end) : 64 + std::countr_zero(laterEnd)) / 8;
             break;
         }
     }
@@ -118,6 +129,8 @@ std::vector<CollectedNames::HeadAndPlace> CollectedNames::InOrder() const {
 }
 
 Listing CollectedNames::Sorted() const {
+    constexpr std::size_t CopiedUnits = 8;
+    static_assert(CopiedUnits <= Slack + 1);
     Listing listing;
     listing.names.resize(m_used + 1 + Slack);
     listing.words.reserve(m_entries.size());
@@ -126,8 +139,8 @@ Listing CollectedNames::Sorted() const {
         const Entry& entry = At(place);
         const char16_t* const name = m_units.data() + entry.begin;
         // In whole steps, so that no length has to be told apart.
-        for (std::size_t i = 0; i <= entry.length; i += sizeof(Word)) {
-            std::memcpy(end + i, name + i, sizeof(Word) * sizeof(char16_t));
+        for (std::size_t i = 0; i <= entry.length; i += CopiedUnits) {
+            std::memcpy(end + i, name + i, CopiedUnits * sizeof(char16_t));
         }
         end += entry.length + 1;
         listing.words.push_back(entry.word);

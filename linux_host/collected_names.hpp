@@ -16,7 +16,7 @@ namespace linux_host {
 class CollectedNames {
   public:
     /// So many bytes may be read behind the NUL of a name, and so many units are kept behind those of names.
-    static constexpr std::size_t Slack = 7;
+    static constexpr std::size_t Slack = 15;
 
     /// Names of so many bytes together at most, their NULs included, come next.
     void Expect(std::size_t bytes);
