@@ -28,7 +28,7 @@ testing::NotificationFaults& Faults() {
 
 /// Do changes on a file system reach inotify, whoever makes them? Watches are accepted everywhere, but on
 /// these others write past us, or the kernel makes up the contents as they are read.
-bool TellsItsChanges(const std::string& folder) {
+bool DoesTell(const std::string& folder) {
     constexpr std::uint32_t MadeUp[] = {PROC_SUPER_MAGIC,    SYSFS_MAGIC,   CGROUP_SUPER_MAGIC,
                                         CGROUP2_SUPER_MAGIC, DEBUGFS_MAGIC, TRACEFS_MAGIC};
     struct ::statfs status {};
@@ -200,19 +200,20 @@ bool ChangeNotification::Attach(std::uint32_t number) {
         if (!trusting) {
             m_names.LoseAll();
         }
-        std::optional<WatchedNames::Anchor> anchor;
-        if (TellsItsChanges(folder.path)) {
-            anchor = m_names.Attach(folder.path, number);
-            if (!anchor && !folder.anchor.IsEmpty()) {
-                // The last watch to be had may be this name's own, on a folder that was moved away.
-                folder.anchor = {};
-                anchor = m_names.Attach(folder.path, number);
-            }
+        std::optional<WatchedNames::Attached> attached = AttachTo(folder.path, number);
+        if (!attached && !folder.anchor.IsEmpty()) {
+            // The last watch to be had may be this name's own, on a folder that was moved away.
+            folder.anchor = {};
+            attached = AttachTo(folder.path, number);
         }
         // The new watches come before the old ones go, so that those in both stay.
-        const bool attached = anchor.has_value();
-        folder.anchor = attached ? *std::move(anchor) : WatchedNames::Anchor();
-        if (!attached || !Status(folder.path, status)) {
+        folder.anchor = attached ? std::move(attached->anchor) : WatchedNames::Anchor();
+        if (!attached) {
+            break;
+        }
+        if (attached->look) {
+            status = *attached->look;
+        } else if (!Status(folder.path, status)) {
             break;
         }
         if (folder.anchor.IsFolder(status)) {
@@ -227,6 +228,33 @@ bool ChangeNotification::Attach(std::uint32_t number) {
     }
     folder.anchor = {};
     return false;
+}
+
+/// Not where nothing would be told. That is found out behind the watch, which gives the device for nothing,
+/// unless such a file system has been met: a watch there may cost more than a question.
+std::optional<WatchedNames::Attached> ChangeNotification::AttachTo(const std::string& folder,
+                                                                   std::uint32_t number) {
+    const auto isSilent = [](const auto& fileSystem) { return !fileSystem.second; };
+    if (std::any_of(m_telling.begin(), m_telling.end(), isSilent) && !DoesTell(folder)) {
+        return std::nullopt;
+    }
+    auto attached = m_names.Attach(folder, number);
+    if (attached && !TellsItsChanges(attached->anchor.GetDevice(), folder)) {
+        return std::nullopt;
+    }
+    return attached;
+}
+
+/// Asks once for each file system.
+bool ChangeNotification::TellsItsChanges(::dev_t device, const std::string& folder) {
+    if (!m_names.SeesMounts() || FaultsInForce().fileSystem) {
+        return DoesTell(folder); // nothing would say when a device becomes another's
+    }
+    const auto known = m_telling.find(device);
+    if (known != m_telling.end()) {
+        return known->second;
+    }
+    return m_telling[device] = DoesTell(folder);
 }
 
 bool ChangeNotification::LeadsToItsFolder(std::uint32_t number) const {
@@ -262,6 +290,7 @@ void ChangeNotification::Take(int milliseconds) {
     if (!m_names.Take(milliseconds)) {
         return;
     }
+    m_telling.clear();
     for (std::uint32_t number = 0; number < m_states.size(); ++number) {
         if (m_states[number].open && !m_states[number].dead && !LeadsToItsFolder(number)) {
             m_names.LoseAll();

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <boost/unordered/unordered_flat_map.hpp>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -73,6 +75,8 @@ class ChangeNotification final : private NameListener {
     /// The number that stands last in m_free.
     std::uint32_t FreePlace();
     bool Attach(std::uint32_t number);
+    std::optional<WatchedNames::Attached> AttachTo(const std::string& folder, std::uint32_t number);
+    bool TellsItsChanges(::dev_t device, const std::string& folder);
     bool LeadsToItsFolder(std::uint32_t number) const;
     std::uint32_t Answer(std::uint32_t number);
     std::uint32_t AnswerWithin(std::uint32_t number, std::uint32_t milliseconds);
@@ -83,6 +87,8 @@ class ChangeNotification final : private NameListener {
     std::vector<State> m_states;
     std::vector<Folder> m_folders;     ///< by the same number
     std::vector<std::uint32_t> m_free; ///< numbers of closed handles, with room for all
+    /// Of the file systems seen since something was mounted last: do changes reach inotify?
+    boost::unordered_flat_map<::dev_t, bool> m_telling;
     bool m_checking = false;
     bool m_mayHaveNews = false; ///< false: no open handle is signalled, dead or blind
 };

@@ -42,6 +42,9 @@ class InotifyInstance {
     /// before they crowd out real ones?
     bool NeedsTaking() const { return m_removed >= RemovalsHeld; }
 
+    /// Does Take tell of mounts? Not without a mount table to be read.
+    bool SeesMounts() const { return m_mounts >= 0; }
+
     void Close();
 
   private:

@@ -46,7 +46,17 @@ struct WatchedNames::Place : std::enable_shared_from_this<Place> {
     }
 
     std::string Path() const {
-        return parent == nullptr ? "/" : parent->parent == nullptr ? "/" + name : parent->Path() + "/" + name;
+        std::size_t size = 0;
+        for (const Place* place = this; place->parent != nullptr; place = place->parent.get()) {
+            size += 1 + place->name.size();
+        }
+        std::string path(std::max<std::size_t>(size, 1), '/');
+        for (const Place* place = this; place->parent != nullptr; place = place->parent.get()) {
+            size -= place->name.size();
+            place->name.copy(path.data() + size, place->name.size());
+            --size;
+        }
+        return path;
     }
 
     WatchedNames& names;
@@ -56,9 +66,10 @@ struct WatchedNames::Place : std::enable_shared_from_this<Place> {
     ::dev_t device = 0;
     ::ino_t inode = 0;
     int watch = NoWatch;
-    bool lost = false;                                   ///< waits only for its anchors to go
-    std::map<std::string, Place*, std::less<>> children; ///< those not lost, which remove themselves
-    std::vector<std::uint32_t> anchored;                 ///< numbers of anchors that hold this place
+    bool lost = false; ///< waits only for its anchors to go
+    /// Those not lost, which remove themselves; by the names that they have.
+    boost::unordered_flat_map<std::string_view, Place*> children;
+    boost::container::small_vector<std::uint32_t, 2> anchored; ///< numbers of anchors that hold this place
 };
 
 WatchedNames::Anchor::Anchor(Anchor&& other) noexcept
@@ -86,13 +97,21 @@ bool WatchedNames::Anchor::IsFolder(const struct ::stat& status) const {
            m_places.back()->inode == status.st_ino;
 }
 
-std::optional<WatchedNames::Anchor> WatchedNames::Attach(const std::string& path, std::uint32_t number) {
+::dev_t WatchedNames::Anchor::GetDevice() const { return m_places.back()->device; }
+
+std::optional<WatchedNames::Attached> WatchedNames::Attach(const std::string& path, std::uint32_t number) {
     // What is not anchored goes with this vector, watches included.
-    std::vector<PlacePtr> places;
+    Places places;
+    m_established = nullptr;
     if (!Walk(path, places) || places.back()->watch == NoWatch) {
         return std::nullopt;
     }
-    Anchor anchor;
+    Attached attached;
+    // A name without links and `..` is the path that was looked at.
+    if (places.size() == 1 && places.back().get() == m_established) {
+        attached.look = m_look;
+    }
+    Anchor& anchor = attached.anchor;
     anchor.m_number = number;
     anchor.m_places.reserve(places.size());
     for (PlacePtr& place : places) {
@@ -102,12 +121,12 @@ std::optional<WatchedNames::Anchor> WatchedNames::Attach(const std::string& path
         place->anchored.push_back(number);
         anchor.m_places.push_back(std::move(place));
     }
-    return anchor;
+    return attached;
 }
 
 /// Goes the way that the kernel goes, from the root on and into each link; collects what the name depends on
 /// besides the folders above. Each directory is under watch before its entry is looked at.
-bool WatchedNames::Walk(std::string path, std::vector<PlacePtr>& places) {
+bool WatchedNames::Walk(std::string path, Places& places) {
     PlacePtr place = Root();
     int links = 0;
     for (std::size_t begin = 0; place != nullptr && begin < path.size();) {
@@ -177,21 +196,21 @@ bool WatchedNames::Establish(Place& place) {
         // No directory may be a link, and one that may not be read can still be gone through.
         return false;
     }
-    struct ::stat status {};
     ++CountersInForce().systemCalls;
-    if (::lstat(path.c_str(), &status) != 0) {
+    if (::lstat(path.c_str(), &m_look) != 0) {
         return false;
     }
-    place.device = status.st_dev;
-    place.inode = status.st_ino;
-    if (S_ISLNK(status.st_mode) && watch == -ENOTDIR) {
+    m_established = &place;
+    place.device = m_look.st_dev;
+    place.inode = m_look.st_ino;
+    if (S_ISLNK(m_look.st_mode) && watch == -ENOTDIR) {
         char target[PATH_MAX];
         ++CountersInForce().systemCalls;
         const ::ssize_t length = ::readlink(path.c_str(), target, sizeof(target));
         place.target.assign(target, length > 0 ? static_cast<std::size_t>(length) : 0);
         return place.IsLink();
     }
-    return S_ISDIR(status.st_mode) && watch != -ENOTDIR;
+    return S_ISDIR(m_look.st_mode) && watch != -ENOTDIR;
 }
 
 int WatchedNames::AddWatch(const std::string& path) {
@@ -209,9 +228,10 @@ void WatchedNames::ReleaseWatch(Place& place) {
     }
     const auto found = m_owners.find(place.watch);
     if (found != m_owners.end()) {
-        std::erase(found->second, &place);
+        auto& owners = found->second;
+        owners.erase(std::remove(owners.begin(), owners.end(), &place), owners.end());
         // Removing a watch deafens every owner, so only the last may.
-        if (!found->second.empty()) {
+        if (!owners.empty()) {
             return;
         }
         m_owners.erase(found);

@@ -1,14 +1,13 @@
 #pragma once
 
+#include <boost/container/small_vector.hpp>
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
-#include <vector>
 
 #include "linux_host/inotify_instance.hpp"
 
@@ -44,6 +43,7 @@ class WatchedNames {
   private:
     struct Place;
     using PlacePtr = std::shared_ptr<Place>;
+    using Places = boost::container::small_vector<PlacePtr, 1>;
 
   public:
     /// Holds the watches that one name needs; given back in O(depth) when it goes. At most one per number.
@@ -58,6 +58,8 @@ class WatchedNames {
 
         /// Is this the folder that the name led to?
         bool IsFolder(const struct ::stat& status) const;
+        /// The device of that folder. @pre not empty
+        ::dev_t GetDevice() const;
 
         /// Does the name lead through a directory that may be entered but not read, and hence not watched?
         /// What happens to the name there has to be asked.
@@ -65,14 +67,21 @@ class WatchedNames {
 
       private:
         friend class WatchedNames;
-        std::vector<PlacePtr> m_places; ///< the folder last; before it links and what `..` left
+        Places m_places; ///< the folder last; before it links and what `..` left
         std::uint32_t m_number = 0;
         bool m_blind = false;
     };
 
+    struct Attached {
+        Anchor anchor;
+        /// What the name led to when the folder had just been put under watch; nothing if it was before, or
+        /// if its name goes through links.
+        std::optional<struct ::stat> look;
+    };
+
     /// Watches the folder at an absolute @p path and all that the path leads through.
     /// @return nothing if one of them is not there or cannot be watched; everything is given back then.
-    std::optional<Anchor> Attach(const std::string& path, std::uint32_t number);
+    std::optional<Attached> Attach(const std::string& path, std::uint32_t number);
 
     /// Takes in what has happened, waiting for it at most so long, and tells the listener, who must not
     /// attach or release anchors from within. Lost events lose every name.
@@ -85,6 +94,9 @@ class WatchedNames {
     /// Trusts nothing known so far: every anchored name is lost.
     void LoseAll();
 
+    /// Does Take tell of mounts?
+    bool SeesMounts() const { return m_inotify.SeesMounts(); }
+
     /// Closes the descriptors. @pre no anchor is left.
     void Close() { m_inotify.Close(); }
 
@@ -92,7 +104,7 @@ class WatchedNames {
     PlacePtr Root();
     PlacePtr Child(const PlacePtr& parent, std::string_view name);
     bool Establish(Place& place);
-    bool Walk(std::string path, std::vector<PlacePtr>& places);
+    bool Walk(std::string path, Places& places);
     int AddWatch(const std::string& path);
     void Apply(const ::inotify_event& event);
     void ForgetWatch(int watch);
@@ -104,7 +116,9 @@ class WatchedNames {
     NameListener& m_listener;
     InotifyInstance m_inotify;
     std::weak_ptr<Place> m_root;
-    boost::unordered_flat_map<int, std::vector<Place*>> m_owners; ///< by watch
+    boost::unordered_flat_map<int, boost::container::small_vector<Place*, 1>> m_owners; ///< by watch
+    const Place* m_established = nullptr; ///< the last of the present walk
+    struct ::stat m_look {};              ///< at that
 };
 
 } // namespace linux_host
