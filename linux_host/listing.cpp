@@ -13,6 +13,7 @@
 #include "linux_host/counters.hpp"
 #include "linux_host/drive_map.hpp"
 #include "linux_host/encoding.hpp"
+#include "linux_host/kept_folder.hpp"
 #include "linux_host/linux_host.hpp"
 #include "linux_host/recent_listings.hpp"
 
@@ -241,11 +242,6 @@ class ListingBuilder {
     int m_linksAbove = 0;                 ///< special links that the directory's own name goes through
 };
 
-bool Status(const ustring& name, struct stat& status) {
-    const DiskPath path(name);
-    return path.IsGood() && ::stat(path.Get(), &status) == 0;
-}
-
 /// The number that a failed look at a directory amounts to.
 int AccessibilityOf(int error) {
     switch (error) {
@@ -263,6 +259,7 @@ int AccessibilityOf(int error) {
 } // namespace
 
 std::optional<Listing> ListDirectory(const ustring& name) {
+    KeptFolder::Get().Drop();
     const DiskPath path(name);
     if (!path.IsGood()) {
         return std::nullopt;
@@ -282,6 +279,7 @@ std::optional<Listing> ListDirectory(const ustring& name) {
 }
 
 int DirectoryAccessibility(const ustring& name) {
+    KeptFolder::Get().Drop();
     const ResolvedPath resolved = ResolveName(name);
     if (resolved.fault != PathFault::None) {
         return 4;
@@ -295,13 +293,16 @@ int DirectoryAccessibility(const ustring& name) {
 
 bool DirectoryExists(const ustring& name) {
     ++CountersInForce().existenceQueries;
+    KeptFolder::Get().Drop();
+    const DiskPath path(name);
     struct stat status {};
-    return Status(name, status) && S_ISDIR(status.st_mode);
+    return path.IsGood() && ::stat(path.Get(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 long FileTime(const ustring& name) {
+    const DiskPath path(name);
     struct stat status {};
-    if (!Status(name, status)) {
+    if (!path.IsGood() || !KeptFolder::Get().Status(path.Get(), status)) {
         return 0;
     }
     // A file from the epoch must not look like none, and a time beyond 2038 must not wrap into the past.

@@ -11,6 +11,7 @@
 #include "linux_host/change_notification.hpp"
 #include "linux_host/drive_map.hpp"
 #include "linux_host/encoding.hpp"
+#include "linux_host/kept_folder.hpp"
 
 namespace host {
 
@@ -70,9 +71,15 @@ class LinuxPlatform final : public IPlatform {
     std::uint32_t WaitForSingleObject(ChangeHandle handle, std::uint32_t milliseconds) override {
         return Changes().Wait(handle, milliseconds);
     }
-    void BeginChangeChecks() override { Changes().BeginChecks(); }
+    void BeginChangeChecks() override {
+        Changes().BeginChecks();
+        linux_host::KeptFolder::Get().BeginChecks();
+    }
     bool HasNews() override { return Changes().HasNews(); }
-    void EndChangeChecks() override { Changes().EndChecks(); }
+    void EndChangeChecks() override {
+        linux_host::KeptFolder::Get().EndChecks();
+        Changes().EndChecks();
+    }
 
     bool WriteProbeFile(const ustring& name, std::string_view text) override {
         return linux_host::WriteProbeFile(name, text);

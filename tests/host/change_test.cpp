@@ -252,6 +252,40 @@ TEST_F(ChangeHandles, AreCheckedAsOfTheBeginningAndLeaveNothingInTheQueue) {
     EXPECT_GT(Counters().events, 500U) << "what closed watches leave in the queue must not fill it";
 }
 
+/// Neighbours are looked for in the folder that the first of them was found in.
+TEST_F(ChangeHandles, ChecksTellTheTimesOfNeighboursAsOneByOne) {
+    TempTree tree{"p/a/", "p/b/", "p/file", "p/link -> a", "p/lost -> none", "far/link -> ../p/b"};
+    std::vector<ustring> names{NameOf(tree), ustring(u"C:\\"), ustring(u"Q:\\"), NameOf(tree, "far/link")};
+    for (const char* entry :
+         {"a", "b", "none", "file", "link", "lost", ".", "..", "a/", "file/", "a/..", "b/."})
+        names.push_back(NameOf(tree, std::string("p/") + entry));
+    const auto times = [&] {
+        std::vector<long> found;
+        for (const ustring& name : names)
+            for (int i = 0; i < 3; ++i) // its folder is known by then
+                found.push_back(linux_host::FileTime(name));
+        return found;
+    };
+    const std::vector<long> alone = times();
+    Platform().BeginChangeChecks();
+    EXPECT_EQ(times(), alone);
+    tree.Remove("p/b");
+    const auto isThere = [&](const char* entry) { return linux_host::FileTime(NameOf(tree, entry)) != 0; };
+    EXPECT_EQ(std::pair(isThere("p/a"), isThere("p/b")), std::pair(true, false));
+    for (const auto& ask : std::vector<std::function<void()>>{
+             [&] { linux_host::ListDirectory(NameOf(tree)); },
+             [&] { linux_host::DirectoryExists(NameOf(tree)); },
+             [&] { linux_host::DirectoryAccessibility(NameOf(tree)); },
+             [] { Platform().EndChangeChecks(), Platform().BeginChangeChecks(); }}) {
+        EXPECT_TRUE(isThere("p/a") && isThere("p/file"));
+        tree.Rename("p", "q");
+        ask();
+        EXPECT_FALSE(isThere("p/a")) << "whoever asked for more may have moved the folder";
+        tree.Rename("q", "p");
+    }
+    Platform().EndChangeChecks();
+}
+
 TEST_F(ChangeHandles, AreToldApartFromClosedOnesAndFromNumbersThatNeverWereOne) {
     TempTree tree;
     const ChangeHandle first = Platform().FindFirstChangeNotification(NameOf(tree), false, 0);
