@@ -33,3 +33,16 @@ TEST(BlockPool, GivesBlocksThatTouchNoOtherAndTakesThemInAnyOrder) {
         freeLast();
     EXPECT_EQ(0u, pool.GetBlockCount());
 }
+
+TEST(BlockPool, StaysAsLongAsItsLastBlock) {
+    auto* const pool = new BlockPool;
+    const std::string text(600, 'x');
+    void* const first = pool->Allocate(text.size());
+    void* const last = pool->Allocate(text.size());
+    BlockPool::Disown()(pool);
+    BlockPool::Free(first, text.size());
+    std::memcpy(last, text.data(), text.size());
+    const std::vector<std::string> others(64, std::string(4'000, 'y')); // would get what the heap has back
+    EXPECT_EQ(0, std::memcmp(last, text.data(), text.size()));
+    BlockPool::Free(last, text.size());
+}

@@ -133,7 +133,7 @@ TEST(FileSystems, AreNamedByTheStartOfAName) {
 TEST_F(Paths, MakeFoldersAndFilesOfTheStorageLayer) {
     const auto location = vfs::toAbsoluteIRI(u"file", u"C:\\A");
     if (IsVFSMode()) {
-        const PathDirItemInfo::Owner record(new PathDirItemInfo(*path, location, -1, ovDirTypePath));
+        const PathDirItemInfo::Owner record(new (*path) PathDirItemInfo(*path, location, -1, ovDirTypePath));
         EXPECT_EQ("C:\\A A", N(record->GetStoredFullName()) + " " + N(ustring(record->GetName())));
     }
     vfs::Folder folder, sub;
@@ -157,10 +157,10 @@ TEST_F(Paths, ShareARowForEachFileSystem) {
     EXPECT_EQ(row(ovAddDir(blind, "C:\\A", ovDirAddAtEnd)), row(ovAddDir(blind, "c:\\B", ovDirAddAtEnd)));
 
     platform.fullPaths[u"ab"] = u"D:\\ab";
-    PathDirItemInfo::Owner rooted(new PathDirItemInfo(*path, u"ab", u"ab", -1, ovDirTypePath));
+    PathDirItemInfo::Owner rooted(new (*path) PathDirItemInfo(*path, u"ab", u"ab", -1, ovDirTypePath));
     EXPECT_EQ(u"D:", path->GetFileSystemEntry(rooted->GetFileSystemIndex()).name);
     EXPECT_EQ(u"D:\\ab", rooted->GetResolvedName());
-    PathDirItemInfo::Owner lost(new PathDirItemInfo(*path, u"cd", u"cd", -1, ovDirTypePath));
+    PathDirItemInfo::Owner lost(new (*path) PathDirItemInfo(*path, u"cd", u"cd", -1, ovDirTypePath));
     EXPECT_EQ(1, lost->GetFileSystemIndex());
 }
 

@@ -123,7 +123,8 @@ PathDirItemInfo* PathInfo::ReplaceCWD(const ustring& name) {
     m_entries.front() = nullptr;
     if (!m_manager->IsValid())
         return nullptr;
-    PathDirItemInfo::Owner made(new PathDirItemInfo(m_manager, name, FilePartOf(name), 0, ovDirTypePath));
+    PathDirItemInfo::Owner made(new (m_manager)
+                                    PathDirItemInfo(m_manager, name, FilePartOf(name), 0, ovDirTypePath));
     m_manager->RegisterDirRecord(made.get());
     PathDirItemInfo* const record = made.release();
     m_entries.front() = record;

@@ -91,6 +91,8 @@ class IPathManager {
     virtual PathNameInfo* FindNameInfo(std::u16string_view name) const = 0;
     /// Where name entries and file records live.
     virtual BlockPool& GetBlockPool() = 0;
+    /// Memory for the records of directories on the path, which handles may keep longer than the path.
+    virtual BlockPool& GetDirBlockPool() = 0;
     virtual PathNameInfo* AddNameInfo(std::u16string_view name, std::int32_t& spelling) = 0;
     /// See NameTable::Expect.
     virtual void ExpectNames(std::size_t count) = 0;

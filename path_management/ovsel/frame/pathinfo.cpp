@@ -64,7 +64,7 @@ PathDirItemInfo* PathInfo::AddDir(const ustring& name, bool atBegin, bool freeze
     const std::u16string_view last = FilePartOf(location.fullName);
     const ustring leaf = last.empty() ? location.fullName : ustring(last);
     PathDirItemInfo::Owner record(
-        new PathDirItemInfo(m_manager, location.fullName, leaf, position, ovDirTypePath));
+        new (m_manager) PathDirItemInfo(m_manager, location.fullName, leaf, position, ovDirTypePath));
     record->Load(freeze || record->IsPreFrozen());
     if (!m_manager->IsValid())
         return nullptr; // a callback has removed the path

@@ -27,6 +27,7 @@ namespace vfs = foundation::storage::vfs;
 PathMgr::PathMgr(const char* name, const char16_t* preFrozenPrefix, ovCaseSensitivity caseSensitivity,
                  bool disableTempFileProbe)
     : m_blocks(std::make_unique<BlockPool>()),
+      m_dirBlocks(new BlockPool, BlockPool::Disown()),
       m_nameIndex(std::make_unique<NameTable>(*m_blocks)),
       m_fullNameIndex(std::make_unique<FullNameIndex>()),
       m_pathInfo(std::make_shared<PathInfo>(this)),
@@ -54,7 +55,7 @@ PathMgr::PathMgr(const char* name, const char16_t* preFrozenPrefix, ovCaseSensit
 
 void PathMgr::EnterService() {
     m_dirRecords.reserve(1);
-    m_dirRecords.push_back(new NullDirItemInfo(this));
+    m_dirRecords.push_back(new (this) NullDirItemInfo(this));
     PathRegistry::Insert(m_name, this);
     // The host has not had a chance to say whether it wants to hear of a directory without notifications.
     m_notificationHandleWarnings = ovWarnCNHNever;

@@ -72,6 +72,7 @@ class PathMgr final : public IPathManager {
 
     PathNameInfo* FindNameInfo(std::u16string_view name) const override;
     BlockPool& GetBlockPool() override { return *m_blocks; }
+    BlockPool& GetDirBlockPool() override { return *m_dirBlocks; }
     PathNameInfo* AddNameInfo(std::u16string_view name, std::int32_t& spelling) override;
     void ExpectNames(std::size_t count) override;
     bool HasAsciiNamesOnly() const override;
@@ -181,6 +182,7 @@ class PathMgr final : public IPathManager {
     bool m_isDying = false;
     bool m_isBeingRemoved = false;
     std::unique_ptr<BlockPool> m_blocks;
+    std::shared_ptr<BlockPool> m_dirBlocks; ///< stays as long as its last block
     std::unique_ptr<NameTable> m_nameIndex;
     std::unique_ptr<FullNameIndex> m_fullNameIndex;
     /// Shared with the operations that run on it: one of their callbacks may take the path out of service.

@@ -43,6 +43,13 @@ void* BlockPool::Allocate(std::size_t size) {
     return block;
 }
 
+void BlockPool::Disown::operator()(BlockPool* pool) const noexcept {
+    if (pool->m_blockCount == 0)
+        delete pool;
+    else
+        pool->m_isDisowned = true;
+}
+
 void BlockPool::Free(void* block, std::size_t size) noexcept {
     if (size > MaxSize || blocksComeFromHeap) {
         ::operator delete(block);
@@ -52,16 +59,22 @@ void BlockPool::Free(void* block, std::size_t size) noexcept {
     BlockPool& pool =
         *reinterpret_cast<const Page*>(reinterpret_cast<std::uintptr_t>(block) & pageMask)->pool;
     if (--pool.m_blockCount == 0) {
-        pool.Clear();
+        if (pool.m_isDisowned)
+            delete &pool;
+        else
+            pool.Clear();
         return;
     }
     FreeBlock*& first = pool.m_free[SizeClass(size)];
     first = new (block) FreeBlock{first};
 }
 
-/// What is left of the present line, if the block fits into a line but not into that.
+/// What is left of the present line, if the block fits into a line but not into that, or is many lines long.
 std::size_t BlockPool::GapBefore(const Strip& strip, std::size_t room) {
-    const std::size_t left = CacheLine - reinterpret_cast<std::uintptr_t>(strip.next) % CacheLine;
+    const std::size_t used = reinterpret_cast<std::uintptr_t>(strip.next) % CacheLine;
+    const std::size_t left = CacheLine - used;
+    if (room > ManyLines)
+        return used == 0 ? 0 : left;
     return room <= left || room > CacheLine ? 0 : left;
 }
 

@@ -9,7 +9,7 @@
 /// bookkeeping.
 ///
 /// A block that fits into a line of the processor's caches lies in one; longer ones lie close together, apart
-/// from those. One that is given back serves the next object of its size. The heap gets its memory again when
+/// from those, and where they are many lines long they begin with one. One that is given back serves the next object of its size. The heap gets its memory again when
 /// no block is in use any more, at the latest with the path. Belongs to the path's thread.
 ///
 /// A block finds its pool through the page in which it lies, so that whoever gives it back need not know the
@@ -18,7 +18,12 @@
 class BlockPool {
   public:
     /// Larger blocks come from the heap.
-    static constexpr std::size_t MaxSize = 512;
+    static constexpr std::size_t MaxSize = 640;
+
+    /// Lets the pool go, which stays until its last block has been given back.
+    struct Disown {
+        void operator()(BlockPool* pool) const noexcept;
+    };
 
     BlockPool() = default;
     /// @pre no block is in use
@@ -38,6 +43,7 @@ class BlockPool {
     static constexpr std::size_t MaxChunkPages = 16;
     static constexpr std::size_t Grain = sizeof(void*);
     static constexpr std::size_t CacheLine = 64;
+    static constexpr std::size_t ManyLines = 4 * CacheLine;
 
     struct Page {
         BlockPool* pool;
@@ -67,6 +73,7 @@ class BlockPool {
     std::byte* m_nextPage = nullptr; ///< of the last chunk, not begun yet
     std::byte* m_chunkEnd = nullptr;
     std::size_t m_blockCount = 0;
+    bool m_isDisowned = false;
     std::vector<Chunk> m_chunks; ///< the last one is being filled
     std::array<FreeBlock*, MaxSize / Grain + 1> m_free{};
 };

@@ -7,6 +7,7 @@
 #include "host_interfaces/diagnostics.hpp"
 #include "host_interfaces/filesystem.hpp"
 #include "ovsel/frame/ipathmanager.hpp"
+#include "ovsel/model/blockpool.hpp"
 #include "ovsel/names/nameequality.hpp"
 #include "ovsel/names/pathnames.hpp"
 #include "ovsel/reading/vfsmode.hpp"
@@ -30,6 +31,18 @@ ustring NativeNameOf(const vfs::AbsoluteIRI& location) {
 }
 
 } // namespace
+
+static_assert(sizeof(PathDirItemInfo) <= BlockPool::MaxSize);
+
+void* PathDirItemInfo::operator new(std::size_t size, IPathManager* manager) {
+    return manager->GetDirBlockPool().Allocate(size);
+}
+
+void PathDirItemInfo::operator delete(void* block, std::size_t size) { BlockPool::Free(block, size); }
+
+void PathDirItemInfo::operator delete(void* block, IPathManager*) {
+    BlockPool::Free(block, sizeof(PathDirItemInfo));
+}
 
 PathDirItemInfo::PathDirItemInfo(IPathManager* manager, const ustring& fullName, std::u16string_view leaf,
                                  std::int32_t position, ovDirType type)

@@ -24,6 +24,13 @@ class PathDirItemInfo : public PathAllDirItemInfo {
     PathDirItemInfo(IPathManager* manager, const foundation::storage::vfs::AbsoluteIRI& location,
                     std::int32_t position, ovDirType type);
 
+    /// Side by side with the other directories of the path: a look-up that ends in any of thousands, or a
+    /// check of all, then touches as few pages of memory as can be.
+    static void* operator new(std::size_t size, IPathManager* manager);
+    static void operator delete(void* block, std::size_t size);
+    /// Of one whose construction fails.
+    static void operator delete(void* block, IPathManager*);
+
     void AppendName(ustring& path) const override;
     bool MatchesDiskName(std::u16string_view name) const override { return name == m_fullName; }
 
