@@ -109,8 +109,8 @@ bool CollectedNames::AddUnusual(std::string_view name, unsigned short word) {
 
 /// By the heads first: whole numbers, which can be sorted without branches that a processor cannot foresee.
 /// Names that begin alike are then compared whole, and so are all of them if one is not ASCII.
-std::vector<CollectedNames::HeadAndPlace> CollectedNames::InOrder() const {
-    std::vector<HeadAndPlace> order;
+CollectedNames::Room<CollectedNames::HeadAndPlace, 1> CollectedNames::InOrder() const {
+    Room<HeadAndPlace, 1> order;
     order.reserve(m_entries.size());
     for (const Entry& entry : m_entries) {
         const HeadAndPlace head = m_isAscii ? entry.head : 0;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <boost/container/vector.hpp>
+#include <boost/container/small_vector.hpp>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -38,19 +38,24 @@ class CollectedNames {
         unsigned short word;
     };
 
+    /// A usual directory has room enough in these, which are not for the heap.
+    static constexpr std::size_t UsualNames = 256;
+    template <class Value, std::size_t PerName>
+    using Room = boost::container::small_vector<Value, PerName * UsualNames>;
+
     /// An entry's head above its place in m_entries.
     __extension__ using HeadAndPlace = unsigned __int128;
 
-    std::vector<HeadAndPlace> InOrder() const;
+    Room<HeadAndPlace, 1> InOrder() const;
     const Entry& At(HeadAndPlace place) const { return m_entries[static_cast<std::size_t>(place)]; }
     bool AddUnusual(std::string_view name, unsigned short word);
     std::u16string_view NameOf(const Entry& entry) const {
         return {m_units.data() + entry.begin, entry.length};
     }
 
-    boost::container::vector<char16_t> m_units; ///< names with a NUL behind each
-    std::size_t m_used = 0;                     ///< of them
-    std::vector<Entry> m_entries;               ///< ranges of m_units, so that sorting moves no text
+    Room<char16_t, 16> m_units; ///< names with a NUL behind each
+    std::size_t m_used = 0;     ///< of them
+    Room<Entry, 1> m_entries;   ///< ranges of m_units, so that sorting moves no text
     bool m_isAscii = true;
 };
 

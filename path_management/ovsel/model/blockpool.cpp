@@ -29,17 +29,24 @@ void* BlockPool::Allocate(std::size_t size) {
         return ::operator new(size);
     const std::size_t sizeClass = SizeClass(size);
     void* block = m_free[sizeClass];
-    if (block) {
+    if (block)
         m_free[sizeClass] = m_free[sizeClass]->next;
-    } else {
-        const std::size_t room = sizeClass * Grain;
-        Strip& strip = room <= CacheLine ? m_lines : m_longer;
-        if (GapBefore(strip, room) + room > static_cast<std::size_t>(strip.end - strip.next))
-            BeginPage(strip);
-        block = strip.next + GapBefore(strip, room);
-        strip.next = static_cast<std::byte*>(block) + room;
-    }
+    else
+        block = Cut(sizeClass * Grain);
     ++m_blockCount;
+    return block;
+}
+
+/// A new block.
+inline void* BlockPool::Cut(std::size_t room) {
+    Strip& strip = room <= CacheLine ? m_lines : m_longer;
+    std::size_t gap = GapBefore(strip, room);
+    if (gap + room > static_cast<std::size_t>(strip.end - strip.next)) {
+        BeginPage(strip);
+        gap = GapBefore(strip, room);
+    }
+    std::byte* const block = strip.next + gap;
+    strip.next = block + room;
     return block;
 }
 

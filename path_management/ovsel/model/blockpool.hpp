@@ -63,6 +63,7 @@ class BlockPool {
     };
 
     static std::size_t SizeClass(std::size_t size) { return (size + Grain - 1) / Grain; }
+    void* Cut(std::size_t room);
     static std::size_t GapBefore(const Strip& strip, std::size_t room);
     void BeginPage(Strip& strip);
     void AddChunk();

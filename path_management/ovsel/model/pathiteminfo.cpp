@@ -11,6 +11,9 @@ namespace {
 /// A usual absolute name fits; longer ones grow.
 constexpr std::size_t fullNameCapacity = 1024;
 
+/// The same for one that is read and let go, in a block as heaps have at hand.
+constexpr std::size_t usualFullName = 250;
+
 NameCategory CategoryOf(ItemClass itemClass, const PathAllDirItemInfo* parent) {
     const bool isDirect = parent && parent->IsPathDir();
     switch (itemClass) {
@@ -77,7 +80,9 @@ void PathItemInfo::GetFullName(ustring& out) const {
 const ustring& PathItemInfo::ReadFullName(ustring& room) const {
     if (IsPathDir())
         return static_cast<const PathDirItemInfo*>(this)->GetStoredFullName();
-    GetFullName(room);
+    room.clear();
+    room.reserve(usualFullName);
+    AppendFullName(room);
     return room;
 }
 
