@@ -1,13 +1,24 @@
 #include "ovsel/cache/specialnames.hpp"
 
+#include <algorithm>
+
 #include <unicode/uchar.h>
 #include <unicode/ustring.h>
 
+#include "ovsel/names/nameequality.hpp"
 #include "ovsel/names/ovselconstants.hpp"
 
 namespace Quorrant::ovsel {
 
 ustring FoldedName(std::u16string_view name) {
+    char16_t seen = 0;
+    for (const char16_t unit : name)
+        seen |= unit;
+    if (seen < 0x80) {
+        ustring lowered(name);
+        std::transform(lowered.begin(), lowered.end(), lowered.begin(), LowerAscii);
+        return lowered;
+    }
     // One unit folds to three at most.
     ustring folded(name.size() * 3, u'\0');
     UErrorCode status = U_ZERO_ERROR;

@@ -39,8 +39,6 @@ bool HaveSameUnits(std::u16string_view a, std::u16string_view b) {
     return true;
 }
 
-char16_t LowerAscii(char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c; }
-
 } // namespace
 
 bool NamesEqual(std::u16string_view a, std::u16string_view b, bool caseSensitive) {
