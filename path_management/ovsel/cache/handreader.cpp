@@ -80,8 +80,18 @@ class LineSource {
         return std::nullopt;
     }
 
+    /// Passes exactly this, if it comes next in the line.
+    bool Pass(std::string_view text) {
+        if (std::string_view(m_next, m_seenEnd).substr(0, text.size()) != text)
+            return false;
+        m_next += text.size();
+        return true;
+    }
+
     /// Is what comes next exactly this? Takes as much as agrees and one more.
     bool Expect(std::string_view text) {
+        if (Pass(text))
+            return true;
         for (const char wanted : text)
             if (Take() != static_cast<unsigned char>(wanted))
                 return false;
@@ -210,7 +220,10 @@ class ContentsReader {
 
     /// The text between the next two double quotes; it stays until more is read.
     std::optional<std::string_view> ReadName() {
-        return m_source.SkipPast('"') ? m_source.TakeUntil('"', MostNameBytes, m_room) : std::nullopt;
+        // As caches are written; any other text in front of a name is passed over all the same.
+        return m_source.Pass(" name=\"") || m_source.SkipPast('"')
+                   ? m_source.TakeUntil('"', MostNameBytes, m_room)
+                   : std::nullopt;
     }
 
     /// With `/` turned into `\`.
