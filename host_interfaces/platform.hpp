@@ -41,7 +41,8 @@ inline constexpr std::uint32_t ChangeLastWrite = 0x10; ///< a file's time of wri
 /// @}
 
 /// The seam between the library and the machine. An implementation may throw std::bad_alloc and nothing else,
-/// and nothing at all where something is given back: in FindCloseChangeNotification and EndChangeChecks.
+/// and nothing at all where something is given back: in FindCloseChangeNotification, EndNeighbours and
+/// EndChangeChecks.
 /// Called on the host's one thread; outlives every call that it serves.
 class OVSEL_HOST_API IPlatform {
   public:
@@ -95,6 +96,12 @@ class OVSEL_HOST_API IPlatform {
     /// Between the two: may a wait of no time on any handle answer other than WaitTimeout? A host that does
     /// not keep account of that says true, and each handle is asked.
     virtual bool HasNews() { return true; }
+    /// Between the two: a check is about to ask for a folder's time. Until EndNeighbours nothing outside the
+    /// library is called but the hook for that, so a host may hold on to the folder in which the last one
+    /// lay: the next one is nearly always its neighbour. Begun anew for each question.
+    virtual void BeginNeighbours() {}
+    /// Something outside may be called, which may move folders. Does not throw; may come without a beginning.
+    virtual void EndNeighbours() {}
     /// The end of what BeginChangeChecks began, also when a refresh ends by an exception.
     virtual void EndChangeChecks() {}
 

@@ -26,19 +26,34 @@ testing::NotificationFaults& Faults() {
     return faults;
 }
 
-/// Do changes on a file system reach inotify, whoever makes them? Watches are accepted everywhere, but on
-/// these others write past us, or the kernel makes up the contents as they are read.
-bool DoesTell(const std::string& folder) {
+struct FileSystem {
+    ::dev_t device;
+    bool tells;
+};
+
+/// Do changes on the folder's file system reach inotify, whoever makes them? Watches are accepted everywhere,
+/// but on these others write past us, or the kernel makes up the contents as they are read. @return nothing
+/// if the folder cannot be asked.
+std::optional<FileSystem> FileSystemOf(const std::string& folder) {
     constexpr std::uint32_t MadeUp[] = {PROC_SUPER_MAGIC,    SYSFS_MAGIC,   CGROUP_SUPER_MAGIC,
                                         CGROUP2_SUPER_MAGIC, DEBUGFS_MAGIC, TRACEFS_MAGIC};
-    struct ::statfs status {};
+    // Both questions are about one folder, whatever becomes of its name meanwhile.
     ++CountersInForce().systemCalls;
-    if (::statfs(folder.c_str(), &status) != 0) {
-        return false;
+    const int descriptor = ::open(folder.c_str(), O_PATH | O_CLOEXEC);
+    if (descriptor < 0) {
+        return std::nullopt;
     }
-    const auto type = FaultsInForce().fileSystem.value_or(static_cast<std::uint32_t>(status.f_type));
-    return !IsRemoteFileSystem(type) &&
-           std::find(std::begin(MadeUp), std::end(MadeUp), type) == std::end(MadeUp);
+    struct ::stat status {};
+    struct ::statfs fileSystem {};
+    const bool answered = ::fstat(descriptor, &status) == 0 && ::fstatfs(descriptor, &fileSystem) == 0;
+    ::close(descriptor);
+    if (!answered) {
+        return std::nullopt;
+    }
+    const auto type = FaultsInForce().fileSystem.value_or(static_cast<std::uint32_t>(fileSystem.f_type));
+    return FileSystem{status.st_dev,
+                      !IsRemoteFileSystem(type) &&
+                          std::find(std::begin(MadeUp), std::end(MadeUp), type) == std::end(MadeUp)};
 }
 
 bool Status(const std::string& path, struct ::stat& status) {
@@ -200,11 +215,14 @@ bool ChangeNotification::Attach(std::uint32_t number) {
         if (!trusting) {
             m_names.LoseAll();
         }
-        std::optional<WatchedNames::Attached> attached = AttachTo(folder.path, number);
-        if (!attached && !folder.anchor.IsEmpty()) {
-            // The last watch to be had may be this name's own, on a folder that was moved away.
-            folder.anchor = {};
-            attached = AttachTo(folder.path, number);
+        std::optional<WatchedNames::Attached> attached;
+        if (MayTell(folder.path)) {
+            attached = m_names.Attach(folder.path, number);
+            if (!attached && !folder.anchor.IsEmpty()) {
+                // The last watch to be had may be this name's own, on a folder that was moved away.
+                folder.anchor = {};
+                attached = m_names.Attach(folder.path, number);
+            }
         }
         // The new watches come before the old ones go, so that those in both stay.
         folder.anchor = attached ? std::move(attached->anchor) : WatchedNames::Anchor();
@@ -217,6 +235,9 @@ bool ChangeNotification::Attach(std::uint32_t number) {
             break;
         }
         if (folder.anchor.IsFolder(status)) {
+            if (!TellsItsChanges(status.st_dev, folder.path)) {
+                break;
+            }
             m_mayHaveNews = true;
             m_states[number] = {.generation = m_states[number].generation,
                                 .open = m_states[number].open,
@@ -230,31 +251,29 @@ bool ChangeNotification::Attach(std::uint32_t number) {
     return false;
 }
 
-/// Not where nothing would be told. That is found out behind the watch, which gives the device for nothing,
-/// unless such a file system has been met: a watch there may cost more than a question.
-std::optional<WatchedNames::Attached> ChangeNotification::AttachTo(const std::string& folder,
-                                                                   std::uint32_t number) {
-    const auto isSilent = [](const auto& fileSystem) { return !fileSystem.second; };
-    if (std::any_of(m_telling.begin(), m_telling.end(), isSilent) && !DoesTell(folder)) {
-        return std::nullopt;
+/// Is the folder worth a watch? The question is left for behind it, where the device is known, until a file
+/// system has been met that tells nothing: there a watch may cost more than a question.
+bool ChangeNotification::MayTell(const std::string& folder) {
+    if (!m_metSilent) {
+        return true;
     }
-    auto attached = m_names.Attach(folder, number);
-    if (attached && !TellsItsChanges(attached->anchor.GetDevice(), folder)) {
-        return std::nullopt;
-    }
-    return attached;
+    const std::optional<FileSystem> found = FileSystemOf(folder);
+    return found && found->tells;
 }
 
-/// Asks once for each file system.
+/// Asks once for each file system that does; only what was surely said of this device counts for the next.
 bool ChangeNotification::TellsItsChanges(::dev_t device, const std::string& folder) {
-    if (!m_names.SeesMounts() || FaultsInForce().fileSystem) {
-        return DoesTell(folder); // nothing would say when a device becomes another's
+    // Without a mount table nothing says when a device becomes another's.
+    const bool lasts = m_names.SeesMounts() && !FaultsInForce().fileSystem;
+    if (lasts && m_telling.contains(device)) {
+        return true;
     }
-    const auto known = m_telling.find(device);
-    if (known != m_telling.end()) {
-        return known->second;
+    const std::optional<FileSystem> found = FileSystemOf(folder);
+    if (lasts && found && found->device == device && found->tells) {
+        m_telling.insert(device);
     }
-    return m_telling[device] = DoesTell(folder);
+    m_metSilent = m_metSilent || (lasts && found && !found->tells);
+    return found && found->tells;
 }
 
 bool ChangeNotification::LeadsToItsFolder(std::uint32_t number) const {
@@ -290,7 +309,7 @@ void ChangeNotification::Take(int milliseconds) {
     if (!m_names.Take(milliseconds)) {
         return;
     }
-    m_telling.clear();
+    ForgetFileSystems();
     for (std::uint32_t number = 0; number < m_states.size(); ++number) {
         if (m_states[number].open && !m_states[number].dead && !LeadsToItsFolder(number)) {
             m_names.LoseAll();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <boost/unordered/unordered_flat_map.hpp>
+#include <boost/unordered/unordered_flat_set.hpp>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -43,7 +43,10 @@ class ChangeNotification final : private NameListener {
     bool HasNews();
 
     /// Closes the descriptors until the next handle is opened. @pre no handle is open.
-    void Restart() { m_names.Close(); }
+    void Restart() {
+        m_names.Close();
+        ForgetFileSystems();
+    }
 
   private:
     /// What a quiet poll looks at, apart from the rest, so that a walk over all handles touches little
@@ -75,20 +78,26 @@ class ChangeNotification final : private NameListener {
     /// The number that stands last in m_free.
     std::uint32_t FreePlace();
     bool Attach(std::uint32_t number);
-    std::optional<WatchedNames::Attached> AttachTo(const std::string& folder, std::uint32_t number);
+    bool MayTell(const std::string& folder);
     bool TellsItsChanges(::dev_t device, const std::string& folder);
     bool LeadsToItsFolder(std::uint32_t number) const;
     std::uint32_t Answer(std::uint32_t number);
     std::uint32_t AnswerWithin(std::uint32_t number, std::uint32_t milliseconds);
     void Take(int milliseconds);
+    /// Where something was mounted, a device's number may have become another's.
+    void ForgetFileSystems() {
+        m_telling.clear();
+        m_metSilent = false;
+    }
     void TakeEchoes();
 
     WatchedNames m_names{*this};
     std::vector<State> m_states;
     std::vector<Folder> m_folders;     ///< by the same number
     std::vector<std::uint32_t> m_free; ///< numbers of closed handles, with room for all
-    /// Of the file systems seen since something was mounted last: do changes reach inotify?
-    boost::unordered_flat_map<::dev_t, bool> m_telling;
+    /// File systems that were seen to tell their changes; nothing is known of others.
+    boost::unordered_flat_set<::dev_t> m_telling;
+    bool m_metSilent = false; ///< one that does not was seen too
     bool m_checking = false;
     bool m_mayHaveNews = false; ///< false: no open handle is signalled, dead or blind
 };

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <fcntl.h>
+#include <limits.h>
 #include <string_view>
 #include <unistd.h>
 
@@ -10,6 +11,11 @@ namespace linux_host {
 KeptFolder& KeptFolder::Get() {
     static auto& folder = *new KeptFolder; // for whoever still refreshes while the process ends
     return folder;
+}
+
+void KeptFolder::EndNeighbours() {
+    m_amongNeighbours = false;
+    Drop();
 }
 
 void KeptFolder::Drop() {
@@ -21,10 +27,12 @@ void KeptFolder::Drop() {
 }
 
 bool KeptFolder::Status(const char* path, struct stat& status) {
-    if (m_checking) {
+    if (m_amongNeighbours) {
         const char* const entry = std::strrchr(path, '/') + 1;
-        // What cannot be answered this way is asked by its name, which tells why.
-        if (Leads({path, entry}) && ::fstatat(m_descriptor, entry, &status, 0) == 0) {
+        // What cannot be answered this way is asked by its name, which tells why; and so is one that the
+        // system would find too long.
+        if (Leads({path, entry}) && std::strlen(path) < PATH_MAX &&
+            ::fstatat(m_descriptor, entry, &status, 0) == 0) {
             return true;
         }
     }

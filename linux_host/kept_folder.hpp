@@ -11,20 +11,19 @@
 
 namespace linux_host {
 
-/// The folder that the entries last asked for lie in, held open while changes are checked. Holds nothing
-/// outside a check, nor when the host has been asked for anything else in between: whoever is called back
-/// meanwhile may move the folder, and its name is to be believed again then.
+/// The folder that the last entry lay in. It is held open from its second entry on, as long as the library
+/// says that it asks for neighbours and that nobody is called in between who might move the folder.
 class KeptFolder {
   public:
     static KeptFolder& Get();
 
     void BeginChecks() { m_checking = true; }
+    void BeginNeighbours() { m_amongNeighbours = m_checking; }
+    void EndNeighbours();
     void EndChecks() {
         m_checking = false;
-        Drop();
+        EndNeighbours();
     }
-    /// To be called before the disk is asked for anything but the status of an entry.
-    void Drop();
 
     /// As stat(2) does, by an absolute @p path.
     bool Status(const char* path, struct stat& status);
@@ -32,10 +31,12 @@ class KeptFolder {
   private:
     KeptFolder() = default;
     bool Leads(std::string_view folder);
+    void Drop();
 
     std::string m_folder;  ///< of the last entry, with the slash at its end
     int m_descriptor = -1; ///< of it, from the second entry on
     bool m_checking = false;
+    bool m_amongNeighbours = false;
 };
 
 } // namespace linux_host

@@ -81,9 +81,9 @@ OVSEL_HOST_API int DirectoryAccessibility(const ustring& name);
 /// Is the name an existing directory, also through a link?
 OVSEL_HOST_API bool DirectoryExists(const ustring& name);
 
-/// Modification time in seconds since the epoch, held to 1..2147483647; 0 when there is no such file. While a
-/// refresh checks for changes, neighbours asked for one after the other are looked up in their folder as it
-/// was found for the first of them.
+/// Modification time in seconds since the epoch, held to 1..2147483647; 0 when there is no such file. Behind
+/// host::IPlatform::BeginNeighbours the entries of one folder are looked up in it as it was found for the
+/// second of them, until EndNeighbours.
 OVSEL_HOST_API long FileTime(const ustring& name);
 
 /// Counts since the start of the process or the last ResetCounters.

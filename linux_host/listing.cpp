@@ -259,7 +259,6 @@ int AccessibilityOf(int error) {
 } // namespace
 
 std::optional<Listing> ListDirectory(const ustring& name) {
-    KeptFolder::Get().Drop();
     const DiskPath path(name);
     if (!path.IsGood()) {
         return std::nullopt;
@@ -279,7 +278,6 @@ std::optional<Listing> ListDirectory(const ustring& name) {
 }
 
 int DirectoryAccessibility(const ustring& name) {
-    KeptFolder::Get().Drop();
     const ResolvedPath resolved = ResolveName(name);
     if (resolved.fault != PathFault::None) {
         return 4;
@@ -293,7 +291,6 @@ int DirectoryAccessibility(const ustring& name) {
 
 bool DirectoryExists(const ustring& name) {
     ++CountersInForce().existenceQueries;
-    KeptFolder::Get().Drop();
     const DiskPath path(name);
     struct stat status {};
     return path.IsGood() && ::stat(path.Get(), &status) == 0 && S_ISDIR(status.st_mode);

@@ -76,6 +76,8 @@ class LinuxPlatform final : public IPlatform {
         linux_host::KeptFolder::Get().BeginChecks();
     }
     bool HasNews() override { return Changes().HasNews(); }
+    void BeginNeighbours() override { linux_host::KeptFolder::Get().BeginNeighbours(); }
+    void EndNeighbours() override { linux_host::KeptFolder::Get().EndNeighbours(); }
     void EndChangeChecks() override {
         linux_host::KeptFolder::Get().EndChecks();
         Changes().EndChecks();

@@ -21,11 +21,6 @@ constexpr Nanoseconds CoarseGrain = 2 * Second;
 
 constexpr std::size_t MostRemembered = 8192;
 
-/// Who has listed so many folders and watched none of them will hardly watch the next: a question to the disk
-/// for each listing would be in vain. More than folders are nested, each of which is watched behind those in
-/// it.
-constexpr int LongestRun = 64;
-
 Nanoseconds Count(const ::timespec& time) { return time.tv_sec * Second + time.tv_nsec; }
 
 struct Look {
@@ -41,19 +36,9 @@ Listings& Remembered() {
     return listings;
 }
 
-/// Listings since a folder was last watched.
-int& Run() {
-    static int run = 0;
-    return run;
-}
-
 } // namespace
 
 void RememberListing(int directory) {
-    if (Run() == LongestRun) {
-        return;
-    }
-    ++Run();
     // In this order: what changes after the look carries a time that is not before this one.
     ::timespec now{};
     ::clock_gettime(CLOCK_REALTIME_COARSE, &now);
@@ -73,7 +58,6 @@ void RememberListing(int directory) {
 }
 
 bool IsAsListed(const struct ::stat& status) {
-    Run() = 0;
     const auto found = Remembered().find({status.st_dev, status.st_ino});
     if (found == Remembered().end()) {
         return false;

@@ -9,7 +9,7 @@
 namespace linux_host {
 
 /// To be called for an open directory before its first entry is read. Remembers the last few thousand folders
-/// that no handle was taken on; but none any more after a long run of them, until IsAsListed is asked again.
+/// that no handle was taken on.
 void RememberListing(int directory);
 
 /// Is a folder that @p status was just taken of surely as it was when it was listed last? A folder that was

@@ -97,8 +97,6 @@ bool WatchedNames::Anchor::IsFolder(const struct ::stat& status) const {
            m_places.back()->inode == status.st_ino;
 }
 
-::dev_t WatchedNames::Anchor::GetDevice() const { return m_places.back()->device; }
-
 std::optional<WatchedNames::Attached> WatchedNames::Attach(const std::string& path, std::uint32_t number) {
     // What is not anchored goes with this vector, watches included.
     Places places;

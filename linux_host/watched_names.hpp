@@ -58,8 +58,6 @@ class WatchedNames {
 
         /// Is this the folder that the name led to?
         bool IsFolder(const struct ::stat& status) const;
-        /// The device of that folder. @pre not empty
-        ::dev_t GetDevice() const;
 
         /// Does the name lead through a directory that may be entered but not read, and hence not watched?
         /// What happens to the name there has to be asked.
@@ -117,8 +115,8 @@ class WatchedNames {
     InotifyInstance m_inotify;
     std::weak_ptr<Place> m_root;
     boost::unordered_flat_map<int, boost::container::small_vector<Place*, 1>> m_owners; ///< by watch
-    const Place* m_established = nullptr; ///< the last of the present walk
-    struct ::stat m_look {};              ///< at that
+    const Place* m_established = nullptr; ///< the last that the present walk has made
+    struct ::stat m_look {};              ///< what was found there
 };
 
 } // namespace linux_host

@@ -53,6 +53,8 @@ class FaultyPlatform final : public host::IPlatform {
     }
     void BeginChangeChecks() override { Fails("begin checks", Throws), m_real.BeginChangeChecks(); }
     bool HasNews() override { return m_real.HasNews(); }
+    void BeginNeighbours() override { m_real.BeginNeighbours(); }
+    void EndNeighbours() override { m_real.EndNeighbours(); }
     void EndChangeChecks() override { m_real.EndChangeChecks(); }
     bool WriteProbeFile(Text name, std::string_view text) override {
         return !Fails("probe file") && m_real.WriteProbeFile(name, text);

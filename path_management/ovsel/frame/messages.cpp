@@ -3,6 +3,7 @@
 #include <string>
 #include <utility>
 
+#include "host_interfaces/platform.hpp"
 #include "host_interfaces/text.hpp"
 #include "host_interfaces/utility.hpp"
 
@@ -39,6 +40,7 @@ std::string NarrowText(const fl::i18n::Message& message) {
 } // namespace
 
 void ReportMessage(MessageChannel channel, const char* id, std::vector<ustring> arguments) {
+    host::Platform().EndNeighbours();
     const fl::i18n::Message message{"SORVEN:ovsel", id, std::move(arguments)};
     if (const ovMessageFcn hook = HookOf(channel))
         hook(NarrowText(message).c_str());

@@ -3,6 +3,7 @@
 #include <ovsel/cwd.hpp>
 
 #include "host_interfaces/filesystem.hpp"
+#include "host_interfaces/platform.hpp"
 #include "ovsel/frame/ipathmanager.hpp"
 #include "ovsel/model/looserecord.hpp"
 #include "ovsel/model/pathclassdiriteminfo.hpp"
@@ -39,6 +40,7 @@ std::u16string_view WithoutSentinel(const DirItemInfo& entry) { return entry.nam
 class PathAllDirItemInfo::Reading {
   public:
     explicit Reading(PathAllDirItemInfo& dir) : m_dir(dir) {
+        host::Platform().EndNeighbours(); // hooks come next
         m_dir.m_reading = true;
         m_dir.GetManager()->ReadingBegins();
     }

@@ -25,6 +25,7 @@ class ChangeChecks {
         ++Depth();
     }
     ~ChangeChecks() {
+        host::Platform().EndNeighbours(); // of an inner refresh too: whoever was called back goes on
         if (--Depth() == 0)
             host::Platform().EndChangeChecks();
     }

@@ -42,6 +42,7 @@ void PathAllDirItemInfo::RecordDirTimeStamp() {
 }
 
 bool PathAllDirItemInfo::CheckTimeStamp(const ustring& name) {
+    host::Platform().BeginNeighbours();
     const std::int64_t current = GetManager()->GetFileTime(name);
     if (current == m_dirTimeStamp) {
         ReportComparison("noChangeTimestampDiagnostic", m_dirTimeStamp, current, name);
