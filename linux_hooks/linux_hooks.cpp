@@ -1,8 +1,5 @@
 #include "linux_hooks/linux_hooks.hpp"
 
-#include <algorithm>
-
-#include "host_interfaces/utility.hpp"
 #include "linux_host/linux_host.hpp"
 #include "ovsel/ovsel.hpp"
 
@@ -10,21 +7,12 @@ namespace linux_hooks {
 
 namespace {
 
-/// A block that the library gives back with HostFree.
-template <typename Range>
-auto* NewBlock(const Range& range) {
-    using Value = typename Range::value_type;
-    auto* block = static_cast<Value*>(HostMallocWithCheck(range.size() * sizeof(Value)));
-    std::copy(range.begin(), range.end(), block);
-    return block;
-}
-
 char16_t* ReadDirectory(ovPath /*path*/, const ustring& dirName, unsigned short** attributes) {
-    const auto listing = linux_host::ListDirectory(dirName);
+    auto listing = linux_host::ListDirectoryInBlocks(dirName);
     if (attributes != nullptr) {
-        *attributes = listing ? NewBlock(listing->words) : nullptr;
+        *attributes = listing ? listing->words.release() : nullptr;
     }
-    return listing ? NewBlock(listing->names) : nullptr;
+    return listing ? listing->names.release() : nullptr;
 }
 
 ovDirAccessibility GetAccessibility(ovPath /*path*/, const ustring& dirName) {

@@ -128,25 +128,28 @@ CollectedNames::Room<CollectedNames::HeadAndPlace, 1> CollectedNames::InOrder() 
     return order;
 }
 
-Listing CollectedNames::Sorted() const {
+void CollectedNames::WriteSorted(char16_t* names, unsigned short* words) const {
     constexpr std::size_t CopiedUnits = 8;
     static_assert(CopiedUnits <= Slack + 1);
-    Listing listing;
-    listing.names.resize(m_used + 1 + Slack);
-    listing.words.reserve(m_entries.size());
-    char16_t* end = listing.names.data();
     for (const HeadAndPlace place : InOrder()) {
         const Entry& entry = At(place);
         const char16_t* const name = m_units.data() + entry.begin;
         // In whole steps, so that no length has to be told apart.
         for (std::size_t i = 0; i <= entry.length; i += CopiedUnits) {
-            std::memcpy(end + i, name + i, CopiedUnits * sizeof(char16_t));
+            std::memcpy(names + i, name + i, CopiedUnits * sizeof(char16_t));
         }
-        end += entry.length + 1;
-        listing.words.push_back(entry.word);
+        names += entry.length + 1;
+        *words++ = entry.word;
     }
-    listing.names.resize(m_used);
-    listing.names.push_back(u'\0');
+    *names = u'\0';
+}
+
+Listing CollectedNames::Sorted() const {
+    Listing listing;
+    listing.names.resize(GetRoom());
+    listing.words.resize(GetCount());
+    WriteSorted(listing.names.data(), listing.words.data());
+    listing.names.resize(m_used + 1);
     return listing;
 }
 

@@ -26,6 +26,11 @@ class CollectedNames {
 
     static bool IsSpellable(std::string_view name);
 
+    std::size_t GetCount() const { return m_entries.size(); }
+    /// The room for units that WriteSorted needs: those of the listing, and some behind them.
+    std::size_t GetRoom() const { return m_used + 1 + Slack; }
+    /// Writes what a Listing holds. @p words has room for one of each name.
+    void WriteSorted(char16_t* names, unsigned short* words) const;
     Listing Sorted() const;
 
   private:

@@ -11,6 +11,7 @@
 
 #include "host_interfaces/export.hpp"
 #include "host_interfaces/ustring.hpp"
+#include "host_interfaces/utility.hpp"
 
 /// @file
 /// What a program on Linux may ask of its host layer beyond the interfaces that the library calls: how names
@@ -74,6 +75,19 @@ struct Listing {
 /// that stand behind three such links already, are left out.
 /// @return nothing if there is no such directory or it cannot be read; what was read when it vanishes midway.
 OVSEL_HOST_API std::optional<Listing> ListDirectory(const ustring& name);
+
+struct FreeForHost {
+    void operator()(void* block) const { HostFree(block); }
+};
+
+/// A Listing as a read-directory hook hands it out: in blocks that go back with HostFree.
+struct ListingBlocks {
+    std::unique_ptr<char16_t[], FreeForHost> names;
+    std::unique_ptr<unsigned short[], FreeForHost> words;
+};
+
+/// The same in blocks, which spares the hook a copy.
+OVSEL_HOST_API std::optional<ListingBlocks> ListDirectoryInBlocks(const ustring& name);
 
 /// 1 accessible, 3 permission denied, 4 nonexistent or no directory, 5 any other failure.
 OVSEL_HOST_API int DirectoryAccessibility(const ustring& name);

@@ -158,7 +158,8 @@ int CountSpecialLinks(const std::string& path) {
 /// One listing in the making: decides which entries are taken.
 class ListingBuilder {
   public:
-    ListingBuilder(const OpenDirectory& directory, const char* path) : m_directory(directory), m_path(path) {}
+    ListingBuilder(const OpenDirectory& directory, const char* path, CollectedNames& names)
+        : m_directory(directory), m_path(path), m_names(names) {}
 
     void Expect(std::size_t bytes) { m_names.Expect(bytes); }
 
@@ -171,8 +172,6 @@ class ListingBuilder {
             ++CountersInForce().unspellable;
         }
     }
-
-    Listing Finish() { return m_names.Sorted(); }
 
   private:
     /// By the first byte alone, which most names fail at.
@@ -237,7 +236,7 @@ class ListingBuilder {
 
     const OpenDirectory& m_directory;
     const char* m_path;
-    CollectedNames m_names;
+    CollectedNames& m_names;
     std::optional<Ancestors> m_ancestors; ///< found out at the first special link
     int m_linksAbove = 0;                 ///< special links that the directory's own name goes through
 };
@@ -256,25 +255,44 @@ int AccessibilityOf(int error) {
     }
 }
 
-} // namespace
-
-std::optional<Listing> ListDirectory(const ustring& name) {
+/// @return false if there is no such directory or it cannot be read.
+bool Collect(const ustring& name, CollectedNames& names) {
     const DiskPath path(name);
     if (!path.IsGood()) {
-        return std::nullopt;
+        return false;
     }
     const OpenDirectory directory(path.Get());
     if (!directory.IsOpen()) {
-        return std::nullopt;
+        return false;
     }
     ++CountersInForce().listings;
     RememberListing(directory.GetDescriptor());
-    ListingBuilder builder(directory, path.Get());
-    if (!directory.ForEachEntry([&builder](std::size_t bytes) { builder.Expect(bytes); },
-                                [&builder](const ::dirent64& entry) { builder.Take(entry); })) {
+    ListingBuilder builder(directory, path.Get(), names);
+    return directory.ForEachEntry([&builder](std::size_t bytes) { builder.Expect(bytes); },
+                                  [&builder](const ::dirent64& entry) { builder.Take(entry); });
+}
+
+template <class Value>
+std::unique_ptr<Value[], FreeForHost> NewBlock(std::size_t count) {
+    return std::unique_ptr<Value[], FreeForHost>(
+        static_cast<Value*>(HostMallocWithCheck(std::max<std::size_t>(count, 1) * sizeof(Value))));
+}
+
+} // namespace
+
+std::optional<Listing> ListDirectory(const ustring& name) {
+    CollectedNames names;
+    return Collect(name, names) ? std::optional(names.Sorted()) : std::nullopt;
+}
+
+std::optional<ListingBlocks> ListDirectoryInBlocks(const ustring& name) {
+    CollectedNames names;
+    if (!Collect(name, names)) {
         return std::nullopt;
     }
-    return builder.Finish();
+    ListingBlocks blocks{NewBlock<char16_t>(names.GetRoom()), NewBlock<unsigned short>(names.GetCount())};
+    names.WriteSorted(blocks.names.get(), blocks.words.get());
+    return blocks;
 }
 
 int DirectoryAccessibility(const ustring& name) {
