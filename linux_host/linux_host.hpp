@@ -76,14 +76,16 @@ struct Listing {
 /// @return nothing if there is no such directory or it cannot be read; what was read when it vanishes midway.
 OVSEL_HOST_API std::optional<Listing> ListDirectory(const ustring& name);
 
+/// Gives a block back with HostFree.
 struct FreeForHost {
+    /// Null is allowed.
     void operator()(void* block) const { HostFree(block); }
 };
 
 /// A Listing as a read-directory hook hands it out: in blocks that go back with HostFree.
 struct ListingBlocks {
-    std::unique_ptr<char16_t[], FreeForHost> names;
-    std::unique_ptr<unsigned short[], FreeForHost> words;
+    std::unique_ptr<char16_t[], FreeForHost> names;       ///< as Listing::names
+    std::unique_ptr<unsigned short[], FreeForHost> words; ///< as Listing::words
 };
 
 /// The same in blocks, which spares the hook a copy.

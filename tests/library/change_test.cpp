@@ -1,6 +1,7 @@
 #include "support/path_fixture.hpp"
 
 #include "ovsel/reading/changediagnostics.hpp"
+#include "ovsel/reading/vfsmode.hpp"
 
 namespace {
 
@@ -151,6 +152,54 @@ TEST_F(Change, IsNotMissedByTimeAndEndsWhenTheTimeStandsStill) {
     const ustring text = fl::i18n::message_text({"SORVEN:ovsel", "noChangeTimestampDiagnostic", {}},
                                                 fl::i18n::Locale::global());
     EXPECT_EQ(MessageText('I', "timestampDiagnostic", {text, u"10", u"10", u"R:\\A"}), TakeMessages());
+}
+
+/// How often somebody outside was called, with and without a host that may hold on to a folder.
+std::map<std::string, int> calls;
+
+void NoteCall(const std::string& who) {
+    ++calls[who + (static_cast<FakePlatform&>(host::Platform()).amongNeighbours ? " among" : "")];
+}
+
+TEST_F(Change, IsLookedForAmongNeighboursWhileNobodyElseIsCalled) {
+    platform.handlesRefused = true;
+    ovSetNotificationHandleWarnings(path, ovWarnCNHNever);
+    ovNonNotifiedRemotePathRefreshPolicy(path, ovRefreshByTimeStamp);
+    for (const char* name : {"R:\\A", "R:\\B", "R:\\C"})
+        Add(name);
+    ovSetIOFcns(
+        path,
+        [](ovPath, const ustring&, unsigned short**) {
+            NoteCall("read");
+            return static_cast<char16_t*>(nullptr);
+        },
+        nullptr, nullptr, nullptr,
+        [](ovPath, const ustring& name) {
+            NoteCall("time");
+            return name == u"R:\\B" ? 1'000L : 0L; // only B has changed
+        });
+    ovSetMessageFcns(nullptr, nullptr, [](const char*) { NoteCall("message"); });
+    calls.clear();
+    bool again = false;
+    const auto interest = ovRegisterPathInterest(path, [&](ovEventType, ovDir) {
+        NoteCall("party");
+        if (!std::exchange(again, true)) {
+            ovRefreshAllDirectories(path, ovRefreshCheck);
+            NoteCall("party");
+        }
+    });
+    for (const bool diagnostics : {false, true}) {
+        ChangeDiagnostics() = diagnostics;
+        again = false;
+        ovRefreshAllDirectories(path, ovRefreshCheck);
+    }
+    ovCancelPathInterest(interest);
+    EXPECT_GE(calls["time among"], 3);
+    for (const char* who : {"read", "message", "party"}) {
+        EXPECT_TRUE(calls[who] > 0 || IsVFSMode()) << who;
+        EXPECT_EQ(0, calls[who + std::string(" among")]) << who;
+    }
+    EXPECT_FALSE(platform.amongNeighbours);
 }
 
 TEST_F(Change, RefreshTypesTellWhatIsReadAgain) {

@@ -43,6 +43,7 @@ class FakePlatform : public host::IPlatform {
     bool probeFilesNotified = true;                ///< does writing one signal the handles on its folder?
     std::vector<ustring> probeFiles;               ///< those written, by name
     bool checking = false;                         ///< between BeginChangeChecks and EndChangeChecks
+    bool amongNeighbours = false;                  ///< between BeginNeighbours and EndNeighbours
 
     /// Lets all open handles on a folder answer @p answer from now on. @return how many there are.
     int SetAnswer(const ustring& folder, std::uint32_t answer) {
@@ -107,6 +108,8 @@ class FakePlatform : public host::IPlatform {
     }
     void BeginChangeChecks() override { checking = true; }
     void EndChangeChecks() override { checking = false; }
+    void BeginNeighbours() override { amongNeighbours = true; }
+    void EndNeighbours() override { amongNeighbours = false; }
     bool WriteProbeFile(const ustring& name, std::string_view) override {
         ++calls["WriteProbeFile"];
         if (probeFilesRefused)

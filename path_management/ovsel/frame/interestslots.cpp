@@ -8,7 +8,6 @@
 
 #include <ovsel/interest.hpp>
 
-#include "host_interfaces/platform.hpp"
 #include "ovsel/frame/handlecheck.hpp"
 
 int InterestSlots::Register(Callback callback) {
@@ -49,7 +48,6 @@ void CallGuarded(const InterestSlots::Callback& callback, ovEventType event, Pat
 } // namespace
 
 void InterestSlots::Notify(ovEventType event, PathAllDirItemInfo* dir) {
-    host::Platform().EndNeighbours();
     const std::size_t end = m_interests.size();
     for (std::size_t i = 0; i < end; ++i)
         if (!m_interests[i].empty())
