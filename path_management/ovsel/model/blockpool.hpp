@@ -10,8 +10,8 @@
 ///
 /// A block that fits into a line of the processor's caches lies in one; longer ones lie close together, apart
 /// from those; one of many lines begins where a line does. One that is given back serves the next object of
-/// its size. The heap gets its memory again when no block is in use any more, at the latest with the path.
-/// Belongs to the path's thread.
+/// its size. The heap gets its memory again when no block is in use any more. Belongs to the path's
+/// thread.
 ///
 /// A block finds its pool through the page in which it lies, so that whoever gives it back need not know the
 /// pool, which has to be alive. Under the address sanitizer each block comes from the heap: it then sees what
